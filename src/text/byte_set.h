@@ -1,0 +1,49 @@
+// A set of bytes, built at compile time from the text that lists them.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <string_view>
+
+namespace text {
+
+class ByteSet {
+ public:
+  consteval explicit ByteSet(std::string_view bytes) {
+    for (const char byte : bytes) member_[static_cast<unsigned char>(byte)] = true;
+  }
+
+  // The bytes for which contains(byte), with the byte as a value from 0 to 255, is true.
+  template <typename Predicate>
+  static consteval ByteSet where(Predicate contains) {
+    ByteSet set{""};
+    for (std::size_t byte = 0; byte < set.member_.size(); ++byte) {
+      set.member_[byte] = contains(static_cast<int>(byte));
+    }
+    return set;
+  }
+
+  constexpr bool operator()(char byte) const { return member_[static_cast<unsigned char>(byte)]; }
+
+  consteval ByteSet operator|(const ByteSet& other) const {
+    ByteSet both = *this;
+    for (std::size_t i = 0; i < both.member_.size(); ++i) both.member_[i] |= other.member_[i];
+    return both;
+  }
+
+ private:
+  std::array<bool, 256> member_{};
+};
+
+inline constexpr ByteSet kDigits{"0123456789"};
+inline constexpr ByteSet kUpperCaseLetters{"ABCDEFGHIJKLMNOPQRSTUVWXYZ"};
+inline constexpr ByteSet kLetters =
+    kUpperCaseLetters | ByteSet{"abcdefghijklmnopqrstuvwxyz"};  // ASCII, whatever the C locale
+
+// Three notions of white space, kept apart on purpose.
+inline constexpr ByteSet kTrimmed{" \n\r\t\f\v"};
+inline constexpr ByteSet kCollapsed{" \n\r\t"};  // required: form feed and vertical tab stay
+inline constexpr ByteSet kBlank{" "};
+static_assert(kTrimmed('\f') && !kCollapsed('\f') && !kBlank('\n'));
+
+}  // namespace text

@@ -1,0 +1,32 @@
+// The word splitter of the detectors. A statement becomes a flat list of parts: words, separators,
+// operators glued from adjacent bytes, and whole strings. It knows nothing of comments, regular
+// expressions or template holes.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "base/export.h"
+
+// Appends the parts of the statement, up to its first NUL byte, to parts; never an empty one.
+// A part opened by a single quote or a backtick begins with that quote twice.
+QUORL_API void PartsList(std::string statement, std::vector<std::string>& parts);
+
+namespace text {
+
+// One part as a slice of the statement.
+struct Part {
+  std::string_view slice;
+  bool opensTwice = false;  // the part's text is its first byte and then the slice
+
+  // Whole-text comparison. A part that opens with a doubled quote equals no word.
+  bool is(std::string_view word) const { return !opensTwice && slice == word; }
+  char firstByte() const { return slice.front(); }
+  std::string str() const;
+};
+
+// Appends the parts of the statement to parts; the slices live as long as the statement's bytes.
+void splitIntoParts(std::string_view statement, std::vector<Part>& parts);
+
+}  // namespace text

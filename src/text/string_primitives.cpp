@@ -1,0 +1,181 @@
+#include "text/string_primitives.h"
+
+#include <algorithm>
+
+#include "text/byte_set.h"
+
+namespace text {
+namespace {
+
+constexpr ByteSet kFirstWordBytes = kLetters | kDigits | ByteSet{"_#"};
+
+// Appends text to out with each run of collapsed bytes as one space.
+void appendCollapsed(std::string& out, std::string_view text) {
+  std::size_t from = 0;
+  while (from < text.size()) {
+    std::size_t to = from;
+    while (to < text.size() && !kCollapsed(text[to])) ++to;
+    out.append(text, from, to - from);
+    if (to == text.size()) return;
+    out.push_back(' ');
+    while (to < text.size() && kCollapsed(text[to])) ++to;
+    from = to;
+  }
+}
+
+// Whether collapsing would change the text.
+bool hasRunToCollapse(std::string_view text) {
+  bool afterSpace = false;
+  for (const char byte : text) {
+    if (kCollapsed(byte) && (byte != ' ' || afterSpace)) return true;
+    afterSpace = byte == ' ';
+  }
+  return false;
+}
+
+}  // namespace
+
+bool isFirstWordByte(char byte) { return kFirstWordBytes(byte); }
+
+std::string_view ltrimView(std::string_view text) {
+  const auto first = std::find_if_not(text.begin(), text.end(), kTrimmed);
+  return text.substr(static_cast<std::size_t>(first - text.begin()));
+}
+
+std::string_view rtrimView(std::string_view text) {
+  while (!text.empty() && kTrimmed(text.back())) text.remove_suffix(1);
+  return text;
+}
+
+std::string_view trimView(std::string_view text) { return rtrimView(ltrimView(text)); }
+
+std::string_view firstWordView(std::string_view text) {
+  const auto end = std::find_if_not(text.begin(), text.end(), kFirstWordBytes);
+  return text.substr(0, static_cast<std::size_t>(end - text.begin()));
+}
+
+std::string_view lastWordView(std::string_view text) { return text.substr(0, text.rfind(' ')); }
+
+std::string_view trimAndReduceView(std::string_view text, std::string& scratch) {
+  // What collapsing leaves at an end is white space that trimming takes, so trimming may come
+  // first.
+  const std::string_view trimmed = trimView(text);
+  if (!hasRunToCollapse(trimmed)) return trimmed;
+  scratch.clear();
+  appendCollapsed(scratch, trimmed);
+  return scratch;
+}
+
+bool contains(std::string_view haystack, std::string_view needle) {
+  return haystack.find(needle) != std::string_view::npos;
+}
+
+bool matchesOutsideStrings(std::string_view haystack, std::string_view needle) {
+  // required: the byte at hand is compared with the whole needle, so a longer one never matches.
+  if (needle.size() != 1 || !contains(haystack, needle)) return false;
+  bool inQuotes = false;
+  // Signed, and they may go below zero: a lone ">" hides all that follows it.
+  std::ptrdiff_t braceDepth = 0, parenDepth = 0, angleDepth = 0;
+  for (const char byte : haystack) {
+    if (byte == '"') {
+      inQuotes = !inQuotes;
+      continue;
+    }
+    if (inQuotes) continue;
+    switch (byte) {
+      case '{':
+        ++braceDepth;
+        continue;
+      case '}':
+        --braceDepth;
+        continue;
+      case '(':
+        ++parenDepth;
+        continue;
+      case ')':
+        --parenDepth;
+        continue;
+      case '<':
+        ++angleDepth;
+        continue;
+      case '>':
+        --angleDepth;
+        continue;
+      default:
+        break;
+    }
+    if (braceDepth == 0 && parenDepth == 0 && angleDepth == 0 && byte == needle[0]) return true;
+  }
+  return false;
+}
+
+void replaceEach(std::string& text, std::string_view from, std::string_view to) {
+  if (from.empty()) return;
+  std::size_t hit = text.find(from);
+  if (hit == std::string::npos) return;
+  std::string replaced;
+  std::size_t done = 0;
+  for (; hit != std::string::npos; hit = text.find(from, done)) {
+    replaced.append(text, done, hit - done).append(to);
+    done = hit + from.size();
+  }
+  replaced.append(text, done);
+  text = std::move(replaced);
+}
+
+}  // namespace text
+
+bool BothAreSpaces(char a, char b) { return a == b && a == ' '; }
+
+void replaceAll(std::string& text, const std::string& from, const std::string& to) {
+  text::replaceEach(text, from, to);
+}
+
+std::string ltrim(const std::string& text) { return std::string(text::ltrimView(text)); }
+
+std::string rtrim(const std::string& text) { return std::string(text::rtrimView(text)); }
+
+std::string trim(const std::string& text) { return std::string(text::trimView(text)); }
+
+std::string ConvertWhiteSpacesToSingleSpace(std::string text) {
+  std::string collapsed;
+  text::appendCollapsed(collapsed, text);
+  return collapsed;
+}
+
+std::string TrimAndReduce(std::string& text) {
+  std::string scratch;
+  return std::string(text::trimAndReduceView(text, scratch));
+}
+
+std::string FirstWord(const std::string& text) { return std::string(text::firstWordView(text)); }
+
+std::string FirstWord(std::string& text) { return std::string(text::firstWordView(text)); }
+
+std::string LastWord(std::string& text) { return std::string(text::lastWordView(text)); }
+
+std::string LastWordNoDots(std::string& text) {
+  const std::size_t colon = text.rfind(':');
+  // required: the byte before the colon goes with it.
+  if (colon != std::string::npos && colon > 0) text.erase(colon - 1);
+  const std::size_t space = text.rfind(' ');
+  if (space != std::string::npos && space + 1 < text.size()) text.erase(0, space + 1);
+  return text;
+}
+
+bool Contains(std::string& haystack, std::string needle) {
+  return text::contains(haystack, needle);
+}
+
+bool ContainsWord(std::string& haystack, std::string needle) {
+  return text::contains(haystack, needle);
+}
+
+bool OutsideStringMatch(std::string haystack, std::string needle) {
+  return text::matchesOutsideStrings(haystack, needle);
+}
+
+std::int64_t IndexOf(std::string haystack, std::string needle) {
+  const std::size_t hit = haystack.find(needle);
+  return hit == std::string::npos ? -1 : static_cast<std::int64_t>(hit);
+}
