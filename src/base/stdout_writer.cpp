@@ -1,0 +1,36 @@
+#include "base/stdout_writer.h"
+
+#include <charconv>
+#include <cstdio>
+#include <cstring>
+
+namespace base {
+
+StdoutWriter& StdoutWriter::operator<<(std::string_view text) noexcept {
+  if (text.size() > buffer_.size() - used_) drain();
+  if (text.size() > buffer_.size()) {
+    std::fwrite(text.data(), 1, text.size(), stdout);
+    return *this;
+  }
+  std::memcpy(buffer_.data() + used_, text.data(), text.size());
+  used_ += text.size();
+  return *this;
+}
+
+StdoutWriter& StdoutWriter::operator<<(std::int32_t number) noexcept {
+  std::array<char, 12> digits;  // a sign and ten digits at most
+  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
+  return *this << std::string_view(digits.data(), static_cast<std::size_t>(end - digits.data()));
+}
+
+void StdoutWriter::flush() noexcept {
+  drain();
+  std::fflush(stdout);
+}
+
+void StdoutWriter::drain() noexcept {
+  if (used_ > 0) std::fwrite(buffer_.data(), 1, used_, stdout);
+  used_ = 0;
+}
+
+}  // namespace base

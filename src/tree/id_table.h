@@ -1,0 +1,34 @@
+// A table from nodeID to a number. A run's ids are dense from 0, so it is an array; ids that a
+// caller made up (negative, or far apart) go into a map beside it.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <unordered_map>
+#include <vector>
+
+namespace tree {
+
+class IdTable {
+ public:
+  static constexpr std::int32_t kAbsent = -1;
+
+  // The value for id, kAbsent if there is none.
+  std::int32_t find(std::int32_t id) const {
+    if (id >= 0 && static_cast<std::size_t>(id) < dense_.size())
+      return dense_[static_cast<std::size_t>(id)];
+    if (sparse_.empty()) return kAbsent;
+    const auto entry = sparse_.find(id);
+    return entry == sparse_.end() ? kAbsent : entry->second;
+  }
+
+  // Enters value, which may not be negative, for an id that is not in the table.
+  void insert(std::int32_t id, std::int32_t value);
+
+ private:
+  std::vector<std::int32_t> dense_;
+  std::unordered_map<std::int32_t, std::int32_t> sparse_;
+  std::size_t count_ = 0;
+};
+
+}  // namespace tree
