@@ -1,0 +1,229 @@
+// Removes script comments in one pass over the text, in place. The text is in one mode at a time:
+//
+//   code           until a comment, a string or a marker run opens
+//   string         '...' or "..."; a line feed does not end it
+//   line comment   from // to the line feed
+//   block comment  from /* to */
+//   marker run     from TTTTT to the next ";"
+//
+// Each mode copies or drops its run of ordinary bytes up to the next byte that means something to
+// it. Backticks and regular expressions are ordinary: "//" in them starts a comment.
+#include <cstddef>
+#include <cstring>
+
+#include "cleaner/cleaner.h"
+#include "text/byte_set.h"
+
+namespace cleaner {
+namespace {
+
+using text::ByteSet;
+
+// Every byte that becomes a space, in whatever mode: control bytes but line feed and carriage
+// return, and all above 0x7E.
+constexpr ByteSet kUnprintable = ByteSet::where(
+    [](int byte) { return (byte < 0x20 && byte != '\n' && byte != '\r') || byte > 0x7E; });
+
+constexpr ByteSet kCodeStops = kUnprintable | ByteSet{";[T/'\"\n"};
+constexpr ByteSet kStringStops = kUnprintable | ByteSet{"'\"\\;["};
+constexpr ByteSet kLineCommentStops = kUnprintable | ByteSet{";\n"};
+constexpr ByteSet kBlockCommentStops = kUnprintable | ByteSet{";*/\n"};
+constexpr ByteSet kMarkerStops = kUnprintable | ByteSet{";"};
+
+// These leave a statement that has not begun unbegun.
+constexpr ByteSet kBetweenStatements{" }"};
+
+constexpr std::string_view kMarker = "TTTTT";
+
+class CommentStripper {
+ public:
+  explicit CommentStripper(std::string& text) : text_(text), size_(text.size()) {}
+
+  void run() {
+    while (in_ < size_) (this->*mode_)();
+    text_.resize(out_);
+  }
+
+ private:
+  using Mode = void (CommentStripper::*)();
+
+  // One call of a mode handles its run of ordinary bytes and the byte that ends it.
+  void code();
+  void string();
+  void lineComment();
+  void blockComment();
+  void markerRun();
+
+  // The first offset from in_ on that holds one of stops, or the end.
+  std::size_t findStop(const ByteSet& stops) const {
+    std::size_t i = in_;
+    while (i < size_ && !stops(text_[i])) ++i;
+    return i;
+  }
+
+  void dropUpTo(std::size_t end) { in_ = end; }
+
+  void copyUpTo(std::size_t end) {
+    std::memmove(text_.data() + out_, text_.data() + in_, end - in_);
+    out_ += end - in_;
+    in_ = end;
+  }
+
+  // Takes the byte at in_ and writes another, or the same, or nothing for it. Output never gets
+  // ahead of input, so the bytes before in_ can still be read where they stood.
+  void put(char byte) {
+    text_[out_++] = byte;
+    ++in_;
+  }
+  void copyByte() { put(text_[in_]); }
+  void dropByte() { ++in_; }
+
+  bool takeUnprintable() {
+    if (!kUnprintable(text_[in_])) return false;
+    put(' ');
+    return true;
+  }
+
+  // Copies the next printable byte without a look at what it means.
+  void copyBlindly() {
+    while (in_ < size_ && takeUnprintable()) {
+    }
+    if (in_ < size_) copyByte();
+  }
+
+  // The five bytes of the marker must be followed by at least one more, and the byte two before
+  // them may not be "d".
+  bool isMarkerHere() const {
+    return in_ + kMarker.size() < size_ && text_.compare(in_, kMarker.size(), kMarker) == 0 &&
+           (in_ < 2 || text_[in_ - 2] != 'd');
+  }
+
+  std::string& text_;
+  const std::size_t size_;
+  std::size_t in_ = 0;
+  std::size_t out_ = 0;
+  Mode mode_ = &CommentStripper::code;
+  char quote_ = 0;              // the byte that closes the string
+  bool statementStart_ = true;  // no byte of a new statement has been seen; a "[" is lost here
+};
+
+void CommentStripper::code() {
+  const std::size_t stop = findStop(kCodeStops);
+  for (std::size_t i = in_; statementStart_ && i < stop; ++i) {
+    statementStart_ = kBetweenStatements(text_[i]);
+  }
+  copyUpTo(stop);
+  if (in_ == size_ || takeUnprintable()) return;
+  const char byte = text_[in_];
+  switch (byte) {
+    case '\n':
+    case ';':
+      statementStart_ = true;
+      copyByte();
+      return;
+    case '[':
+      if (statementStart_) {
+        dropByte();  // required: the bracket is lost, what it holds is not
+        return;
+      }
+      break;
+    case '\'':
+    case '"':
+      mode_ = &CommentStripper::string;
+      quote_ = byte;
+      copyByte();
+      return;
+    case '/': {
+      // required: a "/" as the last byte of the text counts as followed by itself.
+      const char next = in_ + 1 < size_ ? text_[in_ + 1] : byte;
+      if (next != '/' && next != '*') break;
+      mode_ = next == '/' ? &CommentStripper::lineComment : &CommentStripper::blockComment;
+      dropByte();
+      return;
+    }
+    default:  // a "T"
+      if (!isMarkerHere()) break;
+      mode_ = &CommentStripper::markerRun;
+      dropByte();
+      return;
+  }
+  statementStart_ = false;
+  copyByte();
+}
+
+void CommentStripper::string() {
+  copyUpTo(findStop(kStringStops));
+  if (in_ == size_ || takeUnprintable()) return;
+  const char byte = text_[in_];
+  if (byte == ';') statementStart_ = true;
+  if (byte == '[' && statementStart_) {
+    dropByte();  // required: in a string that opens a statement too
+    return;
+  }
+  if (byte == quote_) mode_ = &CommentStripper::code;
+  copyByte();
+  if (byte == '\\') copyBlindly();
+}
+
+void CommentStripper::lineComment() {
+  dropUpTo(findStop(kLineCommentStops));
+  if (in_ == size_ || takeUnprintable()) return;
+  if (text_[in_] == ';') {
+    statementStart_ = true;
+    dropByte();
+    return;
+  }
+  mode_ = &CommentStripper::code;
+  copyByte();  // required: this line feed does not begin a statement
+}
+
+void CommentStripper::blockComment() {
+  dropUpTo(findStop(kBlockCommentStops));
+  if (in_ == size_ || takeUnprintable()) return;
+  const char before = text_[in_ - 1];
+  switch (text_[in_]) {
+    case '\n':
+      copyByte();
+      return;
+    case ';':
+      statementStart_ = true;
+      dropByte();
+      return;
+    case '*':
+      dropByte();
+      // required: the first byte of the comment survives.
+      if (before == '/') copyBlindly();
+      return;
+    default:  // a "/"
+      dropByte();
+      if (before != '*') return;
+      mode_ = &CommentStripper::code;
+      // required: the byte behind the comment opens and closes nothing.
+      copyBlindly();
+      return;
+  }
+}
+
+void CommentStripper::markerRun() {
+  dropUpTo(findStop(kMarkerStops));
+  if (in_ == size_ || takeUnprintable()) return;
+  mode_ = &CommentStripper::code;  // required: this ";" begins no statement
+  dropByte();
+}
+
+}  // namespace
+
+void stripComments(std::string& text) { CommentStripper(text).run(); }
+
+}  // namespace cleaner
+
+std::string Cleaner::UncommentAndUnquoteText(std::string text) {
+  cleaner::stripComments(text);
+  return text;
+}
+
+std::string Cleaner::UncommentAndUnquoteText(std::string text, bool keepStrings) {
+  static_cast<void>(keepStrings);
+  cleaner::stripComments(text);
+  return text;
+}

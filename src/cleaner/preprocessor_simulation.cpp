@@ -1,0 +1,347 @@
+// Walks the text line by line, in place. Where a line's bytes go is decided at its first byte that
+// is no space: into the directive if that is "#", else to the output, or nowhere while a branch
+// that is not live silences it. The spaces before that byte are taken for the start of a directive
+// and lost with it, which is how most lines lose their indentation; behind a line of spaces only,
+// an #include or an #else they go to the output instead.
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstring>
+#include <unordered_set>
+
+#include "base/stdout_writer.h"
+#include "cleaner/cleaner.h"
+#include "text/byte_set.h"
+#include "text/string_primitives.h"
+
+namespace cleaner {
+namespace {
+
+constexpr std::size_t kMaxSilentDirectiveBytes = 50;  // each byte beyond is reported
+
+// Bytes are compared as signed values: those of 0x80 and above are dropped too.
+bool isDropped(char byte) { return static_cast<signed char>(byte) < 0x20; }
+
+enum class Directive { kInclude, kOpening, kAlternative, kElse, kEnd, kOther };
+
+Directive directiveOf(std::string_view keyword) {
+  struct Row {
+    std::string_view keyword;
+    Directive directive;
+  };
+  constexpr std::array<Row, 7> kRows{{{"#include", Directive::kInclude},
+                                      {"#if", Directive::kOpening},
+                                      {"#ifdef", Directive::kOpening},
+                                      {"#ifndef", Directive::kOpening},
+                                      {"#elif", Directive::kAlternative},
+                                      {"#else", Directive::kElse},
+                                      {"#endif", Directive::kEnd}}};
+  const auto row = std::find_if(kRows.begin(), kRows.end(),
+                                [keyword](const Row& each) { return each.keyword == keyword; });
+  return row == kRows.end() ? Directive::kOther : row->directive;
+}
+
+class PreprocessorSimulation {
+ public:
+  PreprocessorSimulation(std::string& text, const std::vector<std::string>& knownDefines,
+                         std::vector<std::string>& defines)
+      : text_(text), knownDefines_(knownDefines), defines_(defines) {}
+
+  void run() {
+    std::size_t in = 0;
+    while (in < text_.size()) {
+      const std::size_t end = std::min(text_.find('\n', in), text_.size());
+      readLine(in, end);
+      if (end == text_.size()) break;
+      endLine();
+      text_[out_++] = '\n';
+      in = end + 1;
+    }
+    text_.resize(out_);
+  }
+
+ private:
+  void readLine(std::size_t in, std::size_t end);
+  void endLine();
+  void endDirective(const DirectiveParts& parts);
+  void open(const DirectiveParts& parts);
+  void alternate(const DirectiveParts& parts);
+  void turnToElse();
+  void close();
+  void registerName(const DirectiveParts& parts);
+  void leave(bool atLineStart, bool inDirective) {
+    atLineStart_ = atLineStart;
+    inDirective_ = inDirective;
+  }
+
+  // These take a piece of a line, of which the dropped bytes are left out.
+  void takeBytes(std::size_t in, std::size_t end);
+  void emit(std::size_t in, std::size_t end);
+  void collect(std::size_t in, std::size_t end);
+  void collectRun(std::string_view run);
+
+  bool isLiveAbove() const { return activeStates_[depth_ - 1] != 0; }
+  void setState(bool active) { activeStates_[depth_] = emitting_ = active; }
+
+  std::string& text_;
+  const std::vector<std::string>& knownDefines_;
+  std::vector<std::string>& defines_;
+  std::size_t out_ = 0;  // the result so far is text_[0, out_)
+
+  bool atLineStart_ = true;
+  bool inDirective_ = true;
+  std::string directiveLine_;
+  std::size_t inkEnd_ = 0;  // one behind the last byte of directiveLine_ that is no space
+  bool emitting_ = true;
+
+  // Per nesting depth of conditionals, with entry 0 for the text outside all of them. Entries
+  // above the depth stay as they were until a later conditional overwrites them.
+  std::size_t depth_ = 0;
+  std::vector<char> activeStates_{1};  // the branch at this depth is live
+  std::vector<char> takenStates_{0};   // the opening directive at this depth came out true
+
+  std::unordered_set<std::string> names_;  // what defines_ holds, once a name was sought in it
+  base::StdoutWriter report_;
+};
+
+void PreprocessorSimulation::readLine(std::size_t in, std::size_t end) {
+  if (atLineStart_) {
+    std::size_t ink = in;
+    while (ink < end && (text_[ink] == ' ' || isDropped(text_[ink]))) ++ink;
+    takeBytes(in, ink);
+    if (ink == end) return;
+    in = ink;
+    inDirective_ = text_[in] == '#';
+    if (!inDirective_) {
+      directiveLine_.clear();
+      inkEnd_ = 0;
+    }
+    atLineStart_ = false;
+  }
+  takeBytes(in, end);
+}
+
+void PreprocessorSimulation::takeBytes(std::size_t in, std::size_t end) {
+  if (inDirective_) {
+    collect(in, end);
+  } else {
+    emit(in, end);
+  }
+}
+
+void PreprocessorSimulation::emit(std::size_t in, std::size_t end) {
+  if (!emitting_) return;
+  char* const line = text_.data() + in;
+  char* const kept = std::remove_if(line, text_.data() + end, isDropped);
+  const auto length = static_cast<std::size_t>(kept - line);
+  std::memmove(text_.data() + out_, line, length);
+  out_ += length;
+}
+
+void PreprocessorSimulation::collect(std::size_t in, std::size_t end) {
+  while (in < end) {
+    std::size_t to = in;
+    while (to < end && !isDropped(text_[to])) ++to;
+    collectRun(std::string_view(text_).substr(in, to - in));
+    in = to < end ? to + 1 : end;
+  }
+}
+
+void PreprocessorSimulation::collectRun(std::string_view run) {
+  const std::size_t before = directiveLine_.size();
+  directiveLine_.append(run);
+  const std::size_t ink = run.find_last_not_of(' ');
+  if (ink != std::string_view::npos) inkEnd_ = before + ink + 1;
+  // required: the report comes once for each byte, with all that stands before it.
+  const std::string_view line = directiveLine_;
+  for (std::size_t size = std::max(before, kMaxSilentDirectiveBytes) + 1; size <= line.size();
+       ++size) {
+    report_ << "[[" << line.substr(0, size) << "]]\n";
+  }
+}
+
+void PreprocessorSimulation::endLine() {
+  if (directiveLine_.empty()) {
+    leave(true, true);
+    return;
+  }
+  if (inkEnd_ > 0 && directiveLine_[inkEnd_ - 1] == '\\') return;  // continues on the next line
+  const DirectiveParts parts = inkEnd_ > 0 ? splitDirective(directiveLine_) : DirectiveParts{};
+  if (parts.count == 0) {
+    leave(true, false);
+  } else {
+    endDirective(parts);
+  }
+  directiveLine_.clear();
+  inkEnd_ = 0;
+}
+
+void PreprocessorSimulation::endDirective(const DirectiveParts& parts) {
+  Directive directive = directiveOf(parts.keyword);
+  // Outside all conditionals there is nothing that these could belong to.
+  const bool isStray =
+      depth_ == 0 && (directive == Directive::kAlternative || directive == Directive::kElse ||
+                      directive == Directive::kEnd);
+  if (isStray) directive = Directive::kOther;
+  switch (directive) {
+    case Directive::kInclude:
+      leave(true, false);
+      return;
+    case Directive::kOpening:
+      open(parts);
+      return;
+    case Directive::kAlternative:
+      alternate(parts);
+      return;
+    case Directive::kElse:
+      turnToElse();
+      leave(true, false);
+      return;
+    case Directive::kEnd:
+      close();
+      leave(true, true);
+      return;
+    case Directive::kOther:
+      leave(true, true);
+      return;
+  }
+}
+
+void PreprocessorSimulation::open(const DirectiveParts& parts) {
+  ++depth_;
+  if (activeStates_.size() == depth_) {
+    activeStates_.push_back(1);
+    takenStates_.push_back(0);
+  }
+  takenStates_[depth_] = 0;
+  if (isLiveAbove()) {
+    setState(opensLiveBranch(parts, activeStates_[depth_], knownDefines_));
+    takenStates_[depth_] = activeStates_[depth_];
+    atLineStart_ = true;
+  } else {
+    // required: atLineStart_ stays clear, so the whole next line is read as if it were a directive.
+    activeStates_[depth_] = 0;
+  }
+  registerName(parts);
+  inDirective_ = true;
+}
+
+void PreprocessorSimulation::alternate(const DirectiveParts& parts) {
+  if (isLiveAbove()) {
+    if (takenStates_[depth_] != 0) {
+      emitting_ = false;
+    } else {
+      // required: a true alternative does not count as taken, so a later #else is emitted as well.
+      setState(opensLiveBranch(parts, activeStates_[depth_], knownDefines_));
+    }
+    atLineStart_ = true;
+  } else {
+    activeStates_[depth_] = 0;
+  }
+  registerName(parts);
+  inDirective_ = true;
+}
+
+void PreprocessorSimulation::turnToElse() {
+  setState(isLiveAbove() && activeStates_[depth_] == 0 && takenStates_[depth_] == 0);
+}
+
+void PreprocessorSimulation::close() {
+  --depth_;
+  if (activeStates_[depth_] == 0) {
+    emitting_ = false;
+  } else if (depth_ == 0) {
+    emitting_ = true;
+  } else if (!isLiveAbove()) {
+    setState(false);
+  }
+  // required: else emitting_ stays, so a false block silences the rest of a true one around it.
+}
+
+void PreprocessorSimulation::registerName(const DirectiveParts& parts) {
+  if (parts.count < 2) return;
+  if (names_.empty()) names_.insert(defines_.begin(), defines_.end());
+  if (names_.insert(parts.argument).second) defines_.push_back(parts.argument);
+}
+
+}  // namespace
+
+DirectiveParts splitDirective(std::string_view line) {
+  DirectiveParts parts;
+  std::string current;
+  std::size_t i = 0;
+  const auto take = [&](std::string& part) {
+    part = text::trimView(current);
+    current.clear();
+    ++parts.count;
+  };
+
+  // The keyword: "#" and letters. Other bytes vanish from it, and blanks end it once it has more
+  // than the "#".
+  bool seenHash = false;
+  for (; i < line.size() && parts.count == 0; ++i) {
+    const char byte = line[i];
+    if (byte == '#') {
+      seenHash = true;
+      current.push_back(byte);
+    } else if (byte == ' ') {
+      if (seenHash && current.size() != 1) take(parts.keyword);
+    } else {
+      if (text::kLetters(byte)) {
+        if (!seenHash) return parts;
+        current.push_back(byte);
+      }
+      // required: before a "(" even an empty keyword counts as a part.
+      if (i + 1 < line.size() && line[i + 1] == '(') take(parts.keyword);
+    }
+  }
+
+  // The argument: blanks go until its first "(" or letter.
+  bool inArgument = false;
+  for (; i < line.size(); ++i) {
+    const char byte = line[i];
+    if (!inArgument && byte == ' ') continue;
+    inArgument = inArgument || byte == '(' || text::kLetters(byte);
+    current.push_back(byte);
+  }
+  if (!current.empty()) take(parts.count == 0 ? parts.keyword : parts.argument);
+  return parts;
+}
+
+bool opensLiveBranch(const DirectiveParts& parts, int previousState,
+                     const std::vector<std::string>& knownDefines) {
+  if (parts.count == 0 || previousState == -1) return false;
+  const bool found = parts.count > 1 && std::find(knownDefines.begin(), knownDefines.end(),
+                                                  parts.argument) != knownDefines.end();
+  const std::string_view keyword = parts.keyword;
+  if (keyword == "#include" || keyword == "#define") return true;
+  // required: there is no expression evaluation, and "#if 1" is false unless "1" is a known name.
+  if (keyword == "#ifdef" || keyword == "#if") return found;
+  if (keyword == "#ifndef") return !found;
+  if (keyword == "#elif") return previousState == 0 && found;
+  return keyword == "#else" && previousState == 0;
+}
+
+void simulatePreprocessor(std::string& text, const std::vector<std::string>& knownDefines,
+                          std::vector<std::string>& defines) {
+  PreprocessorSimulation(text, knownDefines, defines).run();
+}
+
+}  // namespace cleaner
+
+std::string Cleaner::PreProcessorSimulation(std::string text, std::vector<std::string> knownDefines,
+                                            std::vector<std::string>& defines) {
+  cleaner::simulatePreprocessor(text, knownDefines, defines);
+  return text;
+}
+
+bool Cleaner::GetPreProcessorDirectiveActiveState(std::string line, std::int32_t previousState,
+                                                  std::vector<std::string> knownDefines) {
+  return cleaner::opensLiveBranch(cleaner::splitDirective(line), previousState, knownDefines);
+}
+
+void Cleaner::CleanerPartsList(std::string line, std::vector<std::string>& parts) {
+  const cleaner::DirectiveParts split = cleaner::splitDirective(line);
+  if (split.count > 0) parts.push_back(split.keyword);
+  if (split.count > 1) parts.push_back(split.argument);
+}
