@@ -1,0 +1,37 @@
+#include "detect/flow.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+#include "text/string_primitives.h"
+
+namespace detect {
+namespace {
+
+constexpr std::array<std::string_view, 8> kLogicWords{"if",    "else",    "switch", "try",
+                                                      "catch", "finally", "case",   "default"};
+constexpr std::array<std::string_view, 3> kLoopWords{"while", "for", "do"};
+constexpr std::array<std::string_view, 4> kComparisons{"==", "===", "!=", "!=="};
+
+bool isOneOf(std::string_view word, const auto& words) {
+  return std::find(words.begin(), words.end(), word) != words.end();
+}
+
+}  // namespace
+
+bool isLogic(const Statement& statement) {
+  if (isOneOf(statement.firstWord(), kLogicWords)) return true;
+  // required: never true, since only a needle of one byte can match; a comparison is no logic.
+  return std::any_of(kComparisons.begin(), kComparisons.end(), [&](std::string_view comparison) {
+    return text::matchesOutsideStrings(statement.text(), comparison);
+  });
+}
+
+bool isLoop(const Statement& statement) { return isOneOf(statement.firstWord(), kLoopWords); }
+
+}  // namespace detect
+
+bool DetectJSLogic(std::string text) { return detect::isLogic(detect::Statement(text)); }
+
+bool DetectJSLoop(std::string text) { return detect::isLoop(detect::Statement(text)); }

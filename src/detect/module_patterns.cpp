@@ -1,0 +1,67 @@
+#include "detect/module_patterns.h"
+
+#include <algorithm>
+#include <array>
+
+#include "text/string_primitives.h"
+
+namespace detect {
+namespace {
+
+using text::contains;
+
+constexpr std::array<std::string_view, 4> kWebComponentSigns{
+    "extends HTMLElement", "extends HTMLDivElement", "extends HTMLButtonElement",
+    "customElements.define"};
+
+// An exported function is no import; everything else that is exported is.
+bool exportsNoFunction(const std::vector<text::Part>& parts) {
+  if (parts.size() >= 2 && parts[1].is("function")) return false;
+  return parts.size() < 3 || !parts[1].is("async") || !parts[2].is("function");
+}
+
+}  // namespace
+
+bool isImport(const Statement& statement) {
+  const std::string_view word = statement.firstWord();
+  if (word == "import" || word == "require") return true;
+  if (word == "export") return exportsNoFunction(statement.parts());
+  // "module.exports" needs a test of its own: no dot has to follow it.
+  return contains(statement.text(), "module.exports") || contains(statement.text(), "exports.");
+}
+
+bool isInvokedFunction(const Statement& statement) {
+  // Part 0 of anything true is "(": worth a look before the text is split.
+  const std::string_view code = text::trimView(statement.text());
+  if (code.empty() || code.front() != '(') return false;
+  const std::vector<text::Part>& parts = statement.parts();
+  if (parts.size() < 3) return false;
+  return parts[1].is("function") || parts[1].is("async") || (parts[1].is("(") && parts[2].is(")"));
+}
+
+bool isWebComponent(std::string_view text) {
+  return std::any_of(kWebComponentSigns.begin(), kWebComponentSigns.end(),
+                     [text](std::string_view sign) { return contains(text, sign); });
+}
+
+std::string_view modulePattern(std::string_view text) {
+  // The order decides many real files: a universal wrapper that mentions module.exports is
+  // "commonjs".
+  if (contains(text, "export default") || contains(text, "export {")) return "module";
+  if (contains(text, "module.exports") || contains(text, "exports.")) return "commonjs";
+  if (contains(text, "define(") && contains(text, "function")) return "amd";
+  if (contains(text, "typeof exports") && contains(text, "typeof module")) return "umd";
+  return {};
+}
+
+}  // namespace detect
+
+bool DetectJSImports(std::string text) { return detect::isImport(detect::Statement(text)); }
+
+bool DetectIIFE(std::string text) { return detect::isInvokedFunction(detect::Statement(text)); }
+
+bool DetectWebComponent(std::string text) { return detect::isWebComponent(text); }
+
+std::string DetectModulePattern(std::string text) {
+  return std::string(detect::modulePattern(text));
+}

@@ -1,0 +1,30 @@
+// One statement's text on its way through a chain of questions. It is split into parts at most
+// once, and only when a question needs them.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "text/parts_list.h"
+
+namespace detect {
+
+class Statement {
+ public:
+  explicit Statement(std::string_view text = {}) : text_(text) {}
+
+  // Starts over with another text, keeping the storage. The text must outlive the questions.
+  void reset(std::string_view text);
+
+  std::string_view text() const { return text_; }
+  std::string_view firstWord() const;
+  const std::vector<text::Part>& parts() const;
+
+ private:
+  std::string_view text_;
+  mutable std::vector<text::Part> parts_;
+  mutable bool split_ = false;
+};
+
+}  // namespace detect
