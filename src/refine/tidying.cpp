@@ -1,0 +1,60 @@
+#include "refine/tidying.h"
+
+#include <algorithm>
+#include <exception>
+#include <string_view>
+
+#include "text/string_primitives.h"
+#include "tree/walk.h"
+
+namespace {
+
+// Narrower than what the record pass leaves out, and not to be merged with it: a node with one of
+// those texts keeps its children in the output.
+bool isBraceOnly(const ObjectBranch& node) {
+  // White space inside would stay, so trimming finds the same texts as trimming and reducing.
+  const std::string_view text = text::trimView(node.contents);
+  return text.empty() || text == "}" || text == "{" || text == "};";
+}
+
+}  // namespace
+
+void CleanUpBranchTypes(ObjectBranch* node) { static_cast<void>(node); }
+
+void RemoveBraceOnlyNodes(ObjectBranch* node) {
+  tree::walkPreOrder(node, [](ObjectBranch* visited) {
+    std::erase_if(visited->children, [](ObjectBranch* child) {
+      if (child == nullptr) return true;
+      if (!isBraceOnly(*child)) return false;
+      delete child;  // what hangs below it is lost to the run
+      return true;
+    });
+    return tree::Descend::kYes;
+  });
+}
+
+void AppendAllDefines(ObjectBranch* root, std::vector<std::string> defines) {
+  refine::appendAllDefines(root, defines);
+}
+
+namespace refine {
+
+void appendAllDefines(ObjectBranch* root, const std::vector<std::string>& defines) {
+  if (root == nullptr) return;
+  ObjectBranch* node = nullptr;
+  try {
+    node = tree::makeNode();
+  } catch (const std::exception&) {
+    return;  // the run goes on without its defines
+  }
+  node->parent = root;
+  node->branchType = kBranchAppendedDefine;
+  node->branchTypeAsString = "preprocessor";
+  node->filePath = root->filePath;
+  std::string lines;
+  for (const std::string& define : defines) lines.append(define).push_back('\n');
+  node->contents = text::trimView(lines);
+  root->children.push_back(node);
+}
+
+}  // namespace refine
