@@ -1,0 +1,28 @@
+// The last pass of every run. It drops the nodes that say nothing, numbers the rest densely, reads
+// each text once more to decide the label that a host sees, and writes the records.
+#pragma once
+
+#include <sstream>
+#include <string>
+#include <string_view>
+
+#include "base/export.h"
+#include "tree/object_branch.h"
+
+// The record array of the tree under root; "[]" for a null root. Changes nodeID, parent, children,
+// label, simpleFunctionName and tags of the nodes that get a record, and prints a line for each.
+// The string is handed to functionName, which does not read it.
+QUORL_API std::ostringstream StartGeneratingObjects(ObjectBranch* root, std::string className);
+
+// Whether the node's text is one of eleven that get no record, such as "}" and ");".
+QUORL_API bool ShouldSkipNode(const ObjectBranch& node);
+
+// The display name of a function on a page: the first word and the first quoted text, or
+// functionName if nothing is quoted.
+QUORL_API std::string ExtractSimpleFunctionNameForPreview(const std::string& contents);
+
+namespace records {
+
+std::string generate(ObjectBranch* root);
+
+}  // namespace records
