@@ -1,0 +1,255 @@
+// A line scanner: no statement buffer, no parentheses, no joining or splitting of lines. The scopes
+// that are open stand on a stack, and a new node becomes a child of the one at its back. A line
+// that opens a scope is pushed if it has any "{", whether or not its braces balance.
+#include "builder/script_content.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <exception>
+#include <iterator>
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "detect/declarations.h"
+#include "detect/flow.h"
+#include "text/byte_set.h"
+#include "text/file_names.h"
+#include "text/string_primitives.h"
+
+namespace builder {
+namespace {
+
+constexpr int kMaxLines = 100'000;             // lines behind are not read
+constexpr std::size_t kMaxLineBytes = 10'000;  // a longer line is left out, but counted
+constexpr int kMaxBracesOfAKind = 100;         // a line with more is left out
+constexpr std::size_t kMaxOpenScopes = 1'000;  // a scope beyond is a node, but takes no children
+
+struct Braces {
+  int opening = 0;
+  int closing = 0;
+};
+
+// The braces of one line outside strings. Nothing carries over from the line before: a string that
+// runs across lines is forgotten. A backslash hides the byte behind it, outside strings too.
+Braces countBraces(std::string_view line) {
+  constexpr text::ByteSet kStops{"\\\"'`{}"};
+  Braces braces;
+  char quote = 0;  // the byte that closes the string, 0 outside
+  for (std::size_t i = 0; i < line.size(); ++i) {
+    const char byte = line[i];
+    if (!kStops(byte)) continue;
+    if (byte == '\\') {
+      ++i;
+    } else if (quote != 0) {
+      if (byte == quote) quote = 0;
+    } else if (byte == '{') {
+      ++braces.opening;
+    } else if (byte == '}') {
+      ++braces.closing;
+    } else {
+      quote = byte;
+    }
+  }
+  return braces;
+}
+
+struct Kind {
+  BranchType branchType;
+  std::string_view label;
+};
+constexpr Kind kLine{kBranchLine, "line"};
+constexpr Kind kVariable{kBranchClassVar, "classvar"};
+constexpr Kind kFunction{kBranchFunction, "function"};
+
+// The first that applies wins. All of these open a scope if their line has a "{".
+struct ScopeRule {
+  bool (*applies)(const detect::Statement&);
+  Kind kind;
+};
+constexpr ScopeRule kScopeRules[] = {{detect::isFunction, kFunction},
+                                     {detect::isClass, {kBranchClass, "class"}},
+                                     {detect::isLogic, {kBranchLogic, "logic"}},
+                                     {detect::isLoop, {kBranchLoop, "loop"}}};
+
+class ScriptContentParser {
+ public:
+  ScriptContentParser(ObjectBranch* parent, const std::string& path) : path_(path) {
+    scopeStack_.reserve(kMaxOpenScopes);
+    scopeStack_.push_back(parent);
+  }
+
+  void parseLine(std::string_view line, std::int32_t lineNumber);
+
+ private:
+  void closeScopes(std::string_view statement, int count, std::int32_t lineNumber);
+  void addStatement(bool hasOpeningBrace, std::int32_t lineNumber);
+
+  // A new node for the statement, which is to be a child of the back of the stack.
+  std::unique_ptr<ObjectBranch> makeNode(std::int32_t lineNumber) const;
+  static void setKind(ObjectBranch& node, const Kind& kind);
+  void setFunctionName(ObjectBranch& node) const;
+  ObjectBranch* attach(std::unique_ptr<ObjectBranch> node);
+
+  // The parent at the front is never popped.
+  void pop() {
+    if (scopeStack_.size() > 1) scopeStack_.pop_back();
+  }
+
+  const std::string& path_;
+  std::vector<ObjectBranch*> scopeStack_;
+  detect::Statement statement_;
+  std::string scratch_;
+};
+
+void ScriptContentParser::parseLine(std::string_view line, std::int32_t lineNumber) {
+  const std::string_view statement = text::trimAndReduceView(line, scratch_);
+  if (statement.empty()) return;
+  const Braces braces = countBraces(line);
+  if (braces.opening > kMaxBracesOfAKind || braces.closing > kMaxBracesOfAKind) return;
+  if (statement == "}") {
+    pop();
+  } else if (braces.closing > braces.opening) {
+    closeScopes(statement, braces.closing, lineNumber);
+  } else if (statement != "{") {  // required: a brace on a line of its own opens no scope
+    statement_.reset(statement);
+    addStatement(braces.opening > 0, lineNumber);
+  }
+}
+
+void ScriptContentParser::closeScopes(std::string_view statement, int count,
+                                      std::int32_t lineNumber) {
+  // What stands before the last brace is the statement, and what follows it is lost; a line that
+  // begins with its only brace stays whole.
+  const std::size_t lastBrace = statement.rfind('}');
+  if (lastBrace != std::string_view::npos && lastBrace > 0) {
+    statement = text::trimView(statement.substr(0, lastBrace));  // it is reduced already
+  }
+  if (!statement.empty() && statement != "{") {
+    statement_.reset(statement);
+    std::unique_ptr<ObjectBranch> node = makeNode(lineNumber);
+    const bool isVariable = !detect::isReturn(statement_) && detect::isVariable(statement_);
+    setKind(*node, isVariable ? kVariable : kLine);
+    attach(std::move(node));
+  }
+  for (int i = 0; i < count; ++i) pop();
+}
+
+void ScriptContentParser::addStatement(bool hasOpeningBrace, std::int32_t lineNumber) {
+  std::unique_ptr<ObjectBranch> node = makeNode(lineNumber);
+  bool opensScope = false;
+  const auto* const rule =
+      std::find_if(std::begin(kScopeRules), std::end(kScopeRules),
+                   [this](const ScopeRule& each) { return each.applies(statement_); });
+  if (rule != std::end(kScopeRules)) {
+    setKind(*node, rule->kind);
+    if (rule->kind.branchType == kBranchFunction) setFunctionName(*node);
+    opensScope = hasOpeningBrace;
+  } else if (detect::isVariable(statement_)) {
+    // An arrow with a bare parameter; required: it gets no name, and an object literal no scope.
+    opensScope = hasOpeningBrace && text::contains(statement_.text(), "=>");
+    setKind(*node, opensScope ? kFunction : kVariable);
+  } else {
+    setKind(*node, kLine);
+  }
+  ObjectBranch* const added = attach(std::move(node));
+  if (opensScope && scopeStack_.size() < kMaxOpenScopes) scopeStack_.push_back(added);
+}
+
+std::unique_ptr<ObjectBranch> ScriptContentParser::makeNode(std::int32_t lineNumber) const {
+  std::unique_ptr<ObjectBranch> node(tree::makeNode());
+  node->parent = scopeStack_.back();
+  node->lineNumber = lineNumber;
+  node->filePath = path_;
+  node->contents = statement_.text();
+  return node;
+}
+
+void ScriptContentParser::setKind(ObjectBranch& node, const Kind& kind) {
+  node.branchType = kind.branchType;
+  node.branchTypeAsString = kind.label;
+}
+
+void ScriptContentParser::setFunctionName(ObjectBranch& node) const {
+  try {
+    node.simpleFunctionName = detect::functionNameOf(statement_);
+  } catch (const std::exception&) {
+    node.simpleFunctionName = "anonymous";
+  }
+}
+
+ObjectBranch* ScriptContentParser::attach(std::unique_ptr<ObjectBranch> node) {
+  scopeStack_.back()->children.push_back(node.get());
+  return node.release();
+}
+
+// What the file's text shows of its module system, with the file's name.
+std::string scopeName(std::string_view text, std::string_view baseName) {
+  std::string name;
+  if (text::contains(text, "export ") || text::contains(text, "import ")) {
+    return name.append("module:").append(baseName);
+  }
+  if (text::contains(text, "module.exports") || text::contains(text, "require(")) {
+    return name.append("commonjs:").append(baseName);
+  }
+  return "global";
+}
+
+// The file's name as a class name: letters and digits, with its first byte in upper case.
+std::string className(std::string_view baseName) {
+  std::string name(baseName);
+  // required: before the symbols go, so a name that begins with one keeps its next letter as it is.
+  if (!name.empty() && name[0] >= 'a' && name[0] <= 'z')
+    name[0] = static_cast<char>(name[0] - 'a' + 'A');
+  std::erase_if(name, [](char byte) { return !text::kLetters(byte) && !text::kDigits(byte); });
+  return name.empty() ? "Script" : name;
+}
+
+}  // namespace
+
+void parseScriptFile(std::string_view text, ObjectBranch* root, const std::string& path) {
+  if (root == nullptr) return;
+  const std::string_view baseName = text::baseNameView(path);
+
+  ObjectBranch* const scope = tree::makeNode(root, kBranchNamespace, "namespace", 0, path);
+  scope->contents = "namespace " + scopeName(text, baseName);
+  scope->tags = "\n      \"javascript-file\"\n";
+  root->children.push_back(scope);
+
+  ObjectBranch* const script = tree::makeNode(scope, kBranchClass, "class", 0, path);
+  script->contents = className(baseName);
+  script->tags = "\n      \"main-script\"\n";
+  scope->children.push_back(script);
+
+  parseScriptContent(text, script, path, 1);
+}
+
+void parseScriptContent(std::string_view text, ObjectBranch* parent, const std::string& path,
+                        int startLine) {
+  if (text.empty() || parent == nullptr) return;
+  ScriptContentParser parser(parent, path);
+  std::size_t in = 0;
+  for (int lineCount = 0; in < text.size() && lineCount < kMaxLines; ++lineCount) {
+    const std::size_t end = std::min(text.find('\n', in), text.size());
+    const std::string_view line = text.substr(in, end - in);
+    in = end + 1;
+    if (line.size() > kMaxLineBytes) continue;
+    try {
+      parser.parseLine(line, startLine + lineCount);
+    } catch (const std::exception&) {
+      // A line without memory for its node is left out, and the rest goes on.
+    }
+  }
+}
+
+}  // namespace builder
+
+void ParsePureJavaScript(const std::string& text, ObjectBranch* root, const std::string& path) {
+  builder::parseScriptFile(text, root, path);
+}
+
+void ParseScriptContent(const std::string& text, ObjectBranch* parent, const std::string& path,
+                        int startLine) {
+  builder::parseScriptContent(text, parent, path, startLine);
+}

@@ -1,0 +1,127 @@
+#include "builder/tree_builder.h"
+
+#include "builder/script_content.h"
+#include "records/record_pass.h"
+#include "refine/qualified_names.h"
+#include "refine/tidying.h"
+#include "text/file_names.h"
+#include "text/string_primitives.h"
+
+std::string chunk;
+
+namespace builder {
+namespace {
+
+constexpr std::string_view kGeneratedTag = "\n      \"auto-generated\"\n";
+constexpr std::string_view kScopeWrapperTags =
+    "\n      \"auto-generated\"\n      \"scope-wrapper\"\n";
+constexpr std::size_t kInvokedFunctionHeadBytes = 50;  // where a wrapped function has to show
+
+// The document's scope and the node under which its elements go.
+ObjectBranch* makePageWrappers(ObjectBranch* root, const std::string& path) {
+  ObjectBranch* const document = tree::makeNode(root, kBranchNamespace, "namespace", 0, path);
+  document->contents = "namespace document";
+  document->tags = "\n      \"html-document\"\n";
+  root->children.push_back(document);
+
+  ObjectBranch* const structure = tree::makeNode(document, kBranchClass, "class", 0, path);
+  structure->contents = "HTMLDocument";
+  structure->tags = "\n      \"html-structure\"\n";
+  document->children.push_back(structure);
+  return structure;
+}
+
+bool isInvokedFunctionText(std::string_view text) {
+  const std::string_view head = text::trimView(text).substr(0, kInvokedFunctionHeadBytes);
+  return head.starts_with('(') && (text::contains(head, "function") || text::contains(head, "=>"));
+}
+
+bool hasModuleSigns(std::string_view text) {
+  return text::contains(text, "export ") || text::contains(text, "import ") ||
+         text::contains(text, "module.exports") || text::contains(text, "require(");
+}
+
+// The word for the scope that the text shows. A wrapped function comes last and overrides a module.
+std::string scopeWord(std::string_view text, const std::string& path) {
+  std::string word;
+  if (isInvokedFunctionText(text)) return word.append("iife:").append(text::baseNameView(path));
+  if (hasModuleSigns(text)) return word.append("module:").append(text::baseNameView(path));
+  // required: an extension holds no dot, so this never applies.
+  const std::string_view extension = text::extensionView(path);
+  if (text::contains(extension, ".html") || text::contains(extension, ".htm")) return "window";
+  return "global";
+}
+
+std::string_view scopeClassWord(std::string_view scopeWord) {
+  if (scopeWord == "window") return "WindowScope";
+  if (scopeWord.starts_with("module:")) return "ModuleScope";
+  return scopeWord.starts_with("iife:") ? "IIFEScope" : "GlobalScope";
+}
+
+// The wrappers of the scanner route; gives the node under which the scan begins. required: both
+// keep the code 13 of a new node, whatever their labels say.
+ObjectBranch* makeScopeWrappers(const BuildRequest& request, ObjectBranch* root) {
+  if (!request.namespaceName.empty()) return root;
+  const std::string word = scopeWord(request.text, request.filePath);
+  ObjectBranch* const scope = tree::makeNode(root, kBranchNone, "namespace", 0, request.filePath);
+  scope->contents = "namespace " + word;
+  scope->tags = kGeneratedTag;
+  root->children.push_back(scope);
+  if (!request.className.empty()) return scope;
+
+  ObjectBranch* const wrapper = tree::makeNode(scope, kBranchNone, "class", 0, request.filePath);
+  wrapper->contents = std::string("class ").append(scopeClassWord(word));
+  wrapper->tags = kScopeWrapperTags;
+  scope->children.push_back(wrapper);
+  return wrapper;
+}
+
+void buildScript(const BuildRequest& request, ObjectBranch* root) {
+  parseScriptFile(request.text, root, request.filePath);
+  ExpandClassnames(root);
+  refine::appendAllDefines(root, request.defines);
+  RemoveBraceOnlyNodes(root);
+}
+
+void buildPage(const BuildRequest& request, ObjectBranch* root) {
+  makePageWrappers(root, request.filePath);
+  ExpandClassnames(root);
+  refine::appendAllDefines(root, request.defines);
+  RemoveBraceOnlyNodes(root);
+}
+
+void buildOther(const BuildRequest& request, ObjectBranch* root) {
+  makeScopeWrappers(request, root);
+  CleanUpBranchTypes(root);
+  ExpandClassnames(root);
+  refine::appendAllDefines(root, request.defines);
+}
+
+}  // namespace
+
+std::string buildRecords(const BuildRequest& request, ObjectBranch* root) {
+  if (root == nullptr) return "{ \"error\": \"Invalid root node\" }";
+  root->branchType = kBranchFilePath;
+  root->branchTypeAsString = "filepath";
+  root->contents = text::fileNameView(request.filePath);
+  root->filePath = request.filePath;
+  if (text::isScriptPath(request.filePath)) {
+    buildScript(request, root);
+  } else if (text::isPagePath(request.filePath)) {
+    buildPage(request, root);
+  } else {
+    buildOther(request, root);
+  }
+  return records::generate(root);
+}
+
+}  // namespace builder
+
+std::ostringstream TreeBuilderJS(std::string filePath, std::string namespaceName,
+                                 std::string className, std::string text, bool isJavaScript,
+                                 ObjectBranch* root, std::vector<std::string> defines) {
+  std::ostringstream stream;
+  stream.str(builder::buildRecords(
+      {filePath, namespaceName, className, text, isJavaScript, defines}, root));
+  return stream;
+}

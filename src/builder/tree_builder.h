@@ -1,0 +1,38 @@
+// The frame of a run: it picks one of three routes by the file's extension, builds the tree under
+// the root, runs the refinement passes in the route's order and returns the records.
+#pragma once
+
+#include <sstream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "base/export.h"
+#include "tree/object_branch.h"
+
+// The statement text under construction on the scanner route; keeps what a run leaves in it.
+extern QUORL_API std::string chunk;
+
+// Builds the tree of text under root, which the caller has numbered, and returns a stream with the
+// record array. A null root gives a stream with an error text. Empty namespaceName and className
+// ask for the wrapper nodes of the scanner route.
+QUORL_API std::ostringstream TreeBuilderJS(std::string filePath, std::string namespaceName,
+                                           std::string className, std::string text,
+                                           bool isJavaScript, ObjectBranch* root,
+                                           std::vector<std::string> defines);
+
+namespace builder {
+
+struct BuildRequest {
+  const std::string& filePath;
+  std::string_view namespaceName;
+  std::string_view className;
+  std::string_view text;  // cleaned
+  bool isJavaScript;
+  const std::vector<std::string>& defines;
+};
+
+// TreeBuilderJS without the stream: the record text, or an error text.
+std::string buildRecords(const BuildRequest& request, ObjectBranch* root);
+
+}  // namespace builder

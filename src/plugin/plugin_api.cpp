@@ -1,0 +1,124 @@
+#include "plugin/plugin_api.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <exception>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "builder/tree_builder.h"
+#include "cleaner/cleaner.h"
+#include "plugin/exported_data.h"
+#include "plugin/source_file.h"
+#include "records/record_format.h"
+#include "tree/object_branch.h"
+
+std::vector<ObjectBranch*> AllBranches;
+std::string startPath = "/path/to/source.js";
+
+namespace {
+
+char* returnResult = nullptr;  // ParseJS's latest answer
+char* resPtr = nullptr;        // Info's latest answer
+char* theString = nullptr;     // a slot that nothing fills
+
+void release(char*& buffer) {
+  std::free(buffer);
+  buffer = nullptr;
+}
+
+// A copy of the text up to its first NUL, in a buffer of the text's length and one, from malloc;
+// null without memory for it.
+char* makeAnswer(std::string_view text) {
+  auto* const buffer = static_cast<char*>(std::malloc(text.size() + 1));
+  if (buffer == nullptr) return nullptr;
+  const std::size_t copied = std::min(text.find('\0'), text.size());
+  std::memcpy(buffer, text.data(), copied);
+  std::memset(buffer + copied, 0, text.size() + 1 - copied);
+  return buffer;
+}
+
+std::string errorAnswer(std::string_view what, std::string_view detail) {
+  std::string answer = "[{\"error\": \"";
+  answer.append(what);
+  records::appendEscaped(answer, detail);
+  return answer.append("\"}]");
+}
+
+// One entry for each line that is not empty, just as it stands.
+std::vector<std::string> splitDefines(const char* defines) {
+  std::vector<std::string> lines;
+  if (defines == nullptr) return lines;
+  for (std::string_view rest = defines; !rest.empty();) {
+    const std::string_view line = rest.substr(0, rest.find('\n'));
+    if (!line.empty()) lines.emplace_back(line);
+    rest.remove_prefix(std::min(line.size() + 1, rest.size()));
+  }
+  return lines;
+}
+
+// The answer for one file. root receives the run's root as soon as there is one.
+std::string parseFile(const std::string& path, const char* defines, ObjectBranch*& root) {
+  std::optional<std::string> text = plugin::readSourceFile(path);
+  if (!text) return errorAnswer("Could not open file: ", path);
+  if (text->empty()) return errorAnswer("File is empty: ", path);
+  root = tree::makeNode();
+  std::vector<std::string> names = splitDefines(defines);
+  // required: the host's names are no names that conditions know.
+  cleaner::clean(*text, {}, names);
+  std::string answer = builder::buildRecords({path, {}, {}, *text, true, names}, root);
+  CleanupTree(root);
+  return answer;
+}
+
+// The answer for a run that failed, whose tree is cut off first. Throws if even that fails.
+std::string failureAnswer(ObjectBranch* root, std::string_view what, std::string_view detail) {
+  if (root != nullptr) CleanupTree(root);
+  return errorAnswer(what, detail);
+}
+
+}  // namespace
+
+extern "C" QUORL_API const char* ParseJS(const char* path, const char* defines) {
+  release(returnResult);
+  currentIndex = 0;
+  objectCount = 1;
+  chunk.clear();
+  AllBranches.clear();
+  ObjectBranch* root = nullptr;
+  try {
+    try {
+      returnResult = makeAnswer(parseFile(path, defines, root));
+    } catch (const std::exception& error) {
+      returnResult = makeAnswer(failureAnswer(root, "Parser exception: ", error.what()));
+    } catch (...) {
+      returnResult = makeAnswer(failureAnswer(root, "Unknown parser exception occurred", {}));
+    }
+  } catch (...) {
+    // No memory for an error text: null is the answer that is left.
+  }
+  return returnResult;
+}
+
+extern "C" QUORL_API void CleanupJS() {
+  release(returnResult);
+  release(resPtr);
+  release(theString);
+}
+
+extern "C" QUORL_API const char* Info() {
+  std::array<char, 256> text;
+  std::snprintf(text.data(), text.size(),
+                "Quorl JavaScript Parser Plugin v1.0 - HTML/JS Support (Address: %p)\n",
+                static_cast<void*>(&resPtr));
+  // required: an earlier answer stays readable, and lost to CleanupJS.
+  resPtr = makeAnswer(text.data());
+  return resPtr;
+}
+
+void cleanup() { release(theString); }
