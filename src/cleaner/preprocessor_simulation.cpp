@@ -6,10 +6,11 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdio>
 #include <cstring>
 #include <unordered_set>
 
-#include "base/stdout_writer.h"
+#include "base/stream_writer.h"
 #include "cleaner/cleaner.h"
 #include "text/byte_set.h"
 #include "text/string_primitives.h"
@@ -101,7 +102,7 @@ class PreprocessorSimulation {
   std::vector<char> takenStates_{0};   // the opening directive at this depth came out true
 
   std::unordered_set<std::string> names_;  // what defines_ holds, once a name was sought in it
-  base::StdoutWriter report_;
+  base::StreamWriter report_{stdout};
 };
 
 void PreprocessorSimulation::readLine(std::size_t in, std::size_t end) {

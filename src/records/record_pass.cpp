@@ -4,11 +4,12 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <memory>
 #include <utility>
 #include <vector>
 
-#include "base/stdout_writer.h"
+#include "base/stream_writer.h"
 #include "detect/declarations.h"
 #include "detect/flow.h"
 #include "detect/module_patterns.h"
@@ -46,7 +47,7 @@ bool isSkipped(const ObjectBranch& node) {
 Nodes keepNodes(const Nodes& nodes, tree::IdTable& newIds) {
   Nodes kept;
   kept.reserve(nodes.size());
-  base::StdoutWriter out;
+  base::StreamWriter out(stdout);
   std::int32_t nextId = 0;
   for (ObjectBranch* node : nodes) {
     if (node->branchType == kBranchNone || isSkipped(*node)) continue;

@@ -1,13 +1,14 @@
 #include "tree/object_branch.h"
 
 #include <array>
+#include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <new>
 #include <stdexcept>
 #include <utility>
 
-#include "base/stdout_writer.h"
+#include "base/stream_writer.h"
 #include "tree/id_table.h"
 #include "tree/walk.h"
 
@@ -102,7 +103,7 @@ void FreeChildren(ObjectBranch* node) {
 }
 
 void CleanupTree(ObjectBranch* root) {
-  base::StdoutWriter out;
+  base::StreamWriter out(stdout);
   out << "Cleaning up parse tree...\n";
   out.flush();
   std::set<ObjectBranch*> visited;

@@ -1,4 +1,4 @@
-#include "base/stdout_writer.h"
+#include "base/stream_writer.h"
 
 #include <charconv>
 #include <cstdio>
@@ -6,10 +6,10 @@
 
 namespace base {
 
-StdoutWriter& StdoutWriter::operator<<(std::string_view text) noexcept {
+StreamWriter& StreamWriter::operator<<(std::string_view text) noexcept {
   if (text.size() > buffer_.size() - used_) drain();
   if (text.size() > buffer_.size()) {
-    std::fwrite(text.data(), 1, text.size(), stdout);
+    std::fwrite(text.data(), 1, text.size(), stream_);
     return *this;
   }
   std::memcpy(buffer_.data() + used_, text.data(), text.size());
@@ -17,19 +17,19 @@ StdoutWriter& StdoutWriter::operator<<(std::string_view text) noexcept {
   return *this;
 }
 
-StdoutWriter& StdoutWriter::operator<<(std::int32_t number) noexcept {
+StreamWriter& StreamWriter::operator<<(std::int32_t number) noexcept {
   std::array<char, 12> digits;  // a sign and ten digits at most
   const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
   return *this << std::string_view(digits.data(), static_cast<std::size_t>(end - digits.data()));
 }
 
-void StdoutWriter::flush() noexcept {
+void StreamWriter::flush() noexcept {
   drain();
-  std::fflush(stdout);
+  std::fflush(stream_);
 }
 
-void StdoutWriter::drain() noexcept {
-  if (used_ > 0) std::fwrite(buffer_.data(), 1, used_, stdout);
+void StreamWriter::drain() noexcept {
+  if (used_ > 0) std::fwrite(buffer_.data(), 1, used_, stream_);
   used_ = 0;
 }
 
