@@ -1,8 +1,88 @@
 #include "html/attributes.h"
 
+#include <array>
+#include <optional>
+
+#include "text/byte_set.h"
 #include "text/string_primitives.h"
 
 namespace html {
+namespace {
+
+constexpr std::size_t kNone = std::string_view::npos;
+constexpr text::ByteSet kSpaces{" \t\n\v\f\r"};
+
+// Elements that show an attribute in place of all else.
+struct AttributeMark {
+  std::string_view element;
+  std::string_view attribute;
+  std::string_view identifier;
+};
+constexpr std::array<AttributeMark, 3> kAttributeMarks{{{"script", "src=", "script[src]"},
+                                                        {"link", "href=", "link[href]"},
+                                                        {"form", "action=", "form[action]"}}};
+
+bool isQuote(char byte) { return byte == '"' || byte == '\''; }
+
+// What stands between the quote that text begins with and the next one like it, if both are there.
+std::optional<std::string_view> quotedValue(std::string_view text) {
+  if (text.empty() || !isQuote(text.front())) return std::nullopt;
+  const std::size_t close = text.find(text.front(), 1);
+  if (close == kNone) return std::nullopt;
+  return text.substr(1, close - 1);
+}
+
+// The value that text, which begins behind the "=", gives the attribute.
+std::string_view attributeValue(std::string_view text) {
+  while (!text.empty() && kSpaces(text.front())) text.remove_prefix(1);
+  if (text.empty()) return {};
+  if (isQuote(text.front())) return quotedValue(text).value_or(std::string_view{});
+  std::size_t end = 0;
+  while (end < text.size() && !kSpaces(text[end]) && text[end] != '>') ++end;
+  return text.substr(0, end);
+}
+
+// The quoted value directly behind the name, which ends in "=".
+std::optional<std::string_view> quotedValueBehind(std::string_view tagText, std::string_view name) {
+  const std::size_t hit = tagText.find(name);
+  if (hit == kNone) return std::nullopt;
+  return quotedValue(tagText.substr(hit + name.size()));
+}
+
+}  // namespace
+
+std::string_view hrefValue(std::string_view tagText) {
+  constexpr std::string_view kName = "href=";
+  const std::size_t hit = tagText.find(kName);
+  if (hit != kNone) return attributeValue(tagText.substr(hit + kName.size()));
+  const std::size_t spaced = tagText.find("href ");
+  if (spaced == kNone) return {};
+  // required: whatever stands between the word and the sign.
+  const std::size_t sign = tagText.find('=', spaced);
+  return sign == kNone ? std::string_view{} : attributeValue(tagText.substr(sign + 1));
+}
+
+std::string_view srcValue(std::string_view tagText) {
+  constexpr std::string_view kName = "src=";
+  const std::size_t hit = tagText.find(kName);
+  return hit == kNone ? std::string_view{} : attributeValue(tagText.substr(hit + kName.size()));
+}
+
+std::string elementIdentifier(std::string_view tagText) {
+  const std::string_view name = tagText.substr(0, tagText.find(' '));
+  std::string identifier(name);
+  if (const auto id = quotedValueBehind(tagText, "id=")) return identifier.append("#").append(*id);
+  for (const AttributeMark& mark : kAttributeMarks) {
+    if (name == mark.element && text::contains(tagText, mark.attribute)) {
+      return std::string(mark.identifier);
+    }
+  }
+  if (const auto classes = quotedValueBehind(tagText, "class=")) {
+    const std::string_view first = classes->substr(0, classes->find(' '));
+    if (!first.empty()) identifier.append(".").append(first);
+  }
+  return identifier;
+}
 
 std::string textPreview(std::string_view text, std::size_t maxLength) {
   std::string scratch;
@@ -15,6 +95,18 @@ std::string textPreview(std::string_view text, std::size_t maxLength) {
 }
 
 }  // namespace html
+
+std::string ExtractHrefValue(const std::string& tagText) {
+  return std::string(html::hrefValue(tagText));
+}
+
+std::string ExtractSrcValue(const std::string& tagText) {
+  return std::string(html::srcValue(tagText));
+}
+
+std::string GetElementIdentifier(const std::string& tagText) {
+  return html::elementIdentifier(tagText);
+}
 
 std::string ExtractTextPreview(const std::string& text, std::size_t maxLength) {
   return html::textPreview(text, maxLength);
