@@ -1,7 +1,11 @@
 #include "builder/tree_builder.h"
 
+#include "builder/character_scanner.h"
+#include "builder/scope_wrappers.h"
 #include "builder/script_content.h"
+#include "html/html_structure.h"
 #include "records/record_pass.h"
+#include "refine/inline_functions.h"
 #include "refine/qualified_names.h"
 #include "refine/tidying.h"
 #include "text/file_names.h"
@@ -12,9 +16,6 @@ std::string chunk;
 namespace builder {
 namespace {
 
-constexpr std::string_view kGeneratedTag = "\n      \"auto-generated\"\n";
-constexpr std::string_view kScopeWrapperTags =
-    "\n      \"auto-generated\"\n      \"scope-wrapper\"\n";
 constexpr std::size_t kInvokedFunctionHeadBytes = 50;  // where a wrapped function has to show
 
 // The document's scope and the node under which its elements go.
@@ -84,15 +85,18 @@ void buildScript(const BuildRequest& request, ObjectBranch* root) {
 }
 
 void buildPage(const BuildRequest& request, ObjectBranch* root) {
-  makePageWrappers(root, request.filePath);
+  ObjectBranch* const structure = makePageWrappers(root, request.filePath);
+  html::parseStructure(request.text, structure, request.filePath, 0);
   ExpandClassnames(root);
   refine::appendAllDefines(root, request.defines);
   RemoveBraceOnlyNodes(root);
 }
 
 void buildOther(const BuildRequest& request, ObjectBranch* root) {
-  makeScopeWrappers(request, root);
+  ObjectBranch* const start = makeScopeWrappers(request, root);
+  scanCharacters(request.text, root, start, request.isJavaScript, request.chunk);
   CleanUpBranchTypes(root);
+  GenerateInlineFunctions(root, true);
   ExpandClassnames(root);
   refine::appendAllDefines(root, request.defines);
 }
@@ -122,6 +126,6 @@ std::ostringstream TreeBuilderJS(std::string filePath, std::string namespaceName
                                  ObjectBranch* root, std::vector<std::string> defines) {
   std::ostringstream stream;
   stream.str(builder::buildRecords(
-      {filePath, namespaceName, className, text, isJavaScript, defines}, root));
+      {filePath, namespaceName, className, text, isJavaScript, defines, chunk}, root));
   return stream;
 }

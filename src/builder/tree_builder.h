@@ -30,6 +30,7 @@ struct BuildRequest {
   std::string_view text;  // cleaned
   bool isJavaScript;
   const std::vector<std::string>& defines;
+  std::string& chunk;  // for the scanner's statement text
 };
 
 // TreeBuilderJS without the stream: the record text, or an error text.

@@ -71,7 +71,7 @@ std::string parseFile(const std::string& path, const char* defines, ObjectBranch
   std::vector<std::string> names = splitDefines(defines);
   // required: the host's names are no names that conditions know.
   cleaner::clean(*text, {}, names);
-  std::string answer = builder::buildRecords({path, {}, {}, *text, true, names}, root);
+  std::string answer = builder::buildRecords({path, {}, {}, *text, true, names, chunk}, root);
   CleanupTree(root);
   return answer;
 }

@@ -1,0 +1,131 @@
+// Outside strings these bytes decide; all others join the chunk:
+//
+//   ' " `   open a string, which joins the chunk up to its closing quote
+//   \n      ends a statement, unless the line continues
+//   ;       ends a statement outside parentheses
+//   { }     open and close a block
+//   ( )     are counted
+//   [ ]     at the start of a statement, enclose text that is left out (unless it is a script)
+//
+// Braces, semicolons and line feeds in a string do nothing, and its line feeds are not counted.
+#include "builder/character_scanner.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+
+#include "builder/chunk_text.h"
+#include "builder/node_emission.h"
+#include "text/byte_set.h"
+
+namespace builder {
+namespace {
+
+constexpr std::size_t kMaxScannedBytes = 10'485'760;  // the rest is not looked at
+
+constexpr text::ByteSet kStops{"'\"`\n;{}()[]"};
+
+class CharacterScanner {
+ public:
+  CharacterScanner(std::string_view text, ObjectBranch* root, ObjectBranch* start,
+                   bool isJavaScript, std::string& chunk)
+      : text_(text.substr(0, kMaxScannedBytes)),
+        isJavaScript_(isJavaScript),
+        chunk_(chunk),
+        emitter_(root, start, isJavaScript, chunk_) {}
+
+  void run();
+
+ private:
+  Scan takeStop(char byte);
+  void endLine();
+
+  // Text in a skipped bracket group does not join the chunk, but for its strings.
+  void appendCode(std::string_view bytes) {
+    if (!bracketSkip_) chunk_.append(bytes);
+  }
+
+  // The offset behind the string that opens at from, or the end. A backslash hides the byte behind
+  // it.
+  std::size_t skipString(std::size_t from) const;
+
+  const std::string_view text_;
+  const bool isJavaScript_;
+  ChunkText chunk_;
+  NodeEmitter emitter_;
+  std::size_t position_ = 0;
+  std::int32_t lineCounter_ = 1;
+  std::int32_t parenDepth_ = 0;  // never below 0
+  bool bracketSkip_ = false;
+};
+
+void CharacterScanner::run() {
+  while (position_ < text_.size()) {
+    const auto from = text_.begin() + static_cast<std::ptrdiff_t>(position_);
+    const auto stop = std::find_if(from, text_.end(), kStops);
+    appendCode({from, stop});
+    position_ = static_cast<std::size_t>(stop - text_.begin());
+    if (stop != text_.end() && takeStop(*stop) == Scan::kEnds) return;
+  }
+}
+
+Scan CharacterScanner::takeStop(char byte) {
+  const std::size_t here = position_++;
+  switch (byte) {
+    case '\'':
+    case '"':
+    case '`':
+      position_ = skipString(here);
+      chunk_.append(text_.substr(here, position_ - here));
+      return Scan::kGoesOn;
+    case '\n':
+      endLine();
+      return Scan::kGoesOn;
+    case '}':
+      parenDepth_ = 0;
+      return emitter_.closeBraceAction(lineCounter_);
+    case '{':
+      return emitter_.openBraceAction(lineCounter_);
+    case ';':
+      if (parenDepth_ > 0) break;
+      emitter_.statementAction(lineCounter_);
+      return Scan::kGoesOn;
+    case '(':
+      ++parenDepth_;
+      break;
+    case ')':
+      parenDepth_ = std::max(parenDepth_ - 1, 0);
+      break;
+    case '[':
+      if (isJavaScript_ || bracketSkip_ || parenDepth_ > 0 || !chunk_.isBlank()) break;
+      bracketSkip_ = true;
+      return Scan::kGoesOn;
+    default:  // a "]"
+      if (!bracketSkip_) break;
+      bracketSkip_ = false;
+      return Scan::kGoesOn;
+  }
+  appendCode(text_.substr(here, 1));
+  return Scan::kGoesOn;
+}
+
+void CharacterScanner::endLine() {
+  ++lineCounter_;
+  if (!chunk_.continues()) emitter_.newlineAction(lineCounter_, parenDepth_ > 0);
+}
+
+std::size_t CharacterScanner::skipString(std::size_t from) const {
+  const char quote = text_[from];
+  std::size_t i = from + 1;
+  while (i < text_.size() && text_[i] != quote) i += text_[i] == '\\' ? 2 : 1;
+  return std::min(i + 1, text_.size());
+}
+
+}  // namespace
+
+void scanCharacters(std::string_view text, ObjectBranch* root, ObjectBranch* start,
+                    bool isJavaScript, std::string& chunk) {
+  CharacterScanner(text, root, start, isJavaScript, chunk).run();
+}
+
+}  // namespace builder
