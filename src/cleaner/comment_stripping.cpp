@@ -61,22 +61,32 @@ class CommentStripper {
     return i;
   }
 
-  void dropUpTo(std::size_t end) { in_ = end; }
+  // Every move of in_ goes through here, before anything is written. Output never gets ahead of
+  // input, so the byte before in_ can still be read where it stood; the one before that may not.
+  void leaveBehind(std::size_t end) {
+    if (end > in_) beforeLast_ = end >= 2 ? text_[end - 2] : '\0';
+  }
+
+  void dropUpTo(std::size_t end) {
+    leaveBehind(end);
+    in_ = end;
+  }
 
   void copyUpTo(std::size_t end) {
+    leaveBehind(end);
     std::memmove(text_.data() + out_, text_.data() + in_, end - in_);
     out_ += end - in_;
     in_ = end;
   }
 
-  // Takes the byte at in_ and writes another, or the same, or nothing for it. Output never gets
-  // ahead of input, so the bytes before in_ can still be read where they stood.
+  // These take the byte at in_ and write another, the same, or nothing for it.
   void put(char byte) {
+    leaveBehind(in_ + 1);
     text_[out_++] = byte;
     ++in_;
   }
   void copyByte() { put(text_[in_]); }
-  void dropByte() { ++in_; }
+  void dropByte() { dropUpTo(in_ + 1); }
 
   bool takeUnprintable() {
     if (!kUnprintable(text_[in_])) return false;
@@ -95,13 +105,14 @@ class CommentStripper {
   // them may not be "d".
   bool isMarkerHere() const {
     return in_ + kMarker.size() < size_ && text_.compare(in_, kMarker.size(), kMarker) == 0 &&
-           (in_ < 2 || text_[in_ - 2] != 'd');
+           beforeLast_ != 'd';
   }
 
   std::string& text_;
   const std::size_t size_;
   std::size_t in_ = 0;
   std::size_t out_ = 0;
+  char beforeLast_ = '\0';  // the byte of the source two before in_
   Mode mode_ = &CommentStripper::code;
   char quote_ = 0;              // the byte that closes the string
   bool statementStart_ = true;  // no byte of a new statement has been seen; a "[" is lost here
