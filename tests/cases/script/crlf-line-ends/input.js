@@ -1,0 +1,11 @@
+// head comment
+function sum(a, b) {
+  // add
+	return a + b;
+}
+
+var t = "one \
+two";
+a();b();
+last();
+done();

@@ -1,0 +1,7 @@
+#ifdef NODE
+module.exports = run;
+#endif
+
+function run(queue) {
+  queue.flush();
+}

@@ -1,0 +1,8 @@
+/*
+ * Licence text; it's free.
+ */
+
+// import nothing
+   // indented
+<!-- page comment
+-->
