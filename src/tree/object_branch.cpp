@@ -18,6 +18,14 @@ std::int32_t objectCount = 1;
 
 namespace {
 
+// Nodes live as long as the process, and so does what reaches them: the registry's content moves
+// here instead of being taken apart at exit, which would cost more than many a run. The attribute
+// keeps the store, which nothing reads.
+[[gnu::used]] std::set<ObjectBranch*>* nodesKept = nullptr;
+const struct RegistryKeeper {
+  ~RegistryKeeper() { nodesKept = new (std::nothrow) std::set(std::move(allAllocatedNodes)); }
+} kRegistryKeeper;
+
 // Codes 9, 13, 14 and 18 have no word of their own.
 constexpr std::string_view kFallbackWord = "function";
 constexpr std::array<std::string_view, kBranchError + 1> kBranchWords = {
