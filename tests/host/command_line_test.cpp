@@ -1,0 +1,191 @@
+// What the program makes of its arguments, and its help and version. Where a run goes on, the
+// module is one whose answers are known byte by byte.
+
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "host/program_runner.h"
+#include "host/quorl_js_fixture.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using host_test::joined;
+using host_test::Outcome;
+using host_test::Words;
+using Arguments = host_test::QuorlJs;
+using Help = host_test::QuorlJs;
+using Version = host_test::QuorlJs;
+
+TEST_F(Arguments, ReachTheModuleByteForByte) {
+  struct Row {
+    const char* why;
+    Words arguments;
+    std::string out;
+  };
+  const std::vector<Row> rows = {
+      {"a define", {"--defines", "A", "f"}, "[\nf|A\n]\n"},
+      {"joined to its option", {"--defines=A", "f"}, "[\nf|A\n]\n"},
+      {"options behind the files", {"f", "--defines", "A"}, "[\nf|A\n]\n"},
+      {"one value an option: the rest are files",
+       {"--defines", "A", "f", "g"},
+       "[\nf|A\n]\n[\ng|A\n]\n"},
+      {"in their order, for every file, one a line",
+       {"f", "--defines", "B", "g", "--defines=A", "--defines", "B"},
+       "[\nf|B\nA\nB\n]\n[\ng|B\nA\nB\n]\n"},
+      {"an empty define", {"--defines", "", "f"}, "[\nf|\n]\n"},
+      {"an empty define takes its line",
+       {"--defines", "", "--defines", "A", "--defines", "", "f"},
+       "[\nf|\nA\n\n]\n"},
+      {"an empty joined define", {"--defines=", "f"}, "[\nf|\n]\n"},
+      {"empty joined defines", {"--defines=", "--defines=A", "f"}, "[\nf|\nA\n]\n"},
+      {"a define that looks like an option", {"--defines", "-x", "f"}, "[\nf|-x\n]\n"},
+      {"a define that is an option", {"--defines", "--version", "f"}, "[\nf|--version\n]\n"},
+      {"a define that is its own option", {"--defines", "--defines=", "f"}, "[\nf|--defines=\n]\n"},
+      {"a define that is the end of options", {"--defines", "--", "f"}, "[\nf|--\n]\n"},
+      {"an equals sign", {"--defines", "A=1", "f"}, "[\nf|A=1\n]\n"},
+      {"a second equals sign", {"--defines=A=1", "f"}, "[\nf|A=1\n]\n"},
+      {"an equals sign at the end", {"--defines=A=", "f"}, "[\nf|A=\n]\n"},
+      {"commas", {"--defines", "A,B", "f"}, "[\nf|A,B\n]\n"},
+      {"brackets", {"--defines", "[A,B]", "f"}, "[\nf|[A,B]\n]\n"},
+      {"joined brackets", {"--defines=[A,B]", "f"}, "[\nf|[A,B]\n]\n"},
+      {"braces", {"--defines", "{}", "f"}, "[\nf|{}\n]\n"},
+      {"the argument reader's own separator", {"--defines", "%%", "f"}, "[\nf|%%\n]\n"},
+      {"blanks", {"--defines", " A ", "f"}, "[\nf| A \n]\n"},
+      {"quotes", {"--defines", "\"A\"'", "f"}, "[\nf|\"A\"'\n]\n"},
+      {"a line feed", {"--defines", "A\nB", "f"}, "[\nf|A\nB\n]\n"},
+      {"bytes from 0x80 up", {"--defines", "\xff\xc3\x28", "f"}, "[\nf|\xff\xc3\x28\n]\n"},
+      {"a file in brackets", {"[a,b]"}, "[\n[a,b]|\n]\n"},
+      {"several files in brackets",
+       {"[a,b]", "[]", "[c]"},
+       "[\n[a,b]|\n]\n[\n[]|\n]\n[\n[c]|\n]\n"},
+      {"a file with blanks", {" a b "}, "[\n a b |\n]\n"},
+      {"a file with quotes", {"a\"b'c\\"}, "[\na\"b'c\\|\n]\n"},
+      {"a file with a line feed", {"a\nb"}, "[\na\nb|\n]\n"},
+      {"a file with bytes from 0x80 up", {"\xff\xfe.js"}, "[\n\xff\xfe.js|\n]\n"},
+      {"a file without a name", {""}, "[\n|\n]\n"},
+      {"a file with an equals sign", {"a=b", "c="}, "[\na=b|\n]\n[\nc=|\n]\n"},
+      {"a file called as in the usage text",
+       {"FILE", "--defines=", "f"},
+       "[\nFILE|\n]\n[\nf|\n]\n"},
+      {"a slash does not open an option", {"/f"}, "[\n/f|\n]\n"},
+      {"a hyphen is a file", {"-"}, "[\n-|\n]\n"},
+      {"a hyphen opens a file name behind --", {"--", "-f"}, "[\n-f|\n]\n"},
+      {"an option is a file behind --", {"--", "--help"}, "[\n--help|\n]\n"},
+      {"an option with a value is a file behind --",
+       {"--", "--defines=", "--defines", "f"},
+       "[\n--defines=|\n]\n[\n--defines|\n]\n[\nf|\n]\n"},
+      {"-- is a file behind --", {"--", "--"}, "[\n--|\n]\n"},
+      {"files before and behind --", {"f", "--", "-g", "h"}, "[\nf|\n]\n[\n-g|\n]\n[\nh|\n]\n"},
+      {"-- behind a define", {"--defines", "A", "--", "-f"}, "[\n-f|A\n]\n"},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(std::string(row.why) + ": " + joined(row.arguments));
+    EXPECT_EQ(runOdd(row.arguments), (Outcome{0, row.out, ""}));
+  }
+}
+
+TEST_F(Arguments, ThatCannotBeFollowedAreRefused) {
+  struct Row {
+    Words arguments;
+    std::string message;
+  };
+  const std::vector<Row> rows = {
+      {{}, "no FILE given"},
+      {{"--"}, "no FILE given"},
+      {{"--defines", "f"}, "no FILE given"},
+      {{"--diagnostics", "lines"}, "no FILE given"},
+      {{"--bogus"}, "unknown option --bogus"},
+      {{"f", "--bogus=1", "--other"}, "unknown option --bogus=1"},
+      {{"--define", "A", "f"}, "unknown option --define"},
+      {{"--Defines", "A", "f"}, "unknown option --Defines"},
+      {{"-defines", "A", "f"}, "unknown option -defines"},
+      {{"-h"}, "unknown option -h"},
+      {{"f", "-x", "--", "-y"}, "unknown option -x"},
+      {{"--version", "--bogus"}, "unknown option --bogus"},
+      {{"--a\x1b\nb"}, "unknown option --a\\x1b\\x0ab"},
+      {{"--caf\xc3\xa9"}, "unknown option --caf\xc3\xa9"},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(joined(row.arguments));
+    EXPECT_EQ(run(row.arguments),
+              (Outcome{2, "", "quorl-js: " + row.message + "; see quorl-js --help\n"}));
+    EXPECT_FALSE(fs::exists("lines"));  // nothing is opened for a run that does not start
+  }
+}
+
+// How these are worded is the argument reader's affair.
+TEST_F(Arguments, WithTooManyOrTooFewValuesAreRefusedInOneLine) {
+  struct Row {
+    Words arguments;
+    std::string option;
+  };
+  const std::vector<Row> rows = {
+      {{"f", "--defines"}, "defines"},
+      {{"f", "--plugin"}, "plugin"},
+      {{"f", "--diagnostics"}, "diagnostics"},
+      {{"f", "--plugin", "a", "--plugin=b"}, "plugin"},
+      {{"f", "--diagnostics=none", "--diagnostics=none"}, "diagnostics"},
+      {{"f", "--help=yes"}, "help"},
+      {{"f", "--version=no"}, "version"},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(joined(row.arguments));
+    const Outcome outcome = run(row.arguments);
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_EQ(outcome.err.rfind("quorl-js: ", 0), 0U) << outcome;
+    EXPECT_NE(outcome.err.find(row.option), std::string::npos) << outcome;
+    const std::string end = "; see quorl-js --help\n";
+    EXPECT_EQ(outcome.err.find('\n'), outcome.err.size() - 1) << outcome;
+    EXPECT_EQ(outcome.err.find(end), outcome.err.size() - end.size()) << outcome;
+  }
+}
+
+TEST_F(Help, ListsOptionsAndExitStatuses) {
+  const Outcome outcome = run({"--help"});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.err, "");
+  EXPECT_EQ(outcome.out.rfind("Usage: quorl-js FILE... [OPTION]...\n", 0), 0U) << outcome;
+  for (const char* line : {"--defines NAME ", "--plugin PATH ", "--diagnostics WHERE ", "--help ",
+                           "--version ", "-- ", "0 ", "1 ", "2 "}) {
+    EXPECT_NE(outcome.out.find(std::string("\n  ") + line), std::string::npos) << line;
+  }
+  EXPECT_EQ(outcome.out.back(), '\n');
+}
+
+TEST_F(Help, NeedsNothingElse) {
+  const std::string text = run({"--help"}).out;
+  for (const Words& arguments :
+       {Words{"--help", "--plugin", "/nowhere/m.so"}, Words{"f", "--help", "--version"},
+        Words{"--help", "--bogus"}, Words{"--diagnostics", "folder/lines", "--help"},
+        Words{"--help="}}) {
+    SCOPED_TRACE(joined(arguments));
+    EXPECT_EQ(run(arguments), (Outcome{0, text, ""}));
+  }
+}
+
+TEST_F(Version, IsTheProgramsAndThenTheModules) {
+  const Outcome versions{0, "quorl-js " QUORL_VERSION "\nodd plug-in\n", ""};
+  EXPECT_EQ(runOdd({"--version"}), versions);
+  EXPECT_EQ(runOdd({"--version", "error"}), versions);  // no file is read
+}
+
+TEST_F(Version, NeedsTheModule) {
+  const Outcome outcome = run({"--version", "--plugin", "gone.so"});
+  EXPECT_EQ(outcome.status, 2);
+  EXPECT_EQ(outcome.out, "");
+}
+
+TEST_F(Version, WithoutMemoryForTheModulesText) {
+  ::setenv("ODD_PLUGIN_HAS_NO_MEMORY", "1", 1);
+  const Outcome outcome = runOdd({"--version"});
+  ::unsetenv("ODD_PLUGIN_HAS_NO_MEMORY");
+  EXPECT_EQ(outcome, (Outcome{2, "", "quorl-js: no memory for the plug-in's version\n"}));
+}
+
+}  // namespace
