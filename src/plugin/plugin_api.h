@@ -26,8 +26,8 @@ extern "C" {
  *
  * path     The file, as NUL-terminated bytes; must not be null. Every record repeats it unchanged.
  *          Its extension decides how the file is read.
- * defines  Null, or NUL-terminated lines, each a define name for one record of its own. Lines end
- *          in a line feed; empty ones are skipped and nothing is trimmed.
+ * defines  Null, or NUL-terminated text with one define a line; all of them together make one
+ *          record. Lines end in a line feed; empty ones are skipped and nothing is trimmed.
  *
  * Returns NUL-terminated text: an array of records, which begins with "[\n", or one of these error
  * answers, with the path or message escaped as in the records:

@@ -1,0 +1,4 @@
+function Greeter(name) {
+  var label = name;
+}
+let total = 1;

@@ -1,0 +1,23 @@
+"""A host in Python: opens the plug-in, parses one file and prints the answer.
+
+usage: host.py MODULE FILE
+"""
+import ctypes
+import os
+import sys
+
+plugin = ctypes.CDLL(sys.argv[1])
+# A pointer, not c_char_p: ctypes would copy that at once, but hide a null answer's meaning.
+plugin.ParseJS.restype = ctypes.c_void_p
+plugin.ParseJS.argtypes = [ctypes.c_char_p, ctypes.c_char_p]
+
+# The plug-in prints diagnostic lines: keep standard output for the answer alone.
+out = os.fdopen(os.dup(1), "wb")
+os.dup2(os.open(os.devnull, os.O_WRONLY), 1)
+
+answer = plugin.ParseJS(os.fsencode(sys.argv[2]), None)
+if answer is None:
+    sys.exit("no memory")
+text = ctypes.string_at(answer)  # copied before the next call
+plugin.CleanupJS()
+out.write(text)
