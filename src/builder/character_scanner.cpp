@@ -61,11 +61,10 @@ class CharacterScanner {
 
 void CharacterScanner::run() {
   while (position_ < text_.size()) {
-    const auto from = text_.begin() + static_cast<std::ptrdiff_t>(position_);
-    const auto stop = std::find_if(from, text_.end(), kStops);
-    appendCode({from, stop});
-    position_ = static_cast<std::size_t>(stop - text_.begin());
-    if (stop != text_.end() && takeStop(*stop) == Scan::kEnds) return;
+    const std::size_t stop = text::findMember(text_, kStops, position_);
+    appendCode(text_.substr(position_, stop - position_));
+    position_ = stop;
+    if (stop < text_.size() && takeStop(text_[stop]) == Scan::kEnds) return;
   }
 }
 

@@ -24,7 +24,7 @@ bool isOneOf(std::string_view text, const auto& texts) {
   return std::find(texts.begin(), texts.end(), text) != texts.end();
 }
 
-bool holdsQuote(std::string_view text) { return std::any_of(text.begin(), text.end(), kQuotes); }
+bool holdsQuote(std::string_view text) { return text::findMember(text, kQuotes) < text.size(); }
 
 // Every node of the scan counts twice.
 ObjectBranch* makeCountedNode() {

@@ -103,8 +103,12 @@ void buildOther(const BuildRequest& request, ObjectBranch* root) {
 
 }  // namespace
 
-std::string buildRecords(const BuildRequest& request, ObjectBranch* root) {
-  if (root == nullptr) return "{ \"error\": \"Invalid root node\" }";
+records::RecordText buildRecords(const BuildRequest& request, ObjectBranch* root) {
+  if (root == nullptr) {
+    records::RecordText error;
+    error.append("{ \"error\": \"Invalid root node\" }");
+    return error;
+  }
   root->branchType = kBranchFilePath;
   root->branchTypeAsString = "filepath";
   root->contents = text::fileNameView(request.filePath);
@@ -125,7 +129,9 @@ std::ostringstream TreeBuilderJS(std::string filePath, std::string namespaceName
                                  std::string className, std::string text, bool isJavaScript,
                                  ObjectBranch* root, std::vector<std::string> defines) {
   std::ostringstream stream;
-  stream.str(builder::buildRecords(
-      {filePath, namespaceName, className, text, isJavaScript, defines, chunk}, root));
+  stream.str(std::string(
+      builder::buildRecords(
+          {filePath, namespaceName, className, text, isJavaScript, defines, chunk}, root)
+          .view()));
   return stream;
 }

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "base/export.h"
+#include "records/record_text.h"
 #include "tree/object_branch.h"
 
 // The statement text under construction on the scanner route; keeps what a run leaves in it.
@@ -34,6 +35,6 @@ struct BuildRequest {
 };
 
 // TreeBuilderJS without the stream: the record text, or an error text.
-std::string buildRecords(const BuildRequest& request, ObjectBranch* root);
+records::RecordText buildRecords(const BuildRequest& request, ObjectBranch* root);
 
 }  // namespace builder

@@ -54,12 +54,7 @@ class CommentStripper {
   void blockComment();
   void markerRun();
 
-  // The first offset from in_ on that holds one of stops, or the end.
-  std::size_t findStop(const ByteSet& stops) const {
-    std::size_t i = in_;
-    while (i < size_ && !stops(text_[i])) ++i;
-    return i;
-  }
+  std::size_t findStop(const ByteSet& stops) const { return text::findMember(text_, stops, in_); }
 
   // Every move of in_ goes through here, before anything is written. Output never gets ahead of
   // input, so the byte before in_ can still be read where it stood; the one before that may not.

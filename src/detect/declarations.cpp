@@ -10,7 +10,8 @@ namespace {
 
 using Parts = std::vector<text::Part>;
 
-bool partIs(const Parts& parts, std::size_t index, std::string_view word) {
+template <std::size_t kSize>
+bool partIs(const Parts& parts, std::size_t index, const char (&word)[kSize]) {
   return index < parts.size() && parts[index].is(word);
 }
 

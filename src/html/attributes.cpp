@@ -11,6 +11,7 @@ namespace {
 
 constexpr std::size_t kNone = std::string_view::npos;
 constexpr text::ByteSet kSpaces{" \t\n\v\f\r"};
+constexpr text::ByteSet kUnquotedEnds = kSpaces | text::ByteSet{">"};
 
 // Elements that show an attribute in place of all else.
 struct AttributeMark {
@@ -34,12 +35,10 @@ std::optional<std::string_view> quotedValue(std::string_view text) {
 
 // The value that text, which begins behind the "=", gives the attribute.
 std::string_view attributeValue(std::string_view text) {
-  while (!text.empty() && kSpaces(text.front())) text.remove_prefix(1);
+  text.remove_prefix(text::findNonMember(text, kSpaces));
   if (text.empty()) return {};
   if (isQuote(text.front())) return quotedValue(text).value_or(std::string_view{});
-  std::size_t end = 0;
-  while (end < text.size() && !kSpaces(text[end]) && text[end] != '>') ++end;
-  return text.substr(0, end);
+  return text.substr(0, text::findMember(text, kUnquotedEnds));
 }
 
 // The quoted value directly behind the name, which ends in "=".

@@ -110,8 +110,8 @@ std::string ExtractNamespaceName(const std::string& text) {
   constexpr std::string_view kKeyword = "namespace ";
   const std::size_t hit = text.find(kKeyword);
   if (hit == std::string::npos) return {};
-  const auto begin = text.begin() + static_cast<std::ptrdiff_t>(hit + kKeyword.size());
-  return {begin, std::find_if_not(begin, text.end(), kNamespaceBytes)};
+  const std::size_t begin = hit + kKeyword.size();
+  return text.substr(begin, text::findNonMember(text, kNamespaceBytes, begin) - begin);
 }
 
 std::string GetFileNameWithoutExtension(const std::string& path) {

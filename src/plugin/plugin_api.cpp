@@ -9,6 +9,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "builder/tree_builder.h"
@@ -16,6 +17,7 @@
 #include "plugin/exported_data.h"
 #include "plugin/source_file.h"
 #include "records/record_format.h"
+#include "records/record_text.h"
 #include "tree/object_branch.h"
 
 std::vector<ObjectBranch*> AllBranches;
@@ -32,22 +34,16 @@ void release(char*& buffer) {
   buffer = nullptr;
 }
 
-// A copy of the text up to its first NUL, in a buffer of the text's length and one, from malloc;
-// null without memory for it.
-char* makeAnswer(std::string_view text) {
-  auto* const buffer = static_cast<char*>(std::malloc(text.size() + 1));
-  if (buffer == nullptr) return nullptr;
-  const std::size_t copied = std::min(text.find('\0'), text.size());
-  std::memcpy(buffer, text.data(), copied);
-  std::memset(buffer + copied, 0, text.size() + 1 - copied);
-  return buffer;
+// A copy of the text in memory from malloc. Throws std::bad_alloc.
+records::MallocText makeAnswer(std::string_view text) {
+  records::RecordText answer;
+  answer.append(text);
+  return std::move(answer).take();
 }
 
-std::string errorAnswer(std::string_view what, std::string_view detail) {
-  std::string answer = "[{\"error\": \"";
-  answer.append(what);
-  records::appendEscaped(answer, detail);
-  return answer.append("\"}]");
+records::MallocText errorAnswer(std::string_view what, std::string_view detail) {
+  std::string text = "[{\"error\": \"";
+  return makeAnswer(text.append(what).append(records::escaped(detail)).append("\"}]"));
 }
 
 // One entry for each line that is not empty, just as it stands.
@@ -63,7 +59,7 @@ std::vector<std::string> splitDefines(const char* defines) {
 }
 
 // The answer for one file. root receives the run's root as soon as there is one.
-std::string parseFile(const std::string& path, const char* defines, ObjectBranch*& root) {
+records::MallocText parseFile(const std::string& path, const char* defines, ObjectBranch*& root) {
   std::optional<std::string> text = plugin::readSourceFile(path);
   if (!text) return errorAnswer("Could not open file: ", path);
   if (text->empty()) return errorAnswer("File is empty: ", path);
@@ -71,13 +67,15 @@ std::string parseFile(const std::string& path, const char* defines, ObjectBranch
   std::vector<std::string> names = splitDefines(defines);
   // required: the host's names are no names that conditions know.
   cleaner::clean(*text, {}, names);
-  std::string answer = builder::buildRecords({path, {}, {}, *text, true, names, chunk}, root);
+  records::MallocText answer =
+      builder::buildRecords({path, {}, {}, *text, true, names, chunk}, root).take();
   CleanupTree(root);
   return answer;
 }
 
 // The answer for a run that failed, whose tree is cut off first. Throws if even that fails.
-std::string failureAnswer(ObjectBranch* root, std::string_view what, std::string_view detail) {
+records::MallocText failureAnswer(ObjectBranch* root, std::string_view what,
+                                  std::string_view detail) {
   if (root != nullptr) CleanupTree(root);
   return errorAnswer(what, detail);
 }
@@ -93,11 +91,11 @@ extern "C" QUORL_API const char* ParseJS(const char* path, const char* defines) 
   ObjectBranch* root = nullptr;
   try {
     try {
-      returnResult = makeAnswer(parseFile(path, defines, root));
+      returnResult = parseFile(path, defines, root).release();
     } catch (const std::exception& error) {
-      returnResult = makeAnswer(failureAnswer(root, "Parser exception: ", error.what()));
+      returnResult = failureAnswer(root, "Parser exception: ", error.what()).release();
     } catch (...) {
-      returnResult = makeAnswer(failureAnswer(root, "Unknown parser exception occurred", {}));
+      returnResult = failureAnswer(root, "Unknown parser exception occurred", {}).release();
     }
   } catch (...) {
     // No memory for an error text: null is the answer that is left.
@@ -117,7 +115,7 @@ extern "C" QUORL_API const char* Info() {
                 "Quorl JavaScript Parser Plugin v1.0 - HTML/JS Support (Address: %p)\n",
                 static_cast<void*>(&resPtr));
   // required: an earlier answer stays readable, and lost to CleanupJS.
-  resPtr = makeAnswer(text.data());
+  resPtr = strdup(text.data());
   return resPtr;
 }
 

@@ -4,7 +4,7 @@
 //     "lineNumber": 2,
 //     "lineage": "",
 //     "argumentList": "",
-//     "childNodeIDs": [             three blanks behind the bracket; "[]," without children
+//     "childNodeIDs": [          three blanks behind the bracket; "[]," without children
 //       4
 //     ],
 //     "nodeID": 3,
@@ -16,8 +16,7 @@
 //     "filePath": "/src/greet.js",
 //     "tags": [
 //       "constructor"
-// ],                                the tag text brings its own line ends, the bracket no
-// indentation
+// ],                             the tag text brings its own line ends, the bracket no blanks
 //     "contents": "function Greeter(name) {",
 //     "simpleFunctionName": "Greeter",
 //     "calloutIDs": []
@@ -27,9 +26,8 @@
 // leaves a comma behind the bracket, and where a single quote is escaped.
 #include "records/record_format.h"
 
-#include <algorithm>
-#include <array>
 #include <charconv>
+#include <cstring>
 
 #include "text/byte_set.h"
 
@@ -37,6 +35,11 @@ namespace records {
 namespace {
 
 constexpr text::ByteSet kEscaped{"\"'\\\n\r\t"};
+
+// What a record takes beside its texts and its list of children, and what a child takes, at most.
+constexpr std::size_t kFixedBytes = 400;
+constexpr std::size_t kChildBytes = 20;
+constexpr std::size_t kNumberBytes = 11;  // a sign and ten digits
 
 char escapeLetter(char byte) {
   switch (byte) {
@@ -51,72 +54,86 @@ char escapeLetter(char byte) {
   }
 }
 
-void appendNumber(std::string& out, std::int32_t number) {
-  std::array<char, 12> digits;  // a sign and ten digits at most
-  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
-  out.append(digits.data(), end);
+// The put functions write at to, where there must be room, and give the end of what they wrote.
+
+char* put(char* to, std::string_view text) {
+  std::memcpy(to, text.data(), text.size());
+  return to + text.size();
 }
 
-void appendChildren(std::string& out, const std::vector<ObjectBranch*>& children,
-                    std::int32_t hiddenChildId) {
-  if (children.empty()) {
-    out += "],\n";
-    return;
-  }
-  out += "   ";
-  for (std::size_t i = 0; i < children.size(); ++i) {
-    if (children[i] == nullptr || children[i]->nodeID == hiddenChildId) continue;
-    // required: by position, so a child behind a hidden first one has a comma before it.
-    out += i == 0 ? "\n      " : ",\n      ";
-    appendNumber(out, children[i]->nodeID);
-  }
-  out += "\n    ],\n";
+char* putNumber(char* to, std::int32_t number) {
+  return std::to_chars(to, to + kNumberBytes, number).ptr;
 }
 
-}  // namespace
-
-void appendEscaped(std::string& out, std::string_view text) {
-  auto run = text.begin();
+// Needs room for twice the text.
+char* putEscaped(char* to, std::string_view text) {
+  std::size_t run = 0;
   while (true) {
-    const auto stop = std::find_if(run, text.end(), kEscaped);
-    out.append(run, stop);
-    if (stop == text.end()) return;
-    out.push_back('\\');
-    out.push_back(escapeLetter(*stop));
+    const std::size_t stop = text::findMember(text, kEscaped, run);
+    to = put(to, text.substr(run, stop - run));
+    if (stop == text.size()) return to;
+    *to++ = '\\';
+    *to++ = escapeLetter(text[stop]);
     run = stop + 1;
   }
 }
 
-void appendRecord(std::string& out, const ObjectBranch& node, std::int32_t hiddenChildId,
+char* putChildren(char* to, const std::vector<ObjectBranch*>& children,
+                  std::int32_t hiddenChildId) {
+  if (children.empty()) return put(to, "],\n");
+  to = put(to, "   ");
+  for (std::size_t i = 0; i < children.size(); ++i) {
+    if (children[i] == nullptr || children[i]->nodeID == hiddenChildId) continue;
+    // required: by position, so a child behind a hidden first one has a comma before it.
+    to = put(to, i == 0 ? "\n      " : ",\n      ");
+    to = putNumber(to, children[i]->nodeID);
+  }
+  return put(to, "\n    ],\n");
+}
+
+std::size_t maxRecordBytes(const ObjectBranch& node) {
+  return kFixedBytes + kChildBytes * node.children.size() + node.branchTypeAsString.size() +
+         node.tags.size() +
+         2 * (node.filePath.size() + node.contents.size() + node.simpleFunctionName.size());
+}
+
+}  // namespace
+
+std::string escaped(std::string_view text) {
+  std::string result(2 * text.size(), '\0');
+  const char* const end = putEscaped(result.data(), text);
+  result.resize(static_cast<std::size_t>(end - result.data()));
+  return result;
+}
+
+void appendRecord(RecordText& out, const ObjectBranch& node, std::int32_t hiddenChildId,
                   bool isLast) {
-  out += "  {\n    \"lineNumber\": ";
-  appendNumber(out, node.lineNumber);
-  out += ",\n    \"lineage\": \"\",\n    \"argumentList\": \"\",\n    \"childNodeIDs\": [";
-  appendChildren(out, node.children, hiddenChildId);
-  out += "    \"nodeID\": ";
-  appendNumber(out, node.nodeID);
-  out += ",\n    \"parentID\": ";
-  appendNumber(out, node.parent == nullptr ? -1 : node.parent->nodeID);
-  out += ",\n    \"fileID\": 0,\n    \"functionID\": ";
-  appendNumber(out, node.functionID);
-  out += ",\n    \"isCalled\": false,\n    \"branchTypeAsString\": \"";
-  out += node.branchTypeAsString;
-  out += "\",\n    \"filePath\": \"";
-  appendEscaped(out, node.filePath);
-  out += "\",\n    \"tags\": [";
-  out += node.tags;
-  out += "],\n    \"contents\": \"";
-  appendEscaped(out, node.contents);
-  out += "\",\n    \"simpleFunctionName\": \"";
-  appendEscaped(out, node.simpleFunctionName);
-  out += "\",\n    \"calloutIDs\": []\n  }";
-  out += isLast ? "\n" : ",\n";
+  char* to = out.reserve(maxRecordBytes(node));
+  to = put(to, "  {\n    \"lineNumber\": ");
+  to = putNumber(to, node.lineNumber);
+  to = put(to, ",\n    \"lineage\": \"\",\n    \"argumentList\": \"\",\n    \"childNodeIDs\": [");
+  to = putChildren(to, node.children, hiddenChildId);
+  to = put(to, "    \"nodeID\": ");
+  to = putNumber(to, node.nodeID);
+  to = put(to, ",\n    \"parentID\": ");
+  to = putNumber(to, node.parent == nullptr ? -1 : node.parent->nodeID);
+  to = put(to, ",\n    \"fileID\": 0,\n    \"functionID\": ");
+  to = putNumber(to, node.functionID);
+  to = put(to, ",\n    \"isCalled\": false,\n    \"branchTypeAsString\": \"");
+  to = put(to, node.branchTypeAsString);
+  to = put(to, "\",\n    \"filePath\": \"");
+  to = putEscaped(to, node.filePath);
+  to = put(to, "\",\n    \"tags\": [");
+  to = put(to, node.tags);
+  to = put(to, "],\n    \"contents\": \"");
+  to = putEscaped(to, node.contents);
+  to = put(to, "\",\n    \"simpleFunctionName\": \"");
+  to = putEscaped(to, node.simpleFunctionName);
+  to = put(to, "\",\n    \"calloutIDs\": []\n  }");
+  to = put(to, isLast ? "\n" : ",\n");
+  out.commit(to);
 }
 
 }  // namespace records
 
-std::string EscapeString(const std::string& text) {
-  std::string escaped;
-  records::appendEscaped(escaped, text);
-  return escaped;
-}
+std::string EscapeString(const std::string& text) { return records::escaped(text); }

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "base/export.h"
+#include "records/record_text.h"
 #include "tree/object_branch.h"
 
 // The text with a backslash before each double quote, single quote and backslash, and with line
@@ -16,11 +17,11 @@ QUORL_API std::string EscapeString(const std::string& text);
 
 namespace records {
 
-void appendEscaped(std::string& out, std::string_view text);
+std::string escaped(std::string_view text);
 
 // Appends the node's record. hiddenChildId is the one nodeID that no child list names; isLast
 // leaves out the comma behind the record.
-void appendRecord(std::string& out, const ObjectBranch& node, std::int32_t hiddenChildId,
+void appendRecord(RecordText& out, const ObjectBranch& node, std::int32_t hiddenChildId,
                   bool isLast);
 
 }  // namespace records

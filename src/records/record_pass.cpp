@@ -33,9 +33,6 @@ constexpr std::size_t kQuotedNameBytes = 25;  // of a callback's quoted text tha
 // A function with this in its text is left out of its parent's child list; only the last one is.
 constexpr std::string_view kHidingWord = "TTTTT";
 
-// About the size of a record without its path, contents and name; a good guess saves copies.
-constexpr std::size_t kTypicalRecordBytes = 380;
-
 bool isSkipped(const ObjectBranch& node) {
   // None of them holds white space, so reducing could not make one out of anything else.
   const std::string_view text = text::trimView(node.contents);
@@ -150,25 +147,24 @@ std::int32_t findHiddenChild(const Nodes& kept) {
   return last == kept.rend() ? 0 : (*last)->nodeID;
 }
 
-std::string writeRecords(const Nodes& kept) {
-  std::size_t size = 0;
-  for (const ObjectBranch* node : kept) {
-    size += kTypicalRecordBytes + node->filePath.size() + node->contents.size();
-  }
-  std::string out;
-  out.reserve(size);
-  out += "[\n";
+RecordText writeRecords(const Nodes& kept) {
+  RecordText out;
+  out.append("[\n");
   const std::int32_t hiddenChildId = findHiddenChild(kept);
   for (const ObjectBranch* node : kept)
     appendRecord(out, *node, hiddenChildId, node == kept.back());
-  out += "]\n";
+  out.append("]\n");
   return out;
 }
 
 }  // namespace
 
-std::string generate(ObjectBranch* root) {
-  if (root == nullptr) return "[]";
+RecordText generate(ObjectBranch* root) {
+  if (root == nullptr) {
+    RecordText none;
+    none.append("[]");
+    return none;
+  }
   Nodes nodes;
   AddObjectToVector(root, &nodes);
   // A node that stands in no list and uses up a number: part of the run's counts.
@@ -188,7 +184,7 @@ std::string generate(ObjectBranch* root) {
 std::ostringstream StartGeneratingObjects(ObjectBranch* root, std::string className) {
   static_cast<void>(className);
   std::ostringstream stream;
-  stream.str(records::generate(root));
+  stream.str(std::string(records::generate(root).view()));
   return stream;
 }
 

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "base/export.h"
+#include "records/record_text.h"
 #include "tree/object_branch.h"
 
 // The record array of the tree under root; "[]" for a null root. Changes nodeID, parent, children,
@@ -23,6 +24,6 @@ QUORL_API std::string ExtractSimpleFunctionNameForPreview(const std::string& con
 
 namespace records {
 
-std::string generate(ObjectBranch* root);
+RecordText generate(ObjectBranch* root);
 
 }  // namespace records

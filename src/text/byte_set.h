@@ -35,6 +35,17 @@ class ByteSet {
   std::array<bool, 256> member_{};
 };
 
+// The first offset from from on whose byte is in the set, or is not, and the text's size if there
+// is none.
+inline std::size_t findMember(std::string_view text, const ByteSet& set, std::size_t from = 0) {
+  while (from < text.size() && !set(text[from])) ++from;
+  return from;
+}
+inline std::size_t findNonMember(std::string_view text, const ByteSet& set, std::size_t from = 0) {
+  while (from < text.size() && set(text[from])) ++from;
+  return from;
+}
+
 inline constexpr ByteSet kDigits{"0123456789"};
 inline constexpr ByteSet kUpperCaseLetters{"ABCDEFGHIJKLMNOPQRSTUVWXYZ"};
 inline constexpr ByteSet kLetters =

@@ -3,6 +3,8 @@
 // expressions or template holes.
 #pragma once
 
+#include <cstddef>
+#include <cstring>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,7 +23,11 @@ struct Part {
   bool opensTwice = false;  // the part's text is its first byte and then the slice
 
   // Whole-text comparison. A part that opens with a doubled quote equals no word.
-  bool is(std::string_view word) const { return !opensTwice && slice == word; }
+  template <std::size_t kSize>
+  bool is(const char (&word)[kSize]) const {
+    return slice.size() == kSize - 1 && !opensTwice &&
+           std::memcmp(slice.data(), word, kSize - 1) == 0;
+  }
   char firstByte() const { return slice.front(); }
   std::string str() const;
 };

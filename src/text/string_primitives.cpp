@@ -1,7 +1,5 @@
 #include "text/string_primitives.h"
 
-#include <algorithm>
-
 #include "text/byte_set.h"
 
 namespace text {
@@ -13,13 +11,11 @@ constexpr ByteSet kFirstWordBytes = kLetters | kDigits | ByteSet{"_#"};
 void appendCollapsed(std::string& out, std::string_view text) {
   std::size_t from = 0;
   while (from < text.size()) {
-    std::size_t to = from;
-    while (to < text.size() && !kCollapsed(text[to])) ++to;
+    const std::size_t to = findMember(text, kCollapsed, from);
     out.append(text, from, to - from);
     if (to == text.size()) return;
     out.push_back(' ');
-    while (to < text.size() && kCollapsed(text[to])) ++to;
-    from = to;
+    from = findNonMember(text, kCollapsed, to);
   }
 }
 
@@ -38,8 +34,7 @@ bool hasRunToCollapse(std::string_view text) {
 bool isFirstWordByte(char byte) { return kFirstWordBytes(byte); }
 
 std::string_view ltrimView(std::string_view text) {
-  const auto first = std::find_if_not(text.begin(), text.end(), kTrimmed);
-  return text.substr(static_cast<std::size_t>(first - text.begin()));
+  return text.substr(findNonMember(text, kTrimmed));
 }
 
 std::string_view rtrimView(std::string_view text) {
@@ -50,8 +45,7 @@ std::string_view rtrimView(std::string_view text) {
 std::string_view trimView(std::string_view text) { return rtrimView(ltrimView(text)); }
 
 std::string_view firstWordView(std::string_view text) {
-  const auto end = std::find_if_not(text.begin(), text.end(), kFirstWordBytes);
-  return text.substr(0, static_cast<std::size_t>(end - text.begin()));
+  return text.substr(0, findNonMember(text, kFirstWordBytes));
 }
 
 std::string_view lastWordView(std::string_view text) { return text.substr(0, text.rfind(' ')); }

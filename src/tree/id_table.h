@@ -15,8 +15,9 @@ class IdTable {
 
   // The value for id, kAbsent if there is none.
   std::int32_t find(std::int32_t id) const {
-    if (id >= 0 && static_cast<std::size_t>(id) < dense_.size())
-      return dense_[static_cast<std::size_t>(id)];
+    const auto index = static_cast<std::size_t>(id);
+    if (id >= 0 && index < dense_.size() && dense_[index] != kAbsent) return dense_[index];
+    // The array may have grown over an id that is in the map.
     if (sparse_.empty()) return kAbsent;
     const auto entry = sparse_.find(id);
     return entry == sparse_.end() ? kAbsent : entry->second;

@@ -1,0 +1,36 @@
+#include "records/record_text.h"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+#include <utility>
+
+namespace records {
+
+void RecordText::append(std::string_view text) {
+  char* const to = reserve(text.size());
+  std::memcpy(to, text.data(), text.size());
+  commit(to + text.size());
+}
+
+MallocText RecordText::take() && {
+  *reserve(1) = '\0';
+  // A smaller block for the same bytes; should the system have none, the larger one serves.
+  if (char* const fitted = static_cast<char*>(std::realloc(memory_.get(), size_ + 1))) {
+    static_cast<void>(memory_.release());
+    memory_.reset(fitted);
+  }
+  size_ = capacity_ = 0;
+  return std::move(memory_);
+}
+
+void RecordText::grow(std::size_t bytes) {
+  const std::size_t capacity = std::max(2 * capacity_, size_ + bytes);
+  char* const grown = static_cast<char*>(std::realloc(memory_.get(), capacity));
+  if (grown == nullptr) throw std::bad_alloc();
+  static_cast<void>(memory_.release());
+  memory_.reset(grown);
+  capacity_ = capacity;
+}
+
+}  // namespace records
