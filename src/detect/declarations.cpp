@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <optional>
 
 #include "text/string_primitives.h"
 
@@ -81,8 +82,26 @@ bool hasBodyBehindParentheses(const Parts& parts) {
   return false;
 }
 
+bool declaresFunction(const Parts& parts) {
+  return isFunctionKeywordAt(parts, 0) ||
+         (partIs(parts, 0, "export") && isFunctionKeywordAt(parts, 1)) ||
+         hasFunctionBehindComma(parts) || assignsFunction(parts) || hasBodyBehindParentheses(parts);
+}
+
+// Each rule needs one of these in the text. Most statements have none, and need not be split.
+bool mayBeFunction(std::string_view text) {
+  return text::contains(text, "=") || text::contains(text, "{") || text::contains(text, "function");
+}
+
 bool isAssignment(const text::Part& part) {
   return part.is("=") || part.is("+=") || part.is("-=") || part.is("*=") || part.is("/=");
+}
+
+// As mayBeFunction: without a "=" only a leading keyword makes a variable.
+bool mayBeVariable(std::string_view text) {
+  const std::string_view code = text::ltrimView(text);
+  return code.starts_with("const") || code.starts_with("let") || code.starts_with("var") ||
+         text::contains(code, "=");
 }
 
 bool isDeclarationKeyword(const text::Part& part) {
@@ -92,11 +111,9 @@ bool isDeclarationKeyword(const text::Part& part) {
 }  // namespace
 
 bool isFunction(const Statement& statement) {
-  const Parts& parts = statement.parts();
-  if (parts.empty()) return false;
-  if (isFunctionKeywordAt(parts, 0)) return true;
-  if (parts[0].is("export") && isFunctionKeywordAt(parts, 1)) return true;
-  return hasFunctionBehindComma(parts) || assignsFunction(parts) || hasBodyBehindParentheses(parts);
+  std::optional<bool>& answer = statement.functionAnswer();
+  if (!answer) answer = mayBeFunction(statement.text()) && declaresFunction(statement.parts());
+  return *answer;
 }
 
 std::string functionNameOf(const Statement& statement) {
@@ -118,6 +135,7 @@ std::string functionNameOf(const Statement& statement) {
 }
 
 bool isVariable(const Statement& statement) {
+  if (!mayBeVariable(statement.text())) return false;
   const Parts& parts = statement.parts();
   if (parts.size() < 2) return false;
   if (isDeclarationKeyword(parts[0])) return true;
@@ -126,7 +144,11 @@ bool isVariable(const Statement& statement) {
   return !isFunction(statement);
 }
 
-bool isReturn(const Statement& statement) { return partIs(statement.parts(), 0, "return"); }
+bool isReturn(const Statement& statement) {
+  // Worth a look before the text is split.
+  return text::ltrimView(statement.text()).starts_with("return") &&
+         partIs(statement.parts(), 0, "return");
+}
 
 bool isClass(const Statement& statement) { return statement.firstWord() == "class"; }
 

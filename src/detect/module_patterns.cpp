@@ -10,7 +10,7 @@ namespace {
 
 using text::contains;
 
-constexpr std::array<std::string_view, 4> kWebComponentSigns{
+constexpr std::array<text::Needle, 4> kWebComponentSigns{
     "extends HTMLElement", "extends HTMLDivElement", "extends HTMLButtonElement",
     "customElements.define"};
 
@@ -27,7 +27,8 @@ bool isImport(const Statement& statement) {
   if (word == "import" || word == "require") return true;
   if (word == "export") return exportsNoFunction(statement.parts());
   // "module.exports" needs a test of its own: no dot has to follow it.
-  return contains(statement.text(), "module.exports") || contains(statement.text(), "exports.");
+  return contains(statement.text(), "exports") &&
+         (contains(statement.text(), "module.exports") || contains(statement.text(), "exports."));
 }
 
 bool isInvokedFunction(const Statement& statement) {
@@ -41,7 +42,7 @@ bool isInvokedFunction(const Statement& statement) {
 
 bool isWebComponent(std::string_view text) {
   return std::any_of(kWebComponentSigns.begin(), kWebComponentSigns.end(),
-                     [text](std::string_view sign) { return contains(text, sign); });
+                     [text](const text::Needle& sign) { return contains(text, sign); });
 }
 
 std::string_view modulePattern(std::string_view text) {

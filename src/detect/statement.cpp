@@ -7,6 +7,7 @@ namespace detect {
 void Statement::reset(std::string_view text) {
   text_ = text;
   split_ = false;
+  functionAnswer_.reset();
 }
 
 std::string_view Statement::firstWord() const { return text::firstWordView(text_); }

@@ -2,6 +2,7 @@
 // once, and only when a question needs them.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,10 +22,14 @@ class Statement {
   std::string_view firstWord() const;
   const std::vector<text::Part>& parts() const;
 
+  // The answer to a question that several chains put twice, once it is known.
+  std::optional<bool>& functionAnswer() const { return functionAnswer_; }
+
  private:
   std::string_view text_;
   mutable std::vector<text::Part> parts_;
   mutable bool split_ = false;
+  mutable std::optional<bool> functionAnswer_;
 };
 
 }  // namespace detect

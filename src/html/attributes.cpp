@@ -16,7 +16,7 @@ constexpr text::ByteSet kUnquotedEnds = kSpaces | text::ByteSet{">"};
 // Elements that show an attribute in place of all else.
 struct AttributeMark {
   std::string_view element;
-  std::string_view attribute;
+  text::Needle attribute;
   std::string_view identifier;
 };
 constexpr std::array<AttributeMark, 3> kAttributeMarks{{{"script", "src=", "script[src]"},

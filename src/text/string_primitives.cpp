@@ -1,5 +1,7 @@
 #include "text/string_primitives.h"
 
+#include <utility>
+
 #include "text/byte_set.h"
 
 namespace text {
@@ -60,13 +62,9 @@ std::string_view trimAndReduceView(std::string_view text, std::string& scratch) 
   return scratch;
 }
 
-bool contains(std::string_view haystack, std::string_view needle) {
-  return haystack.find(needle) != std::string_view::npos;
-}
-
 bool matchesOutsideStrings(std::string_view haystack, std::string_view needle) {
   // required: the byte at hand is compared with the whole needle, so a longer one never matches.
-  if (needle.size() != 1 || !contains(haystack, needle)) return false;
+  if (needle.size() != 1 || haystack.find(needle) == std::string_view::npos) return false;
   bool inQuotes = false;
   // Signed, and they may go below zero: a lone ">" hides all that follows it.
   std::ptrdiff_t braceDepth = 0, parenDepth = 0, angleDepth = 0;
@@ -158,11 +156,11 @@ std::string LastWordNoDots(std::string& text) {
 }
 
 bool Contains(std::string& haystack, std::string needle) {
-  return text::contains(haystack, needle);
+  return haystack.find(needle) != std::string::npos;
 }
 
 bool ContainsWord(std::string& haystack, std::string needle) {
-  return text::contains(haystack, needle);
+  return Contains(haystack, std::move(needle));
 }
 
 bool OutsideStringMatch(std::string haystack, std::string needle) {

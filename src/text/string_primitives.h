@@ -12,6 +12,7 @@
 #include <string_view>
 
 #include "base/export.h"
+#include "text/needle.h"
 
 // True when both bytes are a space (0x20). Other white space does not count.
 QUORL_API bool BothAreSpaces(char a, char b);
@@ -72,7 +73,6 @@ std::string_view lastWordView(std::string_view text);
 // inside has to be collapsed, else a slice of scratch, whose former content is lost.
 std::string_view trimAndReduceView(std::string_view text, std::string& scratch);
 
-bool contains(std::string_view haystack, std::string_view needle);
 bool matchesOutsideStrings(std::string_view haystack, std::string_view needle);
 
 // Replaces as replaceAll does, in time linear in the text.
