@@ -1,0 +1,60 @@
+#include "support/heap.h"
+
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+std::size_t failingBytes = 0;  // 0 while nothing fails
+support::ReleaseWatch* watch = nullptr;
+
+}  // namespace
+
+// The other forms of operator new and operator delete call these.
+void* operator new(std::size_t bytes) {
+  if (bytes != 0 && bytes == failingBytes) throw std::bad_alloc();
+  void* const block = std::malloc(bytes == 0 ? 1 : bytes);
+  if (block == nullptr) throw std::bad_alloc();
+  return block;
+}
+
+void operator delete(void* block) noexcept {
+  if (watch == nullptr || !watch->take(block)) std::free(block);
+}
+
+void operator delete(void* block, std::size_t) noexcept { operator delete(block); }
+
+namespace support {
+
+FailingNew::FailingNew(std::size_t bytes) { failingBytes = bytes; }
+
+FailingNew::~FailingNew() { failingBytes = 0; }
+
+ReleaseWatch::ReleaseWatch(std::initializer_list<void*> blocks) {
+  entries_.reserve(blocks.size());
+  for (void* block : blocks) entries_.push_back({block, 0});
+  watch = this;
+}
+
+ReleaseWatch::~ReleaseWatch() {
+  watch = nullptr;
+  for (const Entry& entry : entries_)
+    if (entry.releases > 0) std::free(entry.block);
+}
+
+std::vector<int> ReleaseWatch::releases() const {
+  std::vector<int> counts;
+  for (const Entry& entry : entries_) counts.push_back(entry.releases);
+  return counts;
+}
+
+bool ReleaseWatch::take(void* block) noexcept {
+  for (Entry& entry : entries_) {
+    if (entry.block != block) continue;
+    ++entry.releases;
+    return true;
+  }
+  return false;
+}
+
+}  // namespace support

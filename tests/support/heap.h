@@ -1,0 +1,43 @@
+// Lets a test run out of memory for one kind of object, and see which objects were destroyed. The
+// test program's operator new and operator delete are replaced for it.
+#pragma once
+
+#include <cstddef>
+#include <initializer_list>
+#include <vector>
+
+namespace support {
+
+// While it lives, operator new fails for every block of exactly that many bytes.
+class FailingNew {
+ public:
+  explicit FailingNew(std::size_t bytes);
+  FailingNew(const FailingNew&) = delete;
+  FailingNew& operator=(const FailingNew&) = delete;
+  ~FailingNew();
+};
+
+// While it lives, counts how often operator delete is given each of some blocks. It holds the
+// blocks back until its own end, so that none of their addresses is given out again.
+class ReleaseWatch {
+ public:
+  explicit ReleaseWatch(std::initializer_list<void*> blocks);
+  ReleaseWatch(const ReleaseWatch&) = delete;
+  ReleaseWatch& operator=(const ReleaseWatch&) = delete;
+  ~ReleaseWatch();
+
+  // How often each block was released, in the order in which the watch was given them.
+  std::vector<int> releases() const;
+
+  // Whether block is one of the watched, whose release is then counted.
+  bool take(void* block) noexcept;
+
+ private:
+  struct Entry {
+    void* block;
+    int releases;
+  };
+  std::vector<Entry> entries_;
+};
+
+}  // namespace support

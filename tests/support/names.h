@@ -1,0 +1,22 @@
+// A list of names on one line of a table.
+#pragma once
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace support {
+
+// "A,B" as a list; no name for an empty text.
+inline std::vector<std::string> names(std::string_view list) {
+  std::vector<std::string> result;
+  while (!list.empty()) {
+    const std::size_t end = std::min(list.find(','), list.size());
+    result.emplace_back(list.substr(0, end));
+    list.remove_prefix(std::min(end + 1, list.size()));
+  }
+  return result;
+}
+
+}  // namespace support
