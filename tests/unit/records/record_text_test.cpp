@@ -1,0 +1,59 @@
+#include "records/record_text.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <utility>
+
+namespace {
+
+using records::MallocText;
+using records::RecordText;
+
+TEST(RecordText, IsEmptyAtFirst) {
+  RecordText text;
+  EXPECT_EQ(text.view(), "");
+  const MallocText taken = std::move(text).take();
+  EXPECT_STREQ(taken.get(), "");
+}
+
+TEST(RecordText, KeepsWhatIsAppendedWhileItGrows) {
+  RecordText text;
+  std::string expected;
+  for (int i = 0; i < 2'000; ++i) {
+    const std::string piece(static_cast<std::size_t>(i % 7), static_cast<char>('a' + i % 26));
+    text.append(piece);
+    expected += piece;
+  }
+  EXPECT_EQ(text.view(), expected);
+  const MallocText taken = std::move(text).take();
+  EXPECT_EQ(std::string(taken.get()), expected) << "with a NUL right behind it";
+}
+
+TEST(RecordText, TakesWhatWasWrittenInPlace) {
+  RecordText text;
+  text.append("ab");
+  char* const to = text.reserve(10);
+  std::memcpy(to, "cdefghij", 8);
+  text.commit(to + 3);
+  text.append("!");
+  EXPECT_EQ(text.view(), "abcde!");
+}
+
+TEST(RecordText, KeepsNulBytes) {
+  RecordText text;
+  text.append(std::string("a\0b", 3));
+  EXPECT_EQ(text.view(), std::string("a\0b", 3));
+}
+
+TEST(RecordText, CanBeUsedAgainOnceTaken) {
+  RecordText text;
+  text.append("first");
+  const MallocText first = std::move(text).take();
+  text.append("second");
+  EXPECT_EQ(text.view(), "second");
+  EXPECT_STREQ(first.get(), "first");
+}
+
+}  // namespace
