@@ -8,6 +8,7 @@
 namespace records {
 
 void RecordText::append(std::string_view text) {
+  if (text.empty()) return;
   char* const to = reserve(text.size());
   std::memcpy(to, text.data(), text.size());
   commit(to + text.size());

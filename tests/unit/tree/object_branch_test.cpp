@@ -169,7 +169,9 @@ TEST(ObjectBranch, SafeStringAllocWithoutMemory) {
 #else
   std::string message;
   try {
-    std::free(safeStringAlloc(std::numeric_limits<std::size_t>::max() - 1));
+    // Volatile, or a compiler may see that nobody needs the memory and leave the request out.
+    char* volatile memory = safeStringAlloc(std::numeric_limits<std::size_t>::max() - 1);
+    std::free(memory);
   } catch (const std::runtime_error& error) {
     message = error.what();
   }
