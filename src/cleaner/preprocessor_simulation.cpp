@@ -82,7 +82,10 @@ class PreprocessorSimulation {
   void collectRun(std::string_view run);
 
   bool isLiveAbove() const { return activeStates_[depth_ - 1] != 0; }
-  void setState(bool active) { activeStates_[depth_] = emitting_ = active; }
+  void setState(bool active) {
+    activeStates_[depth_] = active ? 1 : 0;
+    emitting_ = active;
+  }
 
   std::string& text_;
   const std::vector<std::string>& knownDefines_;

@@ -10,7 +10,7 @@
 namespace plugin {
 namespace {
 
-constexpr std::size_t kFirstReadBytes = 64 * 1024;
+constexpr std::size_t kFirstReadBytes = 65'536;
 
 // The bytes from the read position to the end, or 0 for a file that has no positions.
 std::size_t bytesLeft(std::filebuf& file) {
