@@ -12,7 +12,7 @@ namespace text {
 class Needle {
  public:
   consteval Needle(std::string_view text) : text_(text) {  // NOLINT: a literal is meant to convert
-    if (text.empty()) throw "a needle is never empty";  // ends the compilation
+    if (text.empty()) throw "a needle is never empty";     // ends the compilation
     for (std::size_t i = 0; i < text.size(); ++i) {
       if (rarity(text[i]) > rarity(text[anchor_])) anchor_ = i;
     }
