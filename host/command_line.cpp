@@ -6,28 +6,10 @@
 #include <iterator>
 #include <utility>
 
+#include "options.h"
 #include "output.h"
 
 namespace host {
-
-const std::string_view kHelp = R"(Usage: quorl-js FILE... [OPTION]...
-
-Prints the structure records of each FILE on standard output, one answer after the other.
-
-Options:
-  --defines NAME       a name for the record of the defines; may be given several times
-  --plugin PATH        the plug-in module to load instead of the one that came with quorl-js
-  --diagnostics WHERE  where the plug-in's diagnostic lines go: none (as without this option),
-                       stderr, or the name of a file, which is overwritten
-  --help               print this text and stop
-  --version            print the versions of quorl-js and of the plug-in and stop
-  --                   every argument behind it is a FILE
-
-Exit status:
-  0  every file was read
-  1  a file was not: its error answer is printed as its answer, the message on standard error
-  2  wrong usage, no working plug-in, or output that could not be written
-)";
 
 namespace {
 
@@ -71,17 +53,37 @@ Failure usageFailure(const std::string& message) {
   return Failure(message + "; see quorl-js --help");
 }
 
+void addOption(CLI::App& app, const Option& option) {
+  std::string names(option.name);
+  if (!option.shortName.empty()) names.append(",").append(option.shortName);
+  if (option.name == "--help") {
+    app.set_help_flag(names)->disable_flag_override();
+  } else if (option.argument.empty()) {
+    app.add_flag(names)->disable_flag_override();
+  } else {
+    CLI::Option* const added = app.add_option(names)->type_name(std::string(option.argument));
+    if (option.mayRepeat) added->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+  }
+  if (!option.neededName.empty()) {  // it stands before this one in the table
+    app.get_option(std::string(option.name))->needs(app.get_option(std::string(option.neededName)));
+  }
+}
+
+bool isGiven(const CLI::App& app, const char* name) { return app.get_option(name)->count() > 0; }
+
+// The value of an option that may be given once.
+std::optional<std::string> valueOf(const CLI::App& app, const char* name) {
+  const CLI::Option* option = app.get_option(name);
+  if (option->count() == 0) return std::nullopt;
+  return option->results().front();
+}
+
 }  // namespace
 
 CommandLine readCommandLine(int argc, const char* const* argv) {
   CLI::App app;
-  app.set_help_flag("--help")->disable_flag_override();
-  const auto* version = app.add_flag("--version")->disable_flag_override();
-  const auto* defines = app.add_option("--defines")
-                            ->type_name("NAME")
-                            ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-  const auto* plugin = app.add_option("--plugin")->type_name("PATH");
-  const auto* diagnostics = app.add_option("--diagnostics")->type_name("WHERE");
+  for (const Option& option : kOptions) addOption(app, option);
+  app.add_option("--generate");  // for the build, and told to nobody
   // An option for any number of values would have CLI11 split "[a,b]" into two of them. One for as
   // many values as there are arguments takes them as they stand.
   const auto* files = app.add_option("FILE")
@@ -103,12 +105,20 @@ CommandLine readCommandLine(int argc, const char* const* argv) {
     throw usageFailure(error.what());
   }
 
-  result.version = version->count() > 0;
+  result.version = isGiven(app, "--version");
+  result.generate = valueOf(app, "--generate");
   result.files = files->results();
-  result.defines = join(defines->results());
-  if (plugin->count() > 0) result.plugin = plugin->results().front();
-  if (diagnostics->count() > 0) result.diagnostics = diagnostics->results().front();
-  if (result.files.empty() && !result.version) throw usageFailure("no FILE given");
+  result.list = valueOf(app, "--files-from");
+  if (isGiven(app, "--null")) result.listNameEnd = NameEnd::kNul;
+  result.recursive = isGiven(app, "--recursive");
+  result.walkRules.hidden = isGiven(app, "--hidden");
+  result.walkRules.nodeModules = isGiven(app, "--node-modules");
+  result.outDirectory = valueOf(app, "--out-dir");
+  result.defines = join(app.get_option("--defines")->results());
+  result.plugin = valueOf(app, "--plugin");
+  result.diagnostics = valueOf(app, "--diagnostics").value_or(result.diagnostics);
+  const bool needsFile = !result.version && !result.generate && !result.list;
+  if (needsFile && result.files.empty()) throw usageFailure("no FILE given");
   return result;
 }
 

@@ -3,21 +3,27 @@
 
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
+
+#include "directory_walk.h"
+#include "name_list.h"
 
 namespace host {
 
 struct CommandLine {
-  bool help = false;     // the rest is as if not given
-  bool version = false;  // files may be empty
-  std::vector<std::string> files;
+  bool help = false;                    // the rest is as if not given
+  bool version = false;                 // files may be empty
+  std::optional<std::string> generate;  // the kind of text that is asked for; files may be empty
+  std::vector<std::string> files;       // may be empty with a list
+  std::optional<std::string> list;      // a file with names of further files
+  NameEnd listNameEnd = NameEnd::kLineFeed;
+  bool recursive = false;
+  WalkRules walkRules;
+  std::optional<std::string> outDirectory;
   std::string defines;                // the values of --defines, joined by line feeds
   std::optional<std::string> plugin;  // without it the program finds its own
   std::string diagnostics = "none";
 };
-
-extern const std::string_view kHelp;
 
 // Throws Failure for a command line that cannot be followed.
 CommandLine readCommandLine(int argc, const char* const* argv);

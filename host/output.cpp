@@ -17,22 +17,6 @@ namespace {
 constexpr std::size_t kMaxWriteBytes = std::size_t{1} << 30;  // macOS refuses 2 GiB at once
 constexpr int kFirstFreeDescriptor = 3;  // keeps clear of 0 and 2, should they be closed
 
-// Gives 0, or the error number of the write that failed.
-int writeAll(int descriptor, std::string_view text) {
-  while (!text.empty()) {
-    const ssize_t written = ::write(descriptor, text.data(), std::min(text.size(), kMaxWriteBytes));
-    if (written >= 0) {
-      text.remove_prefix(static_cast<std::size_t>(written));
-    } else if (errno == EAGAIN) {  // a pipe that its other users have made non-blocking
-      pollfd ready{descriptor, POLLOUT, 0};
-      if (::poll(&ready, 1, -1) < 0 && errno != EINTR) return errno;
-    } else if (errno != EINTR) {
-      return errno;
-    }
-  }
-  return 0;
-}
-
 // Makes file descriptor 1 lead to target.
 void pointStandardOutputAt(int target, const std::string& name) {
   if (::dup2(target, STDOUT_FILENO) < 0) throw systemFailure(name, errno);
@@ -64,6 +48,21 @@ std::string onOneLine(std::string_view text) {
 
 Failure systemFailure(const std::string& subject, int errorNumber) {
   return Failure(subject + ": " + std::generic_category().message(errorNumber));
+}
+
+int writeAll(int descriptor, std::string_view text) {
+  while (!text.empty()) {
+    const ssize_t written = ::write(descriptor, text.data(), std::min(text.size(), kMaxWriteBytes));
+    if (written >= 0) {
+      text.remove_prefix(static_cast<std::size_t>(written));
+    } else if (errno == EAGAIN) {  // a pipe that its other users have made non-blocking
+      pollfd ready{descriptor, POLLOUT, 0};
+      if (::poll(&ready, 1, -1) < 0 && errno != EINTR) return errno;
+    } else if (errno != EINTR) {
+      return errno;
+    }
+  }
+  return 0;
 }
 
 void complain(std::string_view message) {

@@ -16,6 +16,9 @@ struct Failure : std::runtime_error {
 // A Failure that gives the system's reason: "SUBJECT: No space left on device".
 Failure systemFailure(const std::string& subject, int errorNumber);
 
+// Writes all of the text; gives 0, or the error number of the write that failed.
+int writeAll(int descriptor, std::string_view text);
+
 // Writes one line to standard error: "quorl-js: ", the message and a line feed. Control bytes of
 // the message become \xNN, so that it is one line whatever a file is called.
 void complain(std::string_view message);

@@ -2,12 +2,24 @@
 // shows what a host has to do: copy or print an answer before the next call, keep its own standard
 // output away from the module's, and clean up at the end.
 
+#include <algorithm>
+#include <array>
 #include <csignal>
 #include <exception>
+#include <iterator>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
+#include "answer_directory.h"
+#include "batch.h"
 #include "command_line.h"
+#include "completions.h"
+#include "help_text.h"
+#include "man_page.h"
+#include "name_list.h"
 #include "output.h"
 #include "plugin_module.h"
 
@@ -18,57 +30,63 @@ constexpr int kAllGood = 0;
 constexpr int kFileFailed = 1;
 constexpr int kRunFailed = 2;
 
-constexpr std::string_view kRecordsOpening = "[\n";
+struct GeneratedText {
+  std::string_view kind;
+  std::string (*make)();
+};
 
-// What is wrong with a file whose answer holds no records: the text of its error answer.
-std::string errorMessage(const std::string& file, std::string_view answer) {
-  constexpr std::string_view kOpening = R"([{"error": ")";
-  constexpr std::string_view kClosing = R"("}])";
-  if (!answer.starts_with(kOpening) || !answer.ends_with(kClosing)) {
-    return file + ": the answer is neither records nor an error";
-  }
-  answer.remove_prefix(kOpening.size());
-  answer.remove_suffix(kClosing.size());
-  return std::string(answer);
+constexpr std::array kGeneratedTexts = {
+    GeneratedText{"bash", bashCompletion}, GeneratedText{"fish", fishCompletion},
+    GeneratedText{"man", manPage}, GeneratedText{"zsh", zshCompletion}};
+
+std::string generatedText(const std::string& kind) {
+  const auto* const row =
+      std::find_if(kGeneratedTexts.begin(), kGeneratedTexts.end(),
+                   [&](const GeneratedText& text) { return text.kind == kind; });
+  if (row == kGeneratedTexts.end()) throw Failure("nothing to generate is called " + kind);
+  return row->make();
 }
 
-int printAnswers(const CommandLine& commandLine, const PluginModule& plugin, Output& output) {
-  int status = kAllGood;
-  for (const std::string& file : commandLine.files) {
-    const char* const answer = plugin.parse(file, commandLine.defines);
-    if (answer != nullptr) output.write(answer);
-    output.checkDiagnostics();
-    if (answer == nullptr) {
-      complain(file + ": no memory for the answer");
-      status = kFileFailed;
-    } else if (!std::string_view(answer).starts_with(kRecordsOpening)) {
-      complain(errorMessage(file, answer));
-      status = kFileFailed;
-    }
-  }
-  return status;
+PluginModule loadPlugin(const CommandLine& commandLine) {
+  return PluginModule(commandLine.plugin ? *commandLine.plugin : findPlugin());
 }
 
-void printVersions(const PluginModule& plugin, Output& output) {
+std::string versions(const PluginModule& plugin) {
   const char* const info = plugin.info();
   if (info == nullptr) throw Failure("no memory for the plug-in's version");
-  output.write("quorl-js " QUORL_VERSION "\n" + std::string(info));
+  return "quorl-js " QUORL_VERSION "\n" + std::string(info);
 }
 
-int usePlugin(const CommandLine& commandLine, Output& output) {
-  const PluginModule plugin(commandLine.plugin ? *commandLine.plugin : findPlugin());
-  if (!commandLine.version) return printAnswers(commandLine, plugin, output);
-  printVersions(plugin, output);
-  return kAllGood;
+std::vector<std::string> namesOf(const CommandLine& commandLine) {
+  std::vector<std::string> names = commandLine.files;
+  if (commandLine.list) {
+    auto listed = readNameList(*commandLine.list, commandLine.listNameEnd);
+    std::move(listed.begin(), listed.end(), std::back_inserter(names));
+  }
+  return names;
+}
+
+int runBatch(const CommandLine& commandLine, Output& output) {
+  const std::vector<std::string> names = namesOf(commandLine);
+  std::optional<AnswerDirectory> answerDirectory;
+  if (commandLine.outDirectory) answerDirectory.emplace(*commandLine.outDirectory);
+  const PluginModule plugin = loadPlugin(commandLine);
+  const bool allGood = answerFiles(names, commandLine, plugin, output,
+                                   answerDirectory ? &*answerDirectory : nullptr);
+  return allGood ? kAllGood : kFileFailed;
 }
 
 int run(const CommandLine& commandLine) {
   Output output(commandLine.diagnostics);
   int status = kAllGood;
   if (commandLine.help) {
-    output.write(kHelp);
+    output.write(helpText());
+  } else if (commandLine.generate) {
+    output.write(generatedText(*commandLine.generate));
+  } else if (commandLine.version) {
+    output.write(versions(loadPlugin(commandLine)));
   } else {
-    status = usePlugin(commandLine, output);
+    status = runBatch(commandLine, output);
   }
   output.checkDiagnostics();
   output.close();
@@ -79,7 +97,9 @@ int run(const CommandLine& commandLine) {
 }  // namespace host
 
 int main(int argc, char** argv) {
-  std::signal(SIGPIPE, SIG_IGN);  // a reader that has gone is noticed where the answer is written
+  // A reader that has gone and a limit on the size of files are noticed where answers are written.
+  std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGXFSZ, SIG_IGN);
   try {
     return host::run(host::readCommandLine(argc, argv));
   } catch (const std::exception& failure) {
