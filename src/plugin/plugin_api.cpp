@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <exception>
+#include <new>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -34,16 +35,14 @@ void release(char*& buffer) {
   buffer = nullptr;
 }
 
-// A copy of the text in memory from malloc. Throws std::bad_alloc.
-records::MallocText makeAnswer(std::string_view text) {
-  records::RecordText answer;
-  answer.append(text);
-  return std::move(answer).take();
-}
-
+// Needs memory for the answer alone, so that a run which is out of it can often still say so.
 records::MallocText errorAnswer(std::string_view what, std::string_view detail) {
-  std::string text = "[{\"error\": \"";
-  return makeAnswer(text.append(what).append(records::escaped(detail)).append("\"}]"));
+  records::RecordText answer;
+  answer.append("[{\"error\": \"");
+  answer.append(what);
+  records::appendEscaped(answer, detail);
+  answer.append("\"}]");
+  return std::move(answer).take();
 }
 
 // One entry for each line that is not empty, just as it stands.
@@ -73,10 +72,14 @@ records::MallocText parseFile(const std::string& path, const char* defines, Obje
   return answer;
 }
 
-// The answer for a run that failed, whose tree is cut off first. Throws if even that fails.
+// The answer for a run that failed, whose tree is cut off first.
 records::MallocText failureAnswer(ObjectBranch* root, std::string_view what,
                                   std::string_view detail) {
-  if (root != nullptr) CleanupTree(root);
+  try {
+    if (root != nullptr) CleanupTree(root);
+  } catch (const std::bad_alloc&) {
+    // Without memory even for that, the tree stays as it is: nothing refers to it any more.
+  }
   return errorAnswer(what, detail);
 }
 

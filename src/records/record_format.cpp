@@ -99,11 +99,8 @@ std::size_t maxRecordBytes(const ObjectBranch& node) {
 
 }  // namespace
 
-std::string escaped(std::string_view text) {
-  std::string result(2 * text.size(), '\0');
-  const char* const end = putEscaped(result.data(), text);
-  result.resize(static_cast<std::size_t>(end - result.data()));
-  return result;
+void appendEscaped(RecordText& out, std::string_view text) {
+  if (!text.empty()) out.commit(putEscaped(out.reserve(2 * text.size()), text));
 }
 
 void appendRecord(RecordText& out, const ObjectBranch& node, std::int32_t hiddenChildId,
@@ -136,4 +133,8 @@ void appendRecord(RecordText& out, const ObjectBranch& node, std::int32_t hidden
 
 }  // namespace records
 
-std::string EscapeString(const std::string& text) { return records::escaped(text); }
+std::string EscapeString(const std::string& text) {
+  records::RecordText escaped;
+  records::appendEscaped(escaped, text);
+  return std::string(escaped.view());
+}

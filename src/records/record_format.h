@@ -17,7 +17,7 @@ QUORL_API std::string EscapeString(const std::string& text);
 
 namespace records {
 
-std::string escaped(std::string_view text);
+void appendEscaped(RecordText& out, std::string_view text);
 
 // Appends the node's record. hiddenChildId is the one nodeID that no child list names; isLast
 // leaves out the comma behind the record.
