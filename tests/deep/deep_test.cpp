@@ -1,0 +1,233 @@
+// Trees as deep as the scanner route can make them, built, refined, written and cut off on a stack
+// that a walk by recursion would use up at once.
+#include <fcntl.h>
+#include <pthread.h>
+#include <unistd.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+#include <gtest/gtest.h>
+
+#include "plugin/plugin_api.h"
+#include "records/record_pass.h"
+#include "refine/inline_functions.h"
+#include "support/dump_tree.h"
+#include "support/make_tree.h"
+#include "support/temp_dir.h"
+#include "tree/object_branch.h"
+
+#ifdef __SANITIZE_ADDRESS__
+#define QUORL_TEST_IS_SANITIZED 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define QUORL_TEST_IS_SANITIZED 1
+#endif
+#endif
+
+namespace {
+
+// A sanitizer needs several times the memory, and larger frames.
+#ifdef QUORL_TEST_IS_SANITIZED
+constexpr std::size_t kShare = 10;
+constexpr std::size_t kStackBytes = 512 * 1024;
+#else
+constexpr std::size_t kShare = 1;
+constexpr std::size_t kStackBytes = 256 * 1024;
+#endif
+
+constexpr std::size_t kLimit = 10'485'760 / kShare;  // what the scanner looks at
+
+std::string repeat(std::string_view piece, std::size_t count) {
+  std::string text;
+  text.reserve(piece.size() * count);
+  while (count-- > 0) text += piece;
+  return text;
+}
+
+// While it lives, standard output goes nowhere: each record prints a line.
+class SilentOutput {
+ public:
+  SilentOutput() {
+    std::fflush(stdout);
+    const int nowhere = open("/dev/null", O_WRONLY);
+    dup2(nowhere, STDOUT_FILENO);
+    close(nowhere);
+  }
+  SilentOutput(const SilentOutput&) = delete;
+  SilentOutput& operator=(const SilentOutput&) = delete;
+  ~SilentOutput() {
+    std::fflush(stdout);
+    dup2(kept_, STDOUT_FILENO);
+    close(kept_);
+  }
+
+ private:
+  const int kept_ = dup(STDOUT_FILENO);
+};
+
+void* callThrough(void* run) {
+  (*static_cast<const std::function<void()>*>(run))();
+  return nullptr;
+}
+
+void runOnSmallStack(const std::function<void()>& run) {
+  const SilentOutput silent;
+  pthread_attr_t attributes;
+  pthread_attr_init(&attributes);
+  pthread_t thread;
+  std::function<void()> copy = run;
+  if (pthread_attr_setstacksize(&attributes, kStackBytes) != 0 ||
+      pthread_create(&thread, &attributes, callThrough, &copy) != 0)
+    throw std::runtime_error("no thread with a small stack");
+  pthread_join(thread, nullptr);
+  pthread_attr_destroy(&attributes);
+}
+
+// The answer for a file a.txt with the text; valid until the next one.
+std::string_view parse(const std::string& text) {
+  const support::TempDir directory;
+  directory.write("a.txt", text);
+  const std::filesystem::path before = std::filesystem::current_path();
+  std::filesystem::current_path(directory.path("."));
+  const char* answer = nullptr;
+  runOnSmallStack([&answer] { answer = ParseJS("a.txt", nullptr); });
+  std::filesystem::current_path(before);
+  return answer == nullptr ? std::string_view() : std::string_view(answer);
+}
+
+std::size_t recordsIn(std::string_view answer) {
+  constexpr std::string_view kEnd = "\n    \"calloutIDs\": []\n  }";
+  std::size_t count = 0;
+  for (std::size_t at = answer.find(kEnd); at != std::string_view::npos;
+       at = answer.find(kEnd, at + kEnd.size()))
+    ++count;
+  return count;
+}
+
+struct Record {
+  int line;
+  std::string children;  // the text between the brackets
+  std::size_t id;
+  std::int64_t parent;
+  std::string label;
+  std::string tags;
+  std::string contents;
+};
+
+std::string textOf(const Record& record) {
+  return "  {\n    \"lineNumber\": " + std::to_string(record.line) +
+         ",\n    \"lineage\": \"\",\n    \"argumentList\": \"\",\n    \"childNodeIDs\": [" +
+         record.children + "],\n    \"nodeID\": " + std::to_string(record.id) +
+         ",\n    \"parentID\": " + std::to_string(record.parent) +
+         ",\n    \"fileID\": 0,\n    \"functionID\": -1,\n    \"isCalled\": false,\n"
+         "    \"branchTypeAsString\": \"" +
+         record.label + "\",\n    \"filePath\": \"a.txt\",\n    \"tags\": [" + record.tags +
+         "],\n    \"contents\": \"" + record.contents +
+         "\",\n    \"simpleFunctionName\": \"\",\n    \"calloutIDs\": []\n  }";
+}
+
+std::string listOf(std::size_t child) { return "   \n      " + std::to_string(child) + "\n    "; }
+
+constexpr const char* kWrapperTags = "\n      \"auto-generated\"\n      \"scope-wrapper\"\n";
+
+// The answer up to and with the record of the class wrapper, which lists the children given.
+std::string answerHead(const std::string& wrapperChildren) {
+  return "[\n" + textOf({0, "", 0, -1, "filepath", "", "a.txt"}) + ",\n" +
+         textOf({0, wrapperChildren, 1, -1, "class", kWrapperTags, "class GlobalScope"});
+}
+
+void expectEnds(std::string_view answer, const std::string& head, const std::string& tail) {
+  EXPECT_EQ(answer.substr(0, head.size()), head);
+  ASSERT_GE(answer.size(), tail.size());
+  EXPECT_EQ(answer.substr(answer.size() - tail.size()), tail);
+}
+
+// Blocks without a text have no records, so only their number is left of them.
+TEST(Deep, BracesAlone) {
+  const std::size_t depth = kLimit;
+  EXPECT_EQ(parse(repeat("{", depth)), answerHead("") + "\n]\n");
+  EXPECT_EQ(static_cast<std::size_t>(currentIndex), depth + 5)
+      << "root, wrappers, blocks, defines, record pass";
+}
+
+TEST(Deep, BracesAroundAStatement) {
+  const std::size_t depth = kLimit / 4;
+  const std::string_view answer = parse(repeat("{", depth) + "x;" + repeat("}", depth) + "y;\n");
+  EXPECT_EQ(answer, answerHead(listOf(3)) + ",\n" + textOf({1, "", 2, -1, "line", "", "x"}) +
+                        ",\n" + textOf({1, "", 3, 1, "line", "", "y"}) + "\n]\n")
+      << "x has lost its parent, and y stands in the wrapper again";
+  EXPECT_EQ(static_cast<std::size_t>(currentIndex), depth + 7);
+}
+
+// Blocks with a text: each record is the parent of the next.
+void expectChain(std::string_view answer, std::size_t depth) {
+  EXPECT_EQ(recordsIn(answer), depth + 2);
+  expectEnds(answer,
+             answerHead(listOf(2)) + ",\n" + textOf({0, listOf(3), 2, 1, "define", "", "a"}) +
+                 ",\n" + textOf({0, listOf(4), 3, 2, "define", "", "a"}) + ",\n",
+             ",\n" +
+                 textOf({0, "", depth + 1, static_cast<std::int64_t>(depth), "define", "", "a"}) +
+                 "\n]\n");
+}
+
+TEST(Deep, BlocksThatStayOpen) {
+  const std::size_t depth = kLimit / 2;
+  expectChain(parse(repeat("a{", depth)), depth);
+  EXPECT_EQ(static_cast<std::size_t>(currentIndex), depth + 5);
+}
+
+// In a run of full size the closing braces stand behind what is scanned.
+TEST(Deep, BlocksThatAreClosed) {
+  const std::size_t depth = kLimit / 2;
+  expectChain(parse(repeat("a{", depth) + repeat("}", depth)), depth);
+}
+
+TEST(Deep, BlocksThatAreClosedWithinTheLimit) {
+  const std::size_t depth = kLimit / 3 - 1;
+  const std::string_view answer = parse(repeat("a{", depth) + repeat("}", depth) + "b;");
+  EXPECT_EQ(recordsIn(answer), depth + 3);
+  const std::string children = "   \n      2,\n      " + std::to_string(depth + 2) + "\n    ";
+  expectEnds(answer, answerHead(children) + ",\n" + textOf({0, listOf(3), 2, 1, "define", "", "a"}),
+             textOf({0, "", depth + 1, static_cast<std::int64_t>(depth), "define", "", "a"}) +
+                 ",\n" + textOf({1, "", depth + 2, 1, "line", "", "b"}) + "\n]\n");
+}
+
+// One leaf with blocks in it: a backtick keeps the quote behind it escaped when the leaf is split,
+// but not in the scan, so the text of a string can come out as code.
+TEST(Deep, BlocksWithinALeaf) {
+  const std::size_t depth = 1'000'000 / kShare;
+  const std::string header = "'\\`'' ";
+  currentIndex = 0;
+  ObjectBranch* root = support::addNode(nullptr, kBranchFilePath, "filepath", "a.txt", "a.txt");
+  ObjectBranch* leaf = support::addNode(
+      root, kBranchLine, "line", header + repeat("a{", depth) + repeat("}", depth) + "b;", "a.txt");
+  leaf->lineNumber = 1;
+  std::string answer;
+  runOnSmallStack([&] {
+    GenerateInlineFunctions(root, true);
+    answer = StartGeneratingObjects(root, "").str();
+  });
+  EXPECT_EQ(recordsIn(answer), depth + 3);
+  ASSERT_EQ(leaf->children.size(), 2u);
+  EXPECT_EQ(leaf->children[0]->contents, "''\\`'' a");
+  EXPECT_EQ(support::dumpTree(leaf->children[1]), R"(line"b"@1)");
+  const ObjectBranch* deepest = leaf->children[0];
+  std::size_t levels = 1;
+  for (; !deepest->children.empty(); ++levels) deepest = deepest->children[0];
+  EXPECT_EQ(levels, depth);
+  EXPECT_EQ(support::dumpTree(deepest), R"(container"a"@1)");
+  EXPECT_EQ(static_cast<std::size_t>(deepest->nodeID), depth + 1);
+  const std::string tail =
+      textOf({1, "", depth + 1, static_cast<std::int64_t>(depth), "container", "", "a"}) + ",\n" +
+      textOf({1, "", depth + 2, 1, "line", "", "b"}) + "\n]\n";
+  expectEnds(answer, "[\n" + textOf({0, listOf(1), 0, -1, "filepath", "", "a.txt"}) + ",\n", tail);
+}
+
+}  // namespace
