@@ -3,6 +3,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -81,6 +82,9 @@ TEST_F(Arguments, ReachTheModuleByteForByte) {
        "[\n--defines=|\n]\n[\n--defines|\n]\n[\nf|\n]\n"},
       {"-- is a file behind --", {"--", "--"}, "[\n--|\n]\n"},
       {"files before and behind --", {"f", "--", "-g", "h"}, "[\nf|\n]\n[\n-g|\n]\n[\nh|\n]\n"},
+      {"an option twice", {"--recursive", "--recursive", "f"}, "[\nf|\n]\n"},
+      {"a define that is a short option", {"--defines", "-0", "f"}, "[\nf|-0\n]\n"},
+      {"a short option is a file behind --", {"--", "-0"}, "[\n-0|\n]\n"},
       {"-- behind a define", {"--defines", "A", "--", "-f"}, "[\n-f|A\n]\n"},
   };
   for (const Row& row : rows) {
@@ -108,6 +112,10 @@ TEST_F(Arguments, ThatCannotBeFollowedAreRefused) {
       {{"f", "-x", "--", "-y"}, "unknown option -x"},
       {{"--version", "--bogus"}, "unknown option --bogus"},
       {{"--a\x1b\nb"}, "unknown option --a\\x1b\\x0ab"},
+      {{"-r", "f"}, "unknown option -r"},
+      {{"--null-terminated", "f"}, "unknown option --null-terminated"},
+      {{"--recursive"}, "no FILE given"},
+      {{"--out-dir", "f"}, "no FILE given"},
       {{"--caf\xc3\xa9"}, "unknown option --caf\xc3\xa9"},
   };
   for (const Row& row : rows) {
@@ -119,10 +127,10 @@ TEST_F(Arguments, ThatCannotBeFollowedAreRefused) {
 }
 
 // How these are worded is the argument reader's affair.
-TEST_F(Arguments, WithTooManyOrTooFewValuesAreRefusedInOneLine) {
+TEST_F(Arguments, ThatDoNotGoTogetherAreRefusedInOneLine) {
   struct Row {
     Words arguments;
-    std::string option;
+    std::string told;
   };
   const std::vector<Row> rows = {
       {{"f", "--defines"}, "defines"},
@@ -132,6 +140,15 @@ TEST_F(Arguments, WithTooManyOrTooFewValuesAreRefusedInOneLine) {
       {{"f", "--diagnostics=none", "--diagnostics=none"}, "diagnostics"},
       {{"f", "--help=yes"}, "help"},
       {{"f", "--version=no"}, "version"},
+      {{"f", "--recursive=yes"}, "recursive"},
+      {{"f", "--files-from"}, "files-from"},
+      {{"f", "--out-dir"}, "out-dir"},
+      {{"f", "--files-from=a", "--files-from=a"}, "files-from"},
+      {{"f", "--out-dir=.", "--out-dir=."}, "out-dir"},
+      {{"f", "--hidden"}, "--hidden requires --recursive"},
+      {{"f", "--node-modules"}, "--node-modules requires --recursive"},
+      {{"f", "-0"}, "--null requires --files-from"},
+      {{"f", "--null"}, "--null requires --files-from"},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(joined(row.arguments));
@@ -139,7 +156,7 @@ TEST_F(Arguments, WithTooManyOrTooFewValuesAreRefusedInOneLine) {
     EXPECT_EQ(outcome.status, 2);
     EXPECT_EQ(outcome.out, "");
     EXPECT_EQ(outcome.err.rfind("quorl-js: ", 0), 0U) << outcome;
-    EXPECT_NE(outcome.err.find(row.option), std::string::npos) << outcome;
+    EXPECT_NE(outcome.err.find(row.told), std::string::npos) << outcome;
     const std::string end = "; see quorl-js --help\n";
     EXPECT_EQ(outcome.err.find('\n'), outcome.err.size() - 1) << outcome;
     EXPECT_EQ(outcome.err.find(end), outcome.err.size() - end.size()) << outcome;
@@ -150,11 +167,24 @@ TEST_F(Help, ListsOptionsAndExitStatuses) {
   const Outcome outcome = run({"--help"});
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.err, "");
-  EXPECT_EQ(outcome.out.rfind("Usage: quorl-js FILE... [OPTION]...\n", 0), 0U) << outcome;
-  for (const char* line : {"--defines NAME ", "--plugin PATH ", "--diagnostics WHERE ", "--help ",
-                           "--version ", "-- ", "0 ", "1 ", "2 "}) {
+  EXPECT_EQ(outcome.out.rfind("Usage: quorl-js FILE... [OPTION]...\n"
+                              "       quorl-js --files-from LIST [FILE]... [OPTION]...\n",
+                              0),
+            0U)
+      << outcome;
+  for (const char* line :
+       {"--recursive ", "--hidden ", "--node-modules ", "--files-from LIST ", "-0, --null ",
+        "--out-dir DIR ", "--defines NAME ", "--plugin PATH ", "--diagnostics WHERE ", "--help ",
+        "--version ", "-- ", "0 ", "1 ", "2 "}) {
     EXPECT_NE(outcome.out.find(std::string("\n  ") + line), std::string::npos) << line;
   }
+  EXPECT_NE(outcome.out.find(
+                "\n  --version            print the versions of quorl-js and of the plug-in and\n"
+                "                       stop\n"),
+            std::string::npos)
+      << outcome;  // the texts are broken at blanks and stand in one column
+  std::istringstream lines(outcome.out);
+  for (std::string line; std::getline(lines, line);) EXPECT_LE(line.size(), 79U) << line;
   EXPECT_EQ(outcome.out.back(), '\n');
 }
 

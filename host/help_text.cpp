@@ -1,0 +1,62 @@
+#include "help_text.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <string_view>
+
+#include "options.h"
+
+namespace host {
+namespace {
+
+constexpr std::size_t kLineBytes = 79;
+constexpr std::string_view kMargin = "  ";  // before a label, and between it and its text
+
+std::string labelOf(const Option& option) {
+  std::string label;
+  if (!option.shortName.empty()) label.append(option.shortName).append(", ");
+  label += option.name;
+  if (!option.argument.empty()) label.append(" ").append(option.argument);
+  return label;
+}
+
+// Appends the text, broken at blanks, whose first line is indented already.
+void appendWrapped(std::string& out, std::string_view text, std::size_t indent) {
+  const std::size_t width = kLineBytes - indent;
+  while (text.size() > width) {
+    const std::size_t end = text.rfind(' ', width);
+    out.append(text.substr(0, end)).append("\n").append(indent, ' ');
+    text.remove_prefix(end + 1);
+  }
+  out.append(text).append("\n");
+}
+
+void appendEntry(std::string& out, std::string_view label, std::string_view text,
+                 std::size_t labelBytes) {
+  out.append(kMargin).append(label).append(labelBytes - label.size(), ' ').append(kMargin);
+  appendWrapped(out, text, 2 * kMargin.size() + labelBytes);
+}
+
+}  // namespace
+
+std::string helpText() {
+  std::size_t labelBytes = 0;
+  for (const Option& option : kOptions) labelBytes = std::max(labelBytes, labelOf(option).size());
+
+  std::string text;
+  for (const std::string_view synopsis : kSynopses) {
+    text.append(text.empty() ? "Usage: " : "       ").append(synopsis).append("\n");
+  }
+  text += "\n";
+  appendWrapped(text, kPurpose, 0);
+  text += "\nOptions:\n";
+  for (const Option& option : kOptions) {
+    appendEntry(text, labelOf(option), option.help, labelBytes);
+  }
+  appendEntry(text, labelOf(kEndOfOptions), kEndOfOptions.help, labelBytes);
+  text += "\nExit status:\n";
+  for (const ExitStatus& row : kExitStatuses) appendEntry(text, row.status, row.meaning, 1);
+  return text;
+}
+
+}  // namespace host

@@ -1,0 +1,10 @@
+// The answer to --help.
+#pragma once
+
+#include <string>
+
+namespace host {
+
+std::string helpText();
+
+}  // namespace host

@@ -1,0 +1,135 @@
+#include "man_page.h"
+
+#include <array>
+#include <cstddef>
+#include <string_view>
+
+#include "options.h"
+
+namespace host {
+namespace {
+
+constexpr std::string_view kOpening = "quorl-js(1) \"quorl-js " QUORL_VERSION
+                                      R"(" "User commands"
+
+# NAME
+
+quorl-js - print the structure of JavaScript, HTML and other text as records
+
+# SYNOPSIS
+
+)";
+
+// Behind the sentence with the purpose.
+constexpr std::string_view kDescription = R"(
+A file that fails has an answer too, which gives the error, and the message stands on standard error
+as well; the files behind it are done. Every message is one line that begins with "quorl-js: ", with
+control bytes as \\xNN.
+
+Only regular files are opened. A FIFO, a device or a socket is named on standard error and skipped;
+it makes the run fail only if it was named on the command line or in _LIST_, not if it was met below
+a directory. Without *--recursive* a directory is an empty file, which fails. A name on the command
+line or in _LIST_ is taken whatever it is called, and a link that it leads to is followed.
+
+The files of the command line are done first, then those of _LIST_, each in the order in which they
+are given. _LIST_ may be a pipe, and is read whole before the first file. If it is empty, there is
+nothing to do.
+
+With *--out-dir*, the answer to _src/a b.js_ is _DIR/src%2Fa%20b.js.records_. A leading dot is
+written %2E, so that no answer is a hidden file, and the empty name is a lone %. A name that this
+makes longer than 200 bytes is cut, with "~" and 16 hexadecimal digits, a 64-bit FNV-1a hash of the
+whole path, behind it. An answer is written under another name, which begins with ".quorl-js-", and
+renamed when it is complete; what bore its name before is replaced. A file that is given twice has
+one answer.
+
+The plug-in keeps the tree of every file in memory until the run ends, several times the size of the
+file. Let *xargs*(1) split a very large number of files into several runs.
+
+# OPTIONS
+
+)";
+
+struct Example {
+  std::string_view purpose;
+  std::string_view commands;
+};
+
+constexpr std::array kExamples = {
+    Example{"The records of two files, one after the other:", "quorl-js a.js b.html"},
+    Example{"All files below a directory, with an answer file for each:",
+            "mkdir records\nquorl-js --recursive src --out-dir records"},
+    Example{"The scripts that git knows, whatever their names hold:",
+            "git ls-files -z '*.js' | quorl-js --files-from - --null"},
+    Example{"Defines, and the plug-in's diagnostic lines in a file:",
+            "quorl-js a.js --defines DEBUG --defines 'LEVEL 2' --diagnostics lines.txt"},
+};
+
+constexpr std::string_view kClosing = R"(# SEE ALSO
+
+*find*(1), *git-ls-files*(1), *xargs*(1)
+)";
+
+// Plain text, with the bytes escaped that scdoc would take for markup.
+std::string plain(std::string_view text) {
+  std::string result;
+  for (const char byte : text) {
+    if (byte == '\\' || byte == '*' || byte == '_' || byte == '`') result += '\\';
+    result += byte;
+  }
+  return result;
+}
+
+std::string bold(std::string_view text) { return "*" + plain(text) + "*"; }
+
+// A command line with its placeholders, which are those in capitals, underlined and words bold.
+std::string markedUp(std::string_view synopsis) {
+  constexpr std::string_view kCapitals = "ABCDEFGHIJKLMNOPQRSTUVWXYZ";
+  constexpr std::string_view kNeither = " .[]";
+  std::string result;
+  while (!synopsis.empty()) {
+    const bool isPlaceholder = kCapitals.find(synopsis.front()) != std::string_view::npos;
+    const bool isWord = !isPlaceholder && kNeither.find(synopsis.front()) == std::string_view::npos;
+    const std::size_t end = isPlaceholder ? synopsis.find_first_not_of(kCapitals)
+                            : isWord      ? synopsis.find_first_of(kNeither)
+                                          : synopsis.find_first_not_of(kNeither);
+    const std::string_view part = synopsis.substr(0, end);
+    result += isPlaceholder ? "_" + plain(part) + "_" : isWord ? bold(part) : std::string(part);
+    synopsis.remove_prefix(part.size());
+  }
+  return result;
+}
+
+void appendEntry(std::string& out, const std::string& label, std::string_view text) {
+  out.append(label).append("\n\t").append(plain(text)).append("\n\n");
+}
+
+std::string labelOf(const Option& option) {
+  std::string label;
+  if (!option.shortName.empty()) label += bold(option.shortName) + ", ";
+  label += bold(option.name);
+  if (!option.argument.empty()) label += " _" + plain(option.argument) + "_";
+  return label;
+}
+
+}  // namespace
+
+std::string manPage() {
+  std::string page(kOpening);
+  for (const std::string_view& synopsis : kSynopses) {
+    page.append(&synopsis == &kSynopses.front() ? "" : "++\n").append(markedUp(synopsis));
+  }
+  page += "\n\n# DESCRIPTION\n\n" + plain(kPurpose) + "\n";
+  page += kDescription;
+  for (const Option& option : kOptions) appendEntry(page, labelOf(option), option.help);
+  appendEntry(page, labelOf(kEndOfOptions), kEndOfOptions.help);
+  page += "# EXIT STATUS\n\n";
+  for (const ExitStatus& row : kExitStatuses) appendEntry(page, bold(row.status), row.meaning);
+  page += "# EXAMPLES\n\n";
+  for (const Example& example : kExamples) {
+    page.append(plain(example.purpose)).append("\n\n```\n").append(example.commands);
+    page += "\n```\n\n";
+  }
+  return page.append(kClosing);
+}
+
+}  // namespace host

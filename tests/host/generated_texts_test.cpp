@@ -1,0 +1,220 @@
+// The completions and the manual page. What they say of the options comes from the table that the
+// help comes from, so the help tells which options there have to be.
+
+#include <filesystem>
+#include <regex>
+#include <set>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "host/program_runner.h"
+#include "host/quorl_js_fixture.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using host_test::Outcome;
+using host_test::runProgram;
+using host_test::StandardOutput;
+using host_test::Words;
+using host_test::writeFile;
+
+class GeneratedTexts : public host_test::QuorlJs {
+ protected:
+  static std::string generated(const std::string& kind) {
+    const Outcome outcome = run({"--generate", kind});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.err, "");
+    return outcome.out;
+  }
+
+  // What a shell prints when it runs the script, both outputs together. Its home is the current
+  // directory, where it finds no settings and may keep what it wants.
+  static std::string printedBy(const std::string& shell, const std::string& script) {
+    const Outcome outcome = runProgram(
+        "/usr/bin/env", {"HOME=" + fs::current_path().string(), shell, "-c", script + " 2>&1"});
+    return outcome.out + outcome.err;
+  }
+
+  static bool isInstalled(const std::string& program) {
+    return runProgram("/bin/sh", {"-c", "command -v " + program}).status == 0;
+  }
+};
+using Completions = GeneratedTexts;
+using ManualPage = GeneratedTexts;
+
+// The names of the options that the help lists, without the lone "--".
+std::set<std::string> optionsInHelp(const std::string& help) {
+  const std::regex entry("\n  (-\\w, )?(--[a-z-]+)");
+  std::set<std::string> names;
+  for (std::sregex_iterator next(help.begin(), help.end(), entry), end; next != end; ++next) {
+    names.insert((*next)[2]);
+  }
+  return names;
+}
+
+TEST_F(GeneratedTexts, HaveEveryOptionOfTheHelp) {
+  const std::set<std::string> names = optionsInHelp(run({"--help"}).out);
+  EXPECT_EQ(names, (std::set<std::string>{"--recursive", "--hidden", "--node-modules",
+                                          "--files-from", "--null", "--out-dir", "--defines",
+                                          "--plugin", "--diagnostics", "--help", "--version"}));
+  for (const char* kind : {"bash", "zsh", "fish", "man"}) {
+    const std::string text = generated(kind);
+    EXPECT_EQ(text.back(), '\n') << kind;
+    EXPECT_EQ(text.find("generate"), std::string::npos) << kind;
+    for (const std::string& name : names) {
+      const std::string sought = kind == std::string("fish") ? " -l " + name.substr(2) + " " : name;
+      EXPECT_NE(text.find(sought), std::string::npos) << kind << name;
+    }
+  }
+}
+
+TEST_F(GeneratedTexts, NeedNothingElse) {
+  EXPECT_EQ(run({"--generate=man", "--plugin", "gone.so"}), (Outcome{0, generated("man"), ""}));
+  EXPECT_EQ(run({"--generate", "ksh"}),
+            (Outcome{2, "", "quorl-js: nothing to generate is called ksh\n"}));
+  EXPECT_EQ(run({"--generate", ""}),
+            (Outcome{2, "", "quorl-js: nothing to generate is called \n"}));
+}
+
+TEST_F(GeneratedTexts, ThatCannotBeWrittenEndTheRun) {
+  EXPECT_EQ(run({"--generate", "man"}, StandardOutput::kAbandonedPipe),
+            (Outcome{2, "", "quorl-js: standard output: Broken pipe\n"}));
+}
+
+// ---- Completions, each asked by its own shell
+
+TEST_F(Completions, OfBash) {
+  if (!isInstalled("bash")) GTEST_SKIP() << "no bash";
+  writeFile("quorl-js.bash", generated("bash"));
+  EXPECT_EQ(printedBy("bash", "bash -n quorl-js.bash"), "");
+  EXPECT_EQ(printedBy("bash", ". ./quorl-js.bash; complete -p quorl-js"),
+            "complete -o default -F _quorl_js quorl-js\n");
+  struct Row {
+    const char* why;
+    std::string words;  // the last is to be completed
+    std::string offered;
+  };
+  const std::vector<Row> rows = {
+      {"options", "--n", "--node-modules --null"},
+      {"the short option too", "-0", "-0"},
+      {"files are left to the shell", "f", ""},
+      {"the words of an option", "--diagnostics ''", "none stderr"},
+      {"a word that has begun", "--diagnostics s", "stderr"},
+      {"joined to its option", "--diagnostics =", "none stderr"},
+      {"joined and begun", "--diagnostics = n", "none"},
+      {"a file as a value", "--plugin ''", ""},
+      {"directories only", "--out-dir ''", "(+o default -o dirnames)"},
+      {"joined directories", "--out-dir = x", "(+o default -o dirnames)"},
+      {"nothing to offer", "--defines ''", "(+o default)"},
+      {"no options behind --", "-- --", ""},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.why);
+    EXPECT_EQ(printedBy("bash",
+                        ". ./quorl-js.bash; compopt() { printf '(%s)' \"$*\"; };"
+                        "COMP_WORDS=(quorl-js " +
+                            row.words +
+                            ");"
+                            "COMP_CWORD=$((${#COMP_WORDS[@]} - 1));"
+                            "_quorl_js; printf %s \"${COMPREPLY[*]}\""),
+              row.offered);
+  }
+}
+
+TEST_F(Completions, OfZsh) {
+  const std::string script = generated("zsh");
+  EXPECT_EQ(script.rfind("#compdef quorl-js\n", 0), 0U);
+  if (!isInstalled("zsh")) GTEST_SKIP() << "no zsh";
+  writeFile("_quorl-js", script);
+  EXPECT_EQ(printedBy("zsh", "zsh -n _quorl-js"), "");
+  const std::string diagnostics =
+      "--diagnostics=[where the plug-in's diagnostic lines go]:WHERE:"
+      R"x({_alternative "words\:word\:(none stderr)" "files\:file\:_files"})x";
+  // The specifications as zsh reads them out of the quotes.
+  const std::string read =
+      printedBy("zsh", "_arguments() { printf '%s\\n' \"$@\" }; . ./_quorl-js");
+  for (const std::string& line : Words{
+           "-S", "(-0 --null)-0[names in LIST end in NUL bytes instead of line feeds]",
+           "(-0 --null)--null[names in LIST end in NUL bytes instead of line feeds]",
+           "*--defines=[a name for the record of the defines]:NAME: ",
+           "--out-dir=[write each answer to a file of its own in the directory DIR]:DIR:_files -/",
+           diagnostics, "--help[print this text and stop]", "*:FILE:_files"}) {
+    EXPECT_NE(("\n" + read).find("\n" + line + "\n"), std::string::npos) << line << "\nis not in\n"
+                                                                         << read;
+  }
+}
+
+TEST_F(Completions, OfFish) {
+  if (!isInstalled("fish")) GTEST_SKIP() << "no fish";
+  fs::create_directory("folder");
+  writeFile("folder/f.js", "");
+  writeFile("quorl-js.fish", generated("fish"));
+  EXPECT_EQ(printedBy("fish", "fish -n quorl-js.fish"), "");
+  struct Row {
+    std::string line;
+    std::string offered;
+  };
+  const std::vector<Row> rows = {
+      {"quorl-js --n",
+       "--node-modules\twith --recursive, take entries called node_modules too\n"
+       "--null\tnames in LIST end in NUL bytes instead of line feeds\n"},
+      {"quorl-js --diagnostics s", "stderr\twhere the plug-in's diagnostic lines go\n"},
+      {"quorl-js --plugin folder/", "folder/f.js\n"},
+      {"quorl-js --out-dir folder/", ""},
+      {"quorl-js --defines folder/", ""},
+      {"quorl-js folder/", "folder/f.js\n"},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.line);
+    EXPECT_EQ(printedBy("fish", "source quorl-js.fish; complete -C '" + row.line + "'"),
+              row.offered);
+  }
+}
+
+// ---- The manual page
+
+TEST_F(ManualPage, HasItsSections) {
+  const std::string source = generated("man");
+  EXPECT_EQ(source.rfind("quorl-js(1) \"quorl-js " QUORL_VERSION "\" \"User commands\"\n", 0), 0U);
+  std::vector<std::string> sections;
+  const std::regex heading("\n\n# ([A-Z ]+)\n\n");
+  for (std::sregex_iterator next(source.begin(), source.end(), heading), end; next != end; ++next) {
+    sections.push_back((*next)[1]);
+  }
+  EXPECT_EQ(sections, (Words{"NAME", "SYNOPSIS", "DESCRIPTION", "OPTIONS", "EXIT STATUS",
+                             "EXAMPLES", "SEE ALSO"}));
+  for (const char* text :
+       {"\n*quorl-js* _FILE_... [_OPTION_]...++\n",
+        "\n*quorl-js* *--files-from* _LIST_ [_FILE_]... [_OPTION_]...\n",
+        "\n*-0*, *--null*\n\tnames in LIST end in NUL bytes instead of line feeds\n\n",
+        "\n*--plugin* _PATH_\n\tthe plug-in module", "entries called node\\_modules too\n",
+        "\n*0*\n\tevery file was read\n\n"}) {
+    EXPECT_NE(source.find(text), std::string::npos) << text;
+  }
+}
+
+TEST_F(ManualPage, CompilesAndReadsWithoutAWarning) {
+  if (!isInstalled("scdoc")) GTEST_SKIP() << "no scdoc";
+  writeFile("source", generated("man"));
+  const Outcome compiled = runProgram("/bin/sh", {"-c", "scdoc < source"});
+  EXPECT_EQ(compiled.status, 0);
+  EXPECT_EQ(compiled.err, "");
+#ifndef __APPLE__  // whose man knows none of these options
+  if (!isInstalled("man")) GTEST_SKIP() << "no man";
+  writeFile("quorl-js.1", compiled.out);
+  const Outcome shown =
+      runProgram("/bin/sh", {"-c", "MANWIDTH=100 man --warnings -l -P cat quorl-js.1"});
+  EXPECT_EQ(shown.status, 0);
+  EXPECT_EQ(shown.err, "");
+  for (const char* text : {"\n       quorl-js --files-from LIST [FILE]... [OPTION]...\n",
+                           "\n       -0, --null\n", "control bytes as \\xNN.",
+                           "src%2Fa%20b.js.records", "'LEVEL 2' --diagnostics lines.txt\n"}) {
+    EXPECT_NE(shown.out.find(text), std::string::npos) << text << "\nis not in\n" << shown.out;
+  }
+#endif
+}
+
+}  // namespace
