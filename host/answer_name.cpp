@@ -41,7 +41,7 @@ std::string hashOf(std::string_view text) {
 
 std::string answerName(std::string_view path) {
   constexpr std::size_t kMaxBytesBeforeHash = kMaxNameBytes - 1 - kHashDigits;
-  if (path.empty()) return "%" + std::string(kExtension);
+  if (path.empty()) return std::string("%").append(kExtension);
   std::string name;
   std::size_t bytesBeforeHash = 0;  // ends behind a whole byte of the path
   for (const char byte : path) {

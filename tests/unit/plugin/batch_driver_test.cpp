@@ -269,6 +269,13 @@ TEST(ProcessSingleFile, TakesTheRouteOfTheExtension) {
                                         "nodeid was 4 and now is 3\n"
                                         "Successfully processed: " +
                                         script + "\n" + std::string(kCleanup));
+  // Other text: the file and a class wrapper. The namespace wrapper between them has no record.
+  const std::string text = root.write("a.txt", "ab");
+  EXPECT_EQ(processPrinted(text), banner(text) +
+                                      "nodeid was 0 and now is 0\n"
+                                      "nodeid was 2 and now is 1\n"
+                                      "Successfully processed: " +
+                                      text + "\n" + std::string(kCleanup));
 }
 
 TEST(ProcessSingleFile, CleansTheTextFirst) {
