@@ -1,12 +1,13 @@
 """Runs every command that the documentation shows and compares what it prints.
 
-usage: docs_test.py PROJECT_ROOT BIN_FOLDER MODULE [--sanitized]
+usage: docs_test.py PROJECT_ROOT BUILD_FOLDER MODULE
 
 A block fenced as "console" holds commands behind "$ ", each followed by its output, standard error
-included. They run in order, each by a shell of its own in the project's root, with quorl-js on the
-path, PLUGIN set to the module and SCRATCH to an empty folder. A block fenced as "c" or "python"
-must be a file of examples/ whole. Links to files must lead somewhere. The one command that is shown
-and not run here is the one that runs this.
+included. One shell runs a block, in the project's root, with quorl-js on the path, PLUGIN set to
+the module, BUILD to the build folder and SCRATCH to a folder that is empty at first. A block fenced
+as "c" or "python" must be a file of examples/ whole, and each line of one fenced as "cmake" must
+stand in the project that the tests build from an installed tree. Links to files must lead
+somewhere. The one command that is shown and not run here is the one that runs this.
 """
 import os
 import pathlib
@@ -18,6 +19,8 @@ import tempfile
 FENCE = re.compile(r"^```(\w+)\n(.*?)^```$", re.M | re.S)
 LINK = re.compile(r"\]\(([^)#:]+)(#[^)]*)?\)")
 SHELL_COMMANDS = {"./dev run examples/tour.js", "./dev test"}
+CONSUMER = "tests/install/consumer/CMakeLists.txt"
+MARK = "<end of output>"
 
 
 def commands_of(block):
@@ -32,15 +35,24 @@ def commands_of(block):
     return pairs
 
 
+def check_console(block, run):
+    pairs = commands_of(block)
+    outputs = run([command for command, _ in pairs])
+    assert pairs and len(outputs) == len(pairs), (block, outputs)
+    return ["$ %s\n--- shown\n%s--- printed\n%s" % (command, shown, printed)
+            for (command, shown), printed in zip(pairs, outputs) if printed != shown]
+
+
 def check_block(language, block, root, run):
     if language == "console":
-        pairs = commands_of(block)
-        assert pairs, "a console block without a command"
-        return ["$ %s\n--- shown\n%s--- printed\n%s" % (command, shown, printed)
-                for command, shown in pairs for printed in [run(command)] if printed != shown]
+        return check_console(block, run)
     if language == "sh":
         return ["not checked: " + line for line in block.splitlines()
                 if line not in SHELL_COMMANDS]
+    if language == "cmake":
+        known = (root / CONSUMER).read_text().splitlines()
+        return ["not in %s: %s" % (CONSUMER, line) for line in block.splitlines()
+                if line and not line.startswith("#") and line not in known]
     if language in ("c", "python"):
         files = [path.read_text() for path in (root / "examples").iterdir() if path.is_file()]
         return [] if block in files else ["no file of examples/ holds this block whole:\n" + block]
@@ -56,30 +68,30 @@ def faults_of(path, text, root, run):
 
 
 def main():
-    root, bin_folder, module = (pathlib.Path(arg).resolve() for arg in sys.argv[1:4])
-    sanitized = "--sanitized" in sys.argv
+    root, build, module = (pathlib.Path(argument).resolve() for argument in sys.argv[1:])
     pages = [root / "README.md", root / "CHANGELOG.md", *sorted((root / "docs").glob("*.md"))]
+    count = 0
     with tempfile.TemporaryDirectory() as scratch:
-        env = dict(os.environ, SCRATCH=scratch, PLUGIN=str(module), LC_ALL="C.UTF-8",
-                   PATH="%s:%s" % (bin_folder, os.environ["PATH"]))
-        ran = []
+        env = dict(os.environ, SCRATCH=scratch, PLUGIN=str(module), BUILD=str(build),
+                   LC_ALL="C.UTF-8", PATH="%s:%s" % (build / "bin", os.environ["PATH"]))
 
-        def run(command):
-            # A program that is not sanitized cannot load a module that is.
-            if sanitized and "PLUGIN" in command:
-                command = command.replace('"$PLUGIN"', "build/release/bin/quorljs.so")
-            ran.append(command)
-            done = subprocess.run(["sh", "-c", command], cwd=root, env=env, check=False,
-                                  stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
-            return done.stdout.decode()
+        def run(commands):
+            nonlocal count
+            count += len(commands)
+            script = "exec 2>&1\n" + "".join("%s\nprintf %%s '%s'\n" % (command, MARK)
+                                             for command in commands)
+            done = subprocess.run(["sh", "-c", script], cwd=root, env=env, check=False,
+                                  stdout=subprocess.PIPE)
+            return done.stdout.decode().split(MARK)[:-1]
 
         # The check itself has to go red.
-        bad = "```console\n$ echo a\nb\n```\n```c\nint a;\n```\n[x](no/such/file.md)\n"
-        assert len(faults_of(root / "README.md", bad, root, run)) == 3
-        ran.clear()
+        bad = ("```console\n$ echo a\nb\n```\n```c\nint a;\n```\n```cmake\nno(such line)\n```\n"
+               "[x](no/such/file.md)\n")
+        assert len(faults_of(root / "README.md", bad, root, run)) == 4
+        count = 0
         found = [fault for page in pages for fault in faults_of(page, page.read_text(), root, run)]
-    assert len(ran) >= 10, ran
-    print("\n".join(found) or "%d commands print what is shown" % len(ran))
+    assert count >= 15, count
+    print("\n".join(found) or "%d commands print what is shown" % count)
     return 1 if found else 0
 
 

@@ -1,0 +1,108 @@
+// Parses one hostile text once, for a counter of instructions to watch from outside.
+//
+//   growth_driver --list                 prints the names of the texts
+//   growth_driver NAME BYTES             makes the text, writes it to a file and parses that
+//   growth_driver NAME BYTES --baseline  does the same, but parses an empty line instead
+//
+// The baseline takes what a program and a run cost whatever the text is.
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cstdio>
+#include <exception>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+#include "hostile/generators.h"
+#include "plugin/plugin_api.h"
+#include "support/temp_dir.h"
+
+namespace {
+
+const hostile::Generator& generatorNamed(std::string_view name) {
+  const auto list = hostile::generators();
+  const auto found = std::find_if(list.begin(), list.end(),
+                                  [name](const auto& each) { return each.name == name; });
+  if (found == list.end()) throw std::runtime_error("no text of the name " + std::string(name));
+  return *found;
+}
+
+std::size_t parseSize(std::string_view digits) {
+  std::size_t size = 0;
+  const char* const end = digits.data() + digits.size();
+  const auto [stop, error] = std::from_chars(digits.data(), end, size);
+  if (error != std::errc() || stop != end || size == 0) {
+    throw std::runtime_error("no number of bytes: " + std::string(digits));
+  }
+  return size;
+}
+
+// While it lives, what is written to standard output and standard error is lost.
+class Silence {
+ public:
+  Silence() : output_(dup(STDOUT_FILENO)), error_(dup(STDERR_FILENO)) {
+    const int nowhere = open("/dev/null", O_WRONLY);
+    if (output_ < 0 || error_ < 0 || nowhere < 0) throw std::runtime_error("no /dev/null");
+    dup2(nowhere, STDOUT_FILENO);
+    dup2(nowhere, STDERR_FILENO);
+    close(nowhere);
+  }
+  Silence(const Silence&) = delete;
+  Silence& operator=(const Silence&) = delete;
+  ~Silence() {
+    std::fflush(stdout);
+    dup2(output_, STDOUT_FILENO);
+    dup2(error_, STDERR_FILENO);
+    close(output_);
+    close(error_);
+  }
+
+ private:
+  const int output_;
+  const int error_;
+};
+
+enum class Parsed { kText, kEmptyLine };
+
+void run(std::string_view name, std::string_view size, Parsed parsed) {
+  const hostile::Generator& generator = generatorNamed(name);
+  const support::TempDir directory;
+  // Both are written in either case, so that the counts differ by the parsing alone.
+  const std::string extension = generator.extension;
+  const std::string text = directory.write("text" + extension, generator.generate(parseSize(size)));
+  const std::string emptyLine = directory.write("line" + extension, "\n");
+  const std::string& path = parsed == Parsed::kText ? text : emptyLine;
+  const char* answer = nullptr;
+  {
+    const Silence silence;
+    answer = ParseJS(path.c_str(), nullptr);
+  }
+  // An error answer would be a count of something else.
+  if (answer == nullptr || !std::string_view(answer).starts_with("[\n")) {
+    throw std::runtime_error(answer == nullptr ? "no answer" : answer);
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    if (argc == 2 && std::string_view(argv[1]) == "--list") {
+      for (const hostile::Generator& each : hostile::generators()) std::puts(each.name);
+    } else if (argc == 3) {
+      run(argv[1], argv[2], Parsed::kText);
+    } else if (argc == 4 && std::string_view(argv[3]) == "--baseline") {
+      run(argv[1], argv[2], Parsed::kEmptyLine);
+    } else {
+      std::fputs("usage: growth_driver --list | NAME BYTES [--baseline]\n", stderr);
+      return 2;
+    }
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "growth_driver: %s\n", error.what());
+    return 1;
+  }
+  return 0;
+}
