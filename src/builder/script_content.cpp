@@ -26,6 +26,8 @@ constexpr std::size_t kMaxLineBytes = 10'000;  // a longer line is left out, but
 constexpr int kMaxBracesOfAKind = 100;         // a line with more is left out
 constexpr std::size_t kMaxOpenScopes = 1'000;  // a scope beyond is a node, but takes no children
 
+constexpr text::ByteSet kBraceStops{"\\\"'`{}"};
+
 struct Braces {
   int opening = 0;
   int closing = 0;
@@ -34,12 +36,11 @@ struct Braces {
 // The braces of one line outside strings. Nothing carries over from the line before: a string that
 // runs across lines is forgotten. A backslash hides the byte behind it, outside strings too.
 Braces countBraces(std::string_view line) {
-  constexpr text::ByteSet kStops{"\\\"'`{}"};
   Braces braces;
   char quote = 0;  // the byte that closes the string, 0 outside
   for (std::size_t i = 0; i < line.size(); ++i) {
     const char byte = line[i];
-    if (!kStops(byte)) continue;
+    if (!kBraceStops(byte)) continue;
     if (byte == '\\') {
       ++i;
     } else if (quote != 0) {

@@ -7,10 +7,14 @@ namespace detect {
 void Statement::reset(std::string_view text) {
   text_ = text;
   split_ = false;
+  firstWord_.reset();
   functionAnswer_.reset();
 }
 
-std::string_view Statement::firstWord() const { return text::firstWordView(text_); }
+std::string_view Statement::firstWord() const {
+  if (!firstWord_) firstWord_ = text::firstWordView(text_);
+  return *firstWord_;
+}
 
 const std::vector<text::Part>& Statement::parts() const {
   if (!split_) {

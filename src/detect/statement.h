@@ -1,5 +1,5 @@
-// One statement's text on its way through a chain of questions. It is split into parts at most
-// once, and only when a question needs them.
+// One statement's text on its way through a chain of questions. What they need of it is worked out
+// at most once, and only when one needs it.
 #pragma once
 
 #include <optional>
@@ -29,6 +29,7 @@ class Statement {
   std::string_view text_;
   mutable std::vector<text::Part> parts_;
   mutable bool split_ = false;
+  mutable std::optional<std::string_view> firstWord_;
   mutable std::optional<bool> functionAnswer_;
 };
 

@@ -10,7 +10,10 @@
 namespace plugin {
 namespace {
 
-constexpr std::size_t kFirstReadBytes = 65'536;
+// The first block: an ordinary small file whole, and no more of a directory or an endless file
+// than it takes to notice.
+constexpr std::size_t kMinFirstBytes = 4'096;
+constexpr std::size_t kMaxFirstBytes = 65'536;
 
 // The bytes from the read position to the end, or 0 for a file that has no positions.
 std::size_t bytesLeft(std::filebuf& file) {
@@ -21,10 +24,11 @@ std::size_t bytesLeft(std::filebuf& file) {
   return end > here ? static_cast<std::size_t>(end - here) : 0;
 }
 
-// Reads into ever larger blocks, the second of which takes the rest of an ordinary file.
+// Reads into ever larger blocks, the second of which takes the rest of an ordinary file. A block is
+// one byte more than is left, so that the end shows without another one.
 std::string readAll(std::filebuf& file) {
   std::string text;
-  std::size_t block = kFirstReadBytes;
+  std::size_t block = std::clamp(bytesLeft(file) + 1, kMinFirstBytes, kMaxFirstBytes);
   while (true) {
     const std::size_t before = text.size();
     text.resize(before + block);
@@ -32,8 +36,7 @@ std::string readAll(std::filebuf& file) {
         file.sgetn(text.data() + before, static_cast<std::streamsize>(block));
     text.resize(before + static_cast<std::size_t>(got));
     if (static_cast<std::size_t>(got) < block) return text;
-    // One byte more than is left, so that the end shows without another block.
-    block = before == 0 ? std::max(bytesLeft(file) + 1, kFirstReadBytes) : text.size();
+    block = before == 0 ? std::max(bytesLeft(file) + 1, kMaxFirstBytes) : text.size();
   }
 }
 
