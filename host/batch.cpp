@@ -1,5 +1,6 @@
 #include "batch.h"
 
+#include <filesystem>
 #include <string_view>
 #include <system_error>
 
@@ -38,7 +39,8 @@ class Batch {
       allGood_ = false;
     } else if (kind == FileKind::kDirectory && commandLine_.recursive) {
       walk(name, commandLine_.walkRules,
-           {[this](const std::string& path) { answer(path); },
+           {[this](const std::string& path) { return !isAnswerDirectory(path); },
+            [this](const std::string& path) { answer(path); },
             [](const std::string& path) { skip(path); },
             [this](const std::string& path, const std::error_code& reason) {
               fail(path + ": " + reason.message());
@@ -51,6 +53,13 @@ class Batch {
   bool allGood() const { return allGood_; }
 
  private:
+  // Answers are not read as sources, should their directory lie in the one that is walked.
+  bool isAnswerDirectory(const std::string& path) const {
+    std::error_code unseen;
+    return answerDirectory_ != nullptr &&
+           std::filesystem::equivalent(path, answerDirectory_->path(), unseen);
+  }
+
   static void skip(const std::string& path) { complain(path + ": not a regular file, skipped"); }
 
   void fail(const std::string& message) {

@@ -65,7 +65,7 @@ void walk(const std::string& directory, const WalkRules& rules, const WalkAction
     std::string path = opening + entry.name;
     if (entry.kind == FileKind::kDirectory) {
       path.pop_back();
-      walk(path, rules, actions);
+      if (actions.entersDirectory(path)) walk(path, rules, actions);
     } else if (entry.kind == FileKind::kRegular) {
       actions.regularFile(path);
     } else {

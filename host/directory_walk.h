@@ -21,6 +21,7 @@ struct WalkRules {
 
 // What a walk does with what it finds. Paths begin with the directory as it was given.
 struct WalkActions {
+  std::function<bool(const std::string& path)> entersDirectory;  // whether to go into it
   std::function<void(const std::string& path)> regularFile;
   std::function<void(const std::string& path)> otherFile;  // also a link that leads nowhere
   std::function<void(const std::string& path, const std::error_code& reason)> unreadableDirectory;

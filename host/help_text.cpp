@@ -24,7 +24,9 @@ std::string labelOf(const Option& option) {
 void appendWrapped(std::string& out, std::string_view text, std::size_t indent) {
   const std::size_t width = kLineBytes - indent;
   while (text.size() > width) {
-    const std::size_t end = text.rfind(' ', width);
+    std::size_t end = text.rfind(' ', width);
+    if (end == std::string_view::npos) end = text.find(' ');  // a word longer than the line
+    if (end == std::string_view::npos) break;
     out.append(text.substr(0, end)).append("\n").append(indent, ' ');
     text.remove_prefix(end + 1);
   }

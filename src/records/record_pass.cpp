@@ -184,7 +184,7 @@ RecordText generate(ObjectBranch* root) {
 std::ostringstream StartGeneratingObjects(ObjectBranch* root, std::string className) {
   static_cast<void>(className);
   std::ostringstream stream;
-  stream.str(std::string(records::generate(root).view()));
+  stream << records::generate(root).view();
   return stream;
 }
 

@@ -7,7 +7,8 @@ included. One shell runs a block, in the project's root, with quorl-js on the pa
 the module, BUILD to the build folder and SCRATCH to a folder that is empty at first. A block fenced
 as "c" or "python" must be a file of examples/ whole, and each line of one fenced as "cmake" must
 stand in the project that the tests build from an installed tree. Links to files must lead
-somewhere. The one command that is shown and not run here is the one that runs this.
+somewhere. Of "./dev run" only the program that it ends in is run, that of the build at hand; the
+one command that is shown and not run here is the one that runs this.
 """
 import os
 import pathlib
@@ -80,6 +81,7 @@ def main():
             count += len(commands)
             script = "exec 2>&1\n" + "".join("%s\nprintf %%s '%s'\n" % (command, MARK)
                                              for command in commands)
+            script = script.replace("./dev run ", "quorl-js ")
             done = subprocess.run(["sh", "-c", script], cwd=root, env=env, check=False,
                                   stdout=subprocess.PIPE)
             return done.stdout.decode().split(MARK)[:-1]

@@ -34,7 +34,8 @@ class GeneratedTexts : public host_test::QuorlJs {
   // directory, where it finds no settings and may keep what it wants.
   static std::string printedBy(const std::string& shell, const std::string& script) {
     const Outcome outcome = runProgram(
-        "/usr/bin/env", {"HOME=" + fs::current_path().string(), shell, "-c", script + " 2>&1"});
+        "/usr/bin/env",
+        {"HOME=" + fs::current_path().string(), "LC_ALL=C.UTF-8", shell, "-c", script + " 2>&1"});
     return outcome.out + outcome.err;
   }
 

@@ -154,6 +154,15 @@ TEST_F(OutDir, HasTheAnswersOfAWalkAndAList) {
             (Files{{"f.records", kGood}, {"tree%2Fb%2Fc.js.records", "[\ntree/b/c.js|\n]\n"}}));
 }
 
+TEST_F(OutDir, IsPassedOverInAWalk) {
+  writeFile("f", "");
+  const Files files{{"%2E%2Ff.records", "[\n./f|\n]\n"}};
+  for (int round = 0; round < 2; ++round) {
+    EXPECT_EQ(runOdd({"--recursive", "--out-dir", "out", "."}), (Outcome{0, "", ""}));
+    EXPECT_EQ(filesIn("out"), files) << "answers are no sources, in round " << round;
+  }
+}
+
 TEST_F(OutDir, HasWholeBigAnswers) {
   EXPECT_EQ(runIntoOut({"big"}), (Outcome{0, "", ""}));
   EXPECT_TRUE(contentsOf("out/big.records") == "[\n" + std::string(3'000'000, 'x') + "\n]\n");

@@ -13,6 +13,7 @@ Exit status 0 when all is as promised, 77 when a tool that the check needs is no
 import os
 import pathlib
 import re
+import shlex
 import shutil
 import subprocess
 import sys
@@ -83,7 +84,7 @@ def run_programs(prefix, folder, example):
             run(folder / program, scratch)
     run(folder / "open_module", example)
     # The program that links the module finds it where it was installed.
-    loaded = re.search(r"quorljs\.so => (\S+)", run("ldd", folder / "surface"))
+    loaded = re.search(r"quorljs\.so => (.+) \(0x", run("ldd", folder / "surface"))
     assert loaded and os.path.samefile(loaded.group(1), prefix / MODULE), loaded
 
 
@@ -109,7 +110,8 @@ def check_pkg_config(prefix, consumer, example, cc, cxx):
     env = dict(os.environ, PKG_CONFIG_PATH=str(prefix / "lib/pkgconfig"))
 
     def ask(*options):
-        return run("pkg-config", *options, "quorl-js", env=env).split()
+        # Quoted as a shell would read it, for folders with blanks in their names.
+        return shlex.split(run("pkg-config", *options, "quorl-js", env=env))
 
     run("pkg-config", "--exact-version=1.0.0", "quorl-js", env=env)
     plugin = ask("--variable=plugin")
@@ -191,7 +193,7 @@ def check_abi(baseline, abidiff=None, module=None):
     if abidiff is None or abidiff.endswith("-NOTFOUND"):
         return skip("there is no abidiff; it is in Debian's abigail-tools")
     if module is None:
-        return skip("the recorded interface is that of a module built with g++")
+        return skip("the recorded interface is that of a module built with g++ 12 for x86-64")
 
     def compare(recorded):
         return subprocess.run([abidiff, recorded, module], check=False, stdout=subprocess.PIPE,
@@ -221,8 +223,14 @@ def check_packages(cpack, build, example):
             return skip("there is no " + tool)
     with tempfile.TemporaryDirectory() as folder:
         out = pathlib.Path(folder)
+        before = os.umask(0o077)  # the packages are to be readable all the same
         run(cpack, "-G", "DEB", "-B", out, "--config", pathlib.Path(build) / "CPackConfig.cmake")
+        os.umask(before)
         packages = sorted(out.glob("*.deb"))
+        listed = [line for package in packages
+                  for line in run("dpkg-deb", "-c", package).splitlines()]
+        closed = [line for line in listed if line[7] != "r" or line[0] == "d" and line[9] != "x"]
+        assert listed and not closed, closed
         depends = {run("dpkg-deb", "-f", package, "Package").strip():
                    run("dpkg-deb", "-f", package, "Depends") for package in packages}
         version = run("dpkg-deb", "-f", packages[0], "Version").strip()
