@@ -1,6 +1,5 @@
 #include "builder/node_emission.h"
 
-#include <algorithm>
 #include <array>
 #include <cstdio>
 
@@ -20,10 +19,6 @@ constexpr std::array<std::string_view, 3> kSilentStatements{")", "}", "})"};
 
 constexpr text::ByteSet kQuotes{"\"'`"};
 
-bool isOneOf(std::string_view text, const auto& texts) {
-  return std::find(texts.begin(), texts.end(), text) != texts.end();
-}
-
 bool holdsQuote(std::string_view text) { return text::findMember(text, kQuotes) < text.size(); }
 
 // Every node of the scan counts twice.
@@ -39,7 +34,7 @@ void NodeEmitter::newlineAction(std::int32_t line, bool inParentheses) {
   // required: inside parentheses the text gathered so far is thrown away.
   if (!inParentheses && !chunk_.cleansToNothing()) {
     const std::string_view statement = cleanedChunk(chunk_.text(), scratch_);
-    if (!isOneOf(statement, kSilentLines)) {
+    if (!text::isOneOf(statement, kSilentLines)) {
       const bool isImport = detect::isImport(detect::Statement(statement));
       addNode(currentBranch_, isImport ? kBranchDefine : kBranchLine, isImport ? "define" : "line",
               statement, line - 1);
@@ -58,7 +53,7 @@ void NodeEmitter::statementAction(std::int32_t line) {
   // required: an import that ends in ";" gives no node.
   const bool isImport = statement.starts_with("import ") ||
                         (statement.starts_with("const ") && text::contains(statement, "require"));
-  if (!isImport && !isOneOf(statement, kSilentStatements)) {
+  if (!isImport && !text::isOneOf(statement, kSilentStatements)) {
     repairScope();
     addNode(currentBranch_, kBranchLine, "line", statement, line);
   }

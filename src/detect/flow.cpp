@@ -14,21 +14,17 @@ constexpr std::array<std::string_view, 8> kLogicWords{"if",    "else",    "switc
 constexpr std::array<std::string_view, 3> kLoopWords{"while", "for", "do"};
 constexpr std::array<std::string_view, 4> kComparisons{"==", "===", "!=", "!=="};
 
-bool isOneOf(std::string_view word, const auto& words) {
-  return std::find(words.begin(), words.end(), word) != words.end();
-}
-
 }  // namespace
 
 bool isLogic(const Statement& statement) {
-  if (isOneOf(statement.firstWord(), kLogicWords)) return true;
+  if (text::isOneOf(statement.firstWord(), kLogicWords)) return true;
   // required: never true, since only a needle of one byte can match; a comparison is no logic.
   return std::any_of(kComparisons.begin(), kComparisons.end(), [&](std::string_view comparison) {
     return text::matchesOutsideStrings(statement.text(), comparison);
   });
 }
 
-bool isLoop(const Statement& statement) { return isOneOf(statement.firstWord(), kLoopWords); }
+bool isLoop(const Statement& statement) { return text::isOneOf(statement.firstWord(), kLoopWords); }
 
 }  // namespace detect
 

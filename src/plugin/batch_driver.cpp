@@ -21,6 +21,7 @@
 #include "plugin/source_file.h"
 #include "text/byte_set.h"
 #include "text/file_names.h"
+#include "text/string_primitives.h"
 #include "tree/object_branch.h"
 
 namespace {
@@ -64,9 +65,7 @@ bool IsDirectory(const std::string& path) {
 }
 
 bool IsJavaScriptFile(const std::string& name) {
-  const std::string_view extension = text::extensionView(name);
-  return std::find(kBatchExtensions.begin(), kBatchExtensions.end(), extension) !=
-         kBatchExtensions.end();
+  return text::isOneOf(text::extensionView(name), kBatchExtensions);
 }
 
 std::vector<std::string> GetFilesInDirectory(const std::string& path) {

@@ -35,8 +35,7 @@ constexpr std::string_view kHidingWord = "TTTTT";
 
 bool isSkipped(const ObjectBranch& node) {
   // None of them holds white space, so reducing could not make one out of anything else.
-  const std::string_view text = text::trimView(node.contents);
-  return std::find(kSkippedTexts.begin(), kSkippedTexts.end(), text) != kSkippedTexts.end();
+  return text::isOneOf(text::trimView(node.contents), kSkippedTexts);
 }
 
 // Picks the nodes that get a record, prints a line for each, and enters their new numbers, which

@@ -1,7 +1,8 @@
 #include "text/file_names.h"
 
-#include <algorithm>
 #include <array>
+
+#include "text/string_primitives.h"
 
 namespace text {
 namespace {
@@ -9,10 +10,6 @@ namespace {
 constexpr std::array<std::string_view, 4> kPageExtensions{"html", "htm", "xhtml", "php"};
 constexpr std::array<std::string_view, 8> kScriptExtensions{"js",  "jsx", "ts",  "tsx",
                                                             "mjs", "cjs", "es6", "es"};
-
-bool isOneOf(std::string_view word, const auto& words) {
-  return std::find(words.begin(), words.end(), word) != words.end();
-}
 
 }  // namespace
 

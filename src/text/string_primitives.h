@@ -6,6 +6,7 @@
 // memory.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -72,6 +73,11 @@ std::string_view lastWordView(std::string_view text);
 // TrimAndReduce without a copy where none is needed: the result is a slice of text if nothing
 // inside has to be collapsed, else a slice of scratch, whose former content is lost.
 std::string_view trimAndReduceView(std::string_view text, std::string& scratch);
+
+// Whether the word equals one of the words.
+inline bool isOneOf(std::string_view word, const auto& words) {
+  return std::find(words.begin(), words.end(), word) != words.end();
+}
 
 bool matchesOutsideStrings(std::string_view haystack, std::string_view needle);
 
