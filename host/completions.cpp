@@ -60,7 +60,7 @@ std::string bashAction(const Option& option) {
 
 // ---- zsh
 
-// A text inside single quotes and, there, inside a specification of _arguments.
+// A text inside single quotes and, there, inside an option of _arguments.
 std::string zshText(std::string_view text) {
   std::string result;
   for (const char byte : withBackslashes(text, "\\:[]")) {
