@@ -28,6 +28,10 @@ using Nodes = std::vector<ObjectBranch*>;
 constexpr std::array<std::string_view, 11> kSkippedTexts{"{", "}", "};", "{}",  "",   "(",
                                                          ")", ";", ");", "));", "});"};
 
+constexpr std::size_t kMaxSkippedBytes = 3;
+static_assert(std::all_of(kSkippedTexts.begin(), kSkippedTexts.end(),
+                          [](std::string_view text) { return text.size() <= kMaxSkippedBytes; }));
+
 constexpr std::size_t kQuotedNameBytes = 25;  // of a callback's quoted text that stay in its name
 
 // A function with this in its text is left out of its parent's child list; only the last one is.
@@ -35,7 +39,8 @@ constexpr std::string_view kHidingWord = "TTTTT";
 
 bool isSkipped(const ObjectBranch& node) {
   // None of them holds white space, so reducing could not make one out of anything else.
-  return text::isOneOf(text::trimView(node.contents), kSkippedTexts);
+  const std::string_view text = text::trimView(node.contents);
+  return text.size() <= kMaxSkippedBytes && text::isOneOf(text, kSkippedTexts);
 }
 
 // Picks the nodes that get a record, prints a line for each, and enters their new numbers, which
