@@ -4,48 +4,18 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
-#include <cstdlib>
 #include <filesystem>
-#include <new>
-#include <optional>
 #include <string>
 #include <vector>
 
 #include "plugin/plugin_api.h"
+#include "reliability/failing_new.h"
 #include "whole_file/case_files.h"
 
 namespace {
 
-// What the replaced operators below do. The module's other requests, for the answer itself, go to
-// realloc and are not counted.
-struct Requests {
-  std::size_t count = 0;
-  std::optional<std::size_t> failing;  // the number, from 0, of the request that fails
-  bool andAllBehind = false;
-} requests;
-
-void* request(std::size_t bytes) {
-  const std::size_t number = requests.count++;
-  if (requests.failing &&
-      (number == *requests.failing || (requests.andAllBehind && number > *requests.failing))) {
-    return nullptr;
-  }
-  return std::malloc(bytes == 0 ? 1 : bytes);
-}
-
-}  // namespace
-
-void* operator new(std::size_t bytes) {
-  void* const memory = request(bytes);
-  if (memory == nullptr) throw std::bad_alloc();
-  return memory;
-}
-void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept { return request(bytes); }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
-
-namespace {
-
+using reliability::Requests;
+using reliability::requests;
 using whole_file::CaseFile;
 
 std::string answerFor(const CaseFile& file, const Requests& plan = {}) {
@@ -105,7 +75,11 @@ TEST(AllocationFailure, GivesAnAnswerWhicheverRequestFails) {
       ASSERT_TRUE(isError(answer) || lacksOneAtMost(contentsIn(answer), all))
           << "request " << failing << " of " << total << ": " << answer;
       const std::string later = answerFor(file, {0, failing, true});
-      ASSERT_TRUE(isError(later)) << "request " << failing << " and all behind: " << later;
+      // A node at an address that was given out before is known to the registry already, and makes
+      // a run a request shorter than the one that was counted.
+      const bool failed = requests.count > failing;
+      ASSERT_TRUE(failed ? isError(later) : later == file.records)
+          << "request " << failing << " and all behind: " << later;
       if (failing % 16 == 0) {
         ASSERT_EQ(answerFor(file), file.records) << "behind " << failing;
       }
