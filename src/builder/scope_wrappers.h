@@ -1,12 +1,19 @@
-// Tag texts of the scope nodes that the scanner route makes by itself.
+// The scope nodes that a run makes by itself, around what it reads.
 #pragma once
 
+#include <string>
 #include <string_view>
+
+#include "tree/object_branch.h"
 
 namespace builder {
 
 inline constexpr std::string_view kGeneratedTag = "\n      \"auto-generated\"\n";
 inline constexpr std::string_view kScopeWrapperTags =
     "\n      \"auto-generated\"\n      \"scope-wrapper\"\n";
+
+// Appends a new node without a source line to the children of parent, and gives it.
+ObjectBranch* addScope(ObjectBranch* parent, BranchType branchType, std::string_view label,
+                       std::string contents, std::string_view tags, const std::string& path);
 
 }  // namespace builder

@@ -12,6 +12,7 @@
 #include <utility>
 #include <vector>
 
+#include "builder/scope_wrappers.h"
 #include "detect/declarations.h"
 #include "detect/flow.h"
 #include "text/byte_set.h"
@@ -213,16 +214,11 @@ void parseScriptFile(std::string_view text, ObjectBranch* root, const std::strin
   if (root == nullptr) return;
   const std::string_view baseName = text::baseNameView(path);
 
-  ObjectBranch* const scope = tree::makeNode(root, kBranchNamespace, "namespace", 0, path);
-  scope->contents = "namespace " + scopeName(text, baseName);
-  scope->tags = "\n      \"javascript-file\"\n";
-  root->children.push_back(scope);
-
-  ObjectBranch* const script = tree::makeNode(scope, kBranchClass, "class", 0, path);
-  script->contents = className(baseName);
-  script->tags = "\n      \"main-script\"\n";
-  scope->children.push_back(script);
-
+  ObjectBranch* const scope =
+      addScope(root, kBranchNamespace, "namespace", "namespace " + scopeName(text, baseName),
+               "\n      \"javascript-file\"\n", path);
+  ObjectBranch* const script = addScope(scope, kBranchClass, "class", className(baseName),
+                                        "\n      \"main-script\"\n", path);
   parseScriptContent(text, script, path, 1);
 }
 

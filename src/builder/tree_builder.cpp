@@ -20,16 +20,10 @@ constexpr std::size_t kInvokedFunctionHeadBytes = 50;  // where a wrapped functi
 
 // The document's scope and the node under which its elements go.
 ObjectBranch* makePageWrappers(ObjectBranch* root, const std::string& path) {
-  ObjectBranch* const document = tree::makeNode(root, kBranchNamespace, "namespace", 0, path);
-  document->contents = "namespace document";
-  document->tags = "\n      \"html-document\"\n";
-  root->children.push_back(document);
-
-  ObjectBranch* const structure = tree::makeNode(document, kBranchClass, "class", 0, path);
-  structure->contents = "HTMLDocument";
-  structure->tags = "\n      \"html-structure\"\n";
-  document->children.push_back(structure);
-  return structure;
+  ObjectBranch* const document = addScope(root, kBranchNamespace, "namespace", "namespace document",
+                                          "\n      \"html-document\"\n", path);
+  return addScope(document, kBranchClass, "class", "HTMLDocument", "\n      \"html-structure\"\n",
+                  path);
 }
 
 bool isInvokedFunctionText(std::string_view text) {
@@ -64,17 +58,11 @@ std::string_view scopeClassWord(std::string_view scopeWord) {
 ObjectBranch* makeScopeWrappers(const BuildRequest& request, ObjectBranch* root) {
   if (!request.namespaceName.empty()) return root;
   const std::string word = scopeWord(request.text, request.filePath);
-  ObjectBranch* const scope = tree::makeNode(root, kBranchNone, "namespace", 0, request.filePath);
-  scope->contents = "namespace " + word;
-  scope->tags = kGeneratedTag;
-  root->children.push_back(scope);
+  ObjectBranch* const scope = addScope(root, kBranchNone, "namespace", "namespace " + word,
+                                       kGeneratedTag, request.filePath);
   if (!request.className.empty()) return scope;
-
-  ObjectBranch* const wrapper = tree::makeNode(scope, kBranchNone, "class", 0, request.filePath);
-  wrapper->contents = std::string("class ").append(scopeClassWord(word));
-  wrapper->tags = kScopeWrapperTags;
-  scope->children.push_back(wrapper);
-  return wrapper;
+  return addScope(scope, kBranchNone, "class", std::string("class ").append(scopeClassWord(word)),
+                  kScopeWrapperTags, request.filePath);
 }
 
 void buildScript(const BuildRequest& request, ObjectBranch* root) {

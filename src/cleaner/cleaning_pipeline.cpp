@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
+#include <utility>
 
 #include "cleaner/cleaner.h"
 #include "text/string_primitives.h"
@@ -49,8 +50,7 @@ void clean(std::string& text, const std::vector<std::string>& knownDefines,
 
 std::string Cleaner::CleanText(std::string text, std::vector<std::string> knownDefines,
                                std::vector<std::string>& defines) {
-  cleaner::clean(text, knownDefines, defines);
-  return text;
+  return CleanText(std::move(text), std::move(knownDefines), defines, false);
 }
 
 std::string Cleaner::CleanText(std::string text, std::vector<std::string> knownDefines,

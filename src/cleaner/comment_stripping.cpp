@@ -10,6 +10,7 @@
 // it. Backticks and regular expressions are ordinary: "//" in them starts a comment.
 #include <cstddef>
 #include <cstring>
+#include <utility>
 
 #include "cleaner/cleaner.h"
 #include "text/byte_set.h"
@@ -224,8 +225,7 @@ void stripComments(std::string& text) { CommentStripper(text).run(); }
 }  // namespace cleaner
 
 std::string Cleaner::UncommentAndUnquoteText(std::string text) {
-  cleaner::stripComments(text);
-  return text;
+  return UncommentAndUnquoteText(std::move(text), false);
 }
 
 std::string Cleaner::UncommentAndUnquoteText(std::string text, bool keepStrings) {

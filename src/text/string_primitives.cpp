@@ -33,8 +33,6 @@ bool hasRunToCollapse(std::string_view text) {
 
 }  // namespace
 
-bool isFirstWordByte(char byte) { return kFirstWordBytes(byte); }
-
 std::string_view ltrimView(std::string_view text) {
   return text.substr(findNonMember(text, kTrimmed));
 }

@@ -60,9 +60,6 @@ QUORL_API std::int64_t IndexOf(std::string haystack, std::string needle);
 
 namespace text {
 
-// A byte of FirstWord's prefix.
-bool isFirstWordByte(char byte);
-
 // Slices of the argument.
 std::string_view ltrimView(std::string_view text);
 std::string_view rtrimView(std::string_view text);
