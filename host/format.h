@@ -1,0 +1,40 @@
+// The forms in which answers leave the program.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "file_report.h"
+
+namespace host {
+
+struct FormatSettings {
+  std::uint64_t fileCount = 0;  // all files of the run, for a header
+  bool color = false;
+  bool escapeControlBytes = false;   // the output is a terminal
+  std::size_t width = 0;             // in columns; 0 for no limit
+  std::optional<std::size_t> depth;  // of the outline
+  std::string_view onlyLabels;       // separated by commas; empty for all
+};
+
+// Each function appends to out. A file's bytes depend on its report and the settings only, so that
+// workers may write files in any order and their texts are joined in input order, with separator
+// between each two.
+struct Format {
+  std::string_view name;
+  void (*begin)(const FormatSettings& settings, std::string& out);
+  void (*file)(const FileReport& report, const FormatSettings& settings, std::string& out);
+  void (*end)(const FormatSettings& settings, std::string& out);
+  std::string_view separator;
+};
+
+extern const std::span<const Format> kFormats;  // raw, json, ndjson, tree
+
+// Null when no format is called that.
+const Format* findFormat(std::string_view name);
+
+}  // namespace host
