@@ -77,7 +77,8 @@ constexpr ScopeRule kScopeRules[] = {{detect::isFunction, kFunction},
 
 class ScriptContentParser {
  public:
-  ScriptContentParser(ObjectBranch* parent, const std::string& path) : path_(path) {
+  ScriptContentParser(ObjectBranch* parent, const std::string& path, detect::AnswerTable& answers)
+      : path_(path), answers_(answers) {
     scopeStack_.reserve(kMaxOpenScopes);
     scopeStack_.push_back(parent);
   }
@@ -100,6 +101,7 @@ class ScriptContentParser {
   }
 
   const std::string& path_;
+  detect::AnswerTable& answers_;
   std::vector<ObjectBranch*> scopeStack_;
   detect::Statement statement_;
   std::string scratch_;
@@ -182,6 +184,7 @@ void ScriptContentParser::setFunctionName(ObjectBranch& node) const {
 }
 
 ObjectBranch* ScriptContentParser::attach(std::unique_ptr<ObjectBranch> node) {
+  answers_.note(node->nodeID, statement_);
   scopeStack_.back()->children.push_back(node.get());
   return node.release();
 }
@@ -210,7 +213,8 @@ std::string className(std::string_view baseName) {
 
 }  // namespace
 
-void parseScriptFile(std::string_view text, ObjectBranch* root, const std::string& path) {
+void parseScriptFile(std::string_view text, ObjectBranch* root, const std::string& path,
+                     detect::AnswerTable& answers) {
   if (root == nullptr) return;
   const std::string_view baseName = text::baseNameView(path);
 
@@ -219,13 +223,13 @@ void parseScriptFile(std::string_view text, ObjectBranch* root, const std::strin
                "\n      \"javascript-file\"\n", path);
   ObjectBranch* const script = addScope(scope, kBranchClass, "class", className(baseName),
                                         "\n      \"main-script\"\n", path);
-  parseScriptContent(text, script, path, 1);
+  parseScriptContent(text, script, path, 1, answers);
 }
 
 void parseScriptContent(std::string_view text, ObjectBranch* parent, const std::string& path,
-                        int startLine) {
+                        int startLine, detect::AnswerTable& answers) {
   if (text.empty() || parent == nullptr) return;
-  ScriptContentParser parser(parent, path);
+  ScriptContentParser parser(parent, path, answers);
   std::size_t in = 0;
   for (int lineCount = 0; in < text.size() && lineCount < kMaxLines; ++lineCount) {
     const std::size_t end = std::min(text.find('\n', in), text.size());
@@ -243,10 +247,12 @@ void parseScriptContent(std::string_view text, ObjectBranch* parent, const std::
 }  // namespace builder
 
 void ParsePureJavaScript(const std::string& text, ObjectBranch* root, const std::string& path) {
-  builder::parseScriptFile(text, root, path);
+  detect::AnswerTable unread(currentIndex);
+  builder::parseScriptFile(text, root, path, unread);
 }
 
 void ParseScriptContent(const std::string& text, ObjectBranch* parent, const std::string& path,
                         int startLine) {
-  builder::parseScriptContent(text, parent, path, startLine);
+  detect::AnswerTable unread(currentIndex);
+  builder::parseScriptContent(text, parent, path, startLine, unread);
 }

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "base/export.h"
+#include "detect/answer_table.h"
 #include "tree/object_branch.h"
 
 // Hangs a namespace node and a class node under root and the file's lines under the class node. A
@@ -20,8 +21,10 @@ QUORL_API void ParseScriptContent(const std::string& text, ObjectBranch* parent,
 
 namespace builder {
 
-void parseScriptFile(std::string_view text, ObjectBranch* root, const std::string& path);
+// Both note in answers what they found out of each line.
+void parseScriptFile(std::string_view text, ObjectBranch* root, const std::string& path,
+                     detect::AnswerTable& answers);
 void parseScriptContent(std::string_view text, ObjectBranch* parent, const std::string& path,
-                        int startLine);
+                        int startLine, detect::AnswerTable& answers);
 
 }  // namespace builder

@@ -1,5 +1,7 @@
 #include "builder/tree_builder.h"
 
+#include <utility>
+
 #include "builder/character_scanner.h"
 #include "builder/scope_wrappers.h"
 #include "builder/script_content.h"
@@ -65,16 +67,16 @@ ObjectBranch* makeScopeWrappers(const BuildRequest& request, ObjectBranch* root)
                   kScopeWrapperTags, request.filePath);
 }
 
-void buildScript(const BuildRequest& request, ObjectBranch* root) {
-  parseScriptFile(request.text, root, request.filePath);
+void buildScript(const BuildRequest& request, ObjectBranch* root, detect::AnswerTable& answers) {
+  parseScriptFile(request.text, root, request.filePath, answers);
   ExpandClassnames(root);
   refine::appendAllDefines(root, request.defines);
   RemoveBraceOnlyNodes(root);
 }
 
-void buildPage(const BuildRequest& request, ObjectBranch* root) {
+void buildPage(const BuildRequest& request, ObjectBranch* root, detect::AnswerTable& answers) {
   ObjectBranch* const structure = makePageWrappers(root, request.filePath);
-  html::parseStructure(request.text, structure, request.filePath, 0);
+  html::parseStructure(request.text, structure, request.filePath, 0, answers);
   ExpandClassnames(root);
   refine::appendAllDefines(root, request.defines);
   RemoveBraceOnlyNodes(root);
@@ -91,24 +93,25 @@ void buildOther(const BuildRequest& request, ObjectBranch* root) {
 
 }  // namespace
 
-records::RecordText buildRecords(const BuildRequest& request, ObjectBranch* root) {
+records::RecordText buildRecords(const BuildRequest& request, ObjectBranch* root,
+                                 records::RecordText out) {
   if (root == nullptr) {
-    records::RecordText error;
-    error.append("{ \"error\": \"Invalid root node\" }");
-    return error;
+    out.append("{ \"error\": \"Invalid root node\" }");
+    return out;
   }
   root->branchType = kBranchFilePath;
   root->branchTypeAsString = "filepath";
   root->contents = text::fileNameView(request.filePath);
   root->filePath = request.filePath;
+  detect::AnswerTable answers(currentIndex);
   if (text::isScriptPath(request.filePath)) {
-    buildScript(request, root);
+    buildScript(request, root, answers);
   } else if (text::isPagePath(request.filePath)) {
-    buildPage(request, root);
+    buildPage(request, root, answers);
   } else {
     buildOther(request, root);
   }
-  return records::generate(root);
+  return records::generate(root, answers, std::move(out));
 }
 
 }  // namespace builder

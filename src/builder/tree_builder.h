@@ -34,7 +34,8 @@ struct BuildRequest {
   std::string& chunk;  // for the scanner's statement text
 };
 
-// TreeBuilderJS without the stream: the record text, or an error text.
-records::RecordText buildRecords(const BuildRequest& request, ObjectBranch* root);
+// TreeBuilderJS without the stream: the record text, or an error text, behind what out holds.
+records::RecordText buildRecords(const BuildRequest& request, ObjectBranch* root,
+                                 records::RecordText out = {});
 
 }  // namespace builder

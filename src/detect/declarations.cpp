@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <optional>
 
 #include "text/string_primitives.h"
 
@@ -108,12 +107,21 @@ bool isDeclarationKeyword(const text::Part& part) {
   return part.is("const") || part.is("let") || part.is("var");
 }
 
+bool declaresVariable(const Statement& statement) {
+  const Parts& parts = statement.parts();
+  if (parts.size() < 2) return false;
+  if (isDeclarationKeyword(parts[0])) return true;
+  const auto assignment = std::find_if(parts.begin(), parts.end(), isAssignment);
+  if (assignment == parts.begin() || parts.end() - assignment < 2) return false;
+  return !isFunction(statement);
+}
+
 }  // namespace
 
 bool isFunction(const Statement& statement) {
-  std::optional<bool>& answer = statement.functionAnswer();
-  if (!answer) answer = mayBeFunction(statement.text()) && declaresFunction(statement.parts());
-  return *answer;
+  return statement.answer(Question::kFunction, [&statement] {
+    return mayBeFunction(statement.text()) && declaresFunction(statement.parts());
+  });
 }
 
 std::string functionNameOf(const Statement& statement) {
@@ -135,13 +143,9 @@ std::string functionNameOf(const Statement& statement) {
 }
 
 bool isVariable(const Statement& statement) {
-  if (!mayBeVariable(statement.text())) return false;
-  const Parts& parts = statement.parts();
-  if (parts.size() < 2) return false;
-  if (isDeclarationKeyword(parts[0])) return true;
-  const auto assignment = std::find_if(parts.begin(), parts.end(), isAssignment);
-  if (assignment == parts.begin() || parts.end() - assignment < 2) return false;
-  return !isFunction(statement);
+  return statement.answer(Question::kVariable, [&statement] {
+    return mayBeVariable(statement.text()) && declaresVariable(statement);
+  });
 }
 
 bool isReturn(const Statement& statement) {

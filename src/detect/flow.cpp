@@ -17,14 +17,19 @@ constexpr std::array<std::string_view, 4> kComparisons{"==", "===", "!=", "!=="}
 }  // namespace
 
 bool isLogic(const Statement& statement) {
-  if (text::isOneOf(statement.firstWord(), kLogicWords)) return true;
-  // required: never true, since only a needle of one byte can match; a comparison is no logic.
-  return std::any_of(kComparisons.begin(), kComparisons.end(), [&](std::string_view comparison) {
-    return text::matchesOutsideStrings(statement.text(), comparison);
+  return statement.answer(Question::kLogic, [&statement] {
+    if (text::isOneOf(statement.firstWord(), kLogicWords)) return true;
+    // required: never true, since only a needle of one byte can match; a comparison is no logic.
+    return std::any_of(kComparisons.begin(), kComparisons.end(), [&](std::string_view comparison) {
+      return text::matchesOutsideStrings(statement.text(), comparison);
+    });
   });
 }
 
-bool isLoop(const Statement& statement) { return text::isOneOf(statement.firstWord(), kLoopWords); }
+bool isLoop(const Statement& statement) {
+  return statement.answer(Question::kLoop,
+                          [&] { return text::isOneOf(statement.firstWord(), kLoopWords); });
+}
 
 }  // namespace detect
 

@@ -4,11 +4,11 @@
 
 namespace detect {
 
-void Statement::reset(std::string_view text) {
+void Statement::reset(std::string_view text, Answers answers) {
   text_ = text;
   split_ = false;
   firstWord_.reset();
-  functionAnswer_.reset();
+  answers_ = answers;
 }
 
 std::string_view Statement::firstWord() const {

@@ -2,6 +2,7 @@
 // at most once, and only when one needs it.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -11,26 +12,46 @@
 
 namespace detect {
 
+// The questions that are put to one text by more than one chain.
+enum class Question : std::uint8_t { kFunction, kVariable, kLogic, kLoop };
+
+// The answers for one text, as far as they are known: a bit for each question.
+struct Answers {
+  std::uint8_t known = 0;
+  std::uint8_t yes = 0;
+};
+
 class Statement {
  public:
   explicit Statement(std::string_view text = {}) : text_(text) {}
 
-  // Starts over with another text, keeping the storage. The text must outlive the questions.
-  void reset(std::string_view text);
+  // Starts over with another text and what is known of it, keeping the storage. The text must
+  // outlive the questions.
+  void reset(std::string_view text, Answers answers = {});
 
   std::string_view text() const { return text_; }
   std::string_view firstWord() const;
   const std::vector<text::Part>& parts() const;
 
-  // The answer to a question that several chains put twice, once it is known.
-  std::optional<bool>& functionAnswer() const { return functionAnswer_; }
+  Answers answers() const { return answers_; }
+
+  // The answer to the question, by find() if it is not known yet.
+  template <typename Find>
+  bool answer(Question question, Find find) const {
+    const auto bit = static_cast<std::uint8_t>(1U << static_cast<unsigned>(question));
+    if ((answers_.known & bit) == 0) {
+      if (find()) answers_.yes |= bit;
+      answers_.known |= bit;
+    }
+    return (answers_.yes & bit) != 0;
+  }
 
  private:
   std::string_view text_;
   mutable std::vector<text::Part> parts_;
   mutable bool split_ = false;
   mutable std::optional<std::string_view> firstWord_;
-  mutable std::optional<bool> functionAnswer_;
+  mutable Answers answers_;
 };
 
 }  // namespace detect

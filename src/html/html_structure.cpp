@@ -42,8 +42,13 @@ bool startsWithOneOf(std::string_view text, const auto& prefixes) {
 
 class PageScanner {
  public:
-  PageScanner(std::string_view text, ObjectBranch* root, const std::string& path, int startLine)
-      : text_(text), limit_(std::min(text.size(), kMaxPageBytes)), path_(path), line_(startLine) {
+  PageScanner(std::string_view text, ObjectBranch* root, const std::string& path, int startLine,
+              detect::AnswerTable& answers)
+      : text_(text),
+        limit_(std::min(text.size(), kMaxPageBytes)),
+        path_(path),
+        answers_(answers),
+        line_(startLine) {
     openElements_.reserve(kMaxOpenElements);
     openElements_.push_back({root});
   }
@@ -84,6 +89,7 @@ class PageScanner {
   const std::string_view text_;
   const std::size_t limit_;
   const std::string& path_;
+  detect::AnswerTable& answers_;
   std::size_t position_ = 0;
   std::int32_t line_;  // zero-based in a page; line feeds inside a tag are not counted
   std::vector<OpenElement> openElements_;  // the root at the front is never popped
@@ -171,7 +177,9 @@ void PageScanner::addInlineScript(ObjectBranch* element, std::string_view tagTex
   ObjectBranch* const node =
       addNode(element, kBranchClass, "class", scriptLine, std::string(tagText));
   node->tags = "\n      \"inline-script\"\n";
-  if (!text::trimView(script).empty()) builder::parseScriptContent(script, node, path_, scriptLine);
+  if (!text::trimView(script).empty()) {
+    builder::parseScriptContent(script, node, path_, scriptLine, answers_);
+  }
   position_ = close + kScriptClose.size();
   countLines(begin, std::min(position_, limit_));
 }
@@ -195,13 +203,14 @@ std::size_t PageScanner::findScriptClose(std::size_t from) {
 }  // namespace
 
 void parseStructure(std::string_view text, ObjectBranch* root, const std::string& path,
-                    int startLine) {
-  if (root != nullptr) PageScanner(text, root, path, startLine).run();
+                    int startLine, detect::AnswerTable& answers) {
+  if (root != nullptr) PageScanner(text, root, path, startLine, answers).run();
 }
 
 }  // namespace html
 
 void ParseHTMLStructure(const std::string& text, ObjectBranch* root, const std::string& path,
                         int startLine) {
-  html::parseStructure(text, root, path, startLine);
+  detect::AnswerTable unread(currentIndex);
+  html::parseStructure(text, root, path, startLine, unread);
 }

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "base/export.h"
+#include "detect/answer_table.h"
 #include "tree/object_branch.h"
 
 // Hangs elements, links and inline scripts under root, the first line of text numbered startLine.
@@ -15,7 +16,8 @@ QUORL_API void ParseHTMLStructure(const std::string& text, ObjectBranch* root,
 
 namespace html {
 
+// Notes in answers what was found out of each line of an inline script.
 void parseStructure(std::string_view text, ObjectBranch* root, const std::string& path,
-                    int startLine);
+                    int startLine, detect::AnswerTable& answers);
 
 }  // namespace html

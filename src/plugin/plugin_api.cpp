@@ -26,7 +26,8 @@ std::string startPath = "/path/to/source.js";
 
 namespace {
 
-char* returnResult = nullptr;  // ParseJS's latest answer
+char* returnResult = nullptr;    // ParseJS's latest answer
+std::size_t returnCapacity = 0;  // the bytes that it has room for
 char* resPtr = nullptr;        // Info's latest answer
 char* theString = nullptr;     // a slot that nothing fills
 
@@ -35,14 +36,20 @@ void release(char*& buffer) {
   buffer = nullptr;
 }
 
+// An empty answer in the memory of the latest one, which saves the system from finding new pages.
+records::RecordText emptyAnswer() {
+  return {records::MallocText(std::exchange(returnResult, nullptr)),
+          std::exchange(returnCapacity, 0)};
+}
+
 // Needs memory for the answer alone, so that a run which is out of it can often still say so.
-records::MallocText errorAnswer(std::string_view what, std::string_view detail) {
-  records::RecordText answer;
+records::RecordText errorAnswer(std::string_view what, std::string_view detail,
+                                records::RecordText answer) {
   answer.append("[{\"error\": \"");
   answer.append(what);
   records::appendEscaped(answer, detail);
   answer.append("\"}]");
-  return std::move(answer).take();
+  return answer;
 }
 
 // One entry for each line that is not empty, just as it stands.
@@ -58,35 +65,40 @@ std::vector<std::string> splitDefines(const char* defines) {
 }
 
 // The answer for one file. root receives the run's root as soon as there is one.
-records::MallocText parseFile(const std::string& path, const char* defines, ObjectBranch*& root) {
+records::RecordText parseFile(const std::string& path, const char* defines, ObjectBranch*& root) {
   std::optional<std::string> text = plugin::readSourceFile(path);
-  if (!text) return errorAnswer("Could not open file: ", path);
-  if (text->empty()) return errorAnswer("File is empty: ", path);
+  if (!text) return errorAnswer("Could not open file: ", path, emptyAnswer());
+  if (text->empty()) return errorAnswer("File is empty: ", path, emptyAnswer());
   root = tree::makeNode();
   std::vector<std::string> names = splitDefines(defines);
   // required: the host's names are no names that conditions know.
   cleaner::clean(*text, {}, names);
-  records::MallocText answer =
-      builder::buildRecords({path, {}, {}, *text, true, names, chunk}, root).take();
+  records::RecordText answer =
+      builder::buildRecords({path, {}, {}, *text, true, names, chunk}, root, emptyAnswer());
   CleanupTree(root);
   return answer;
 }
 
 // The answer for a run that failed, whose tree is cut off first.
-records::MallocText failureAnswer(ObjectBranch* root, std::string_view what,
+records::RecordText failureAnswer(ObjectBranch* root, std::string_view what,
                                   std::string_view detail) {
   try {
     if (root != nullptr) CleanupTree(root);
   } catch (const std::bad_alloc&) {
     // Without memory even for that, the tree stays as it is: nothing refers to it any more.
   }
-  return errorAnswer(what, detail);
+  return errorAnswer(what, detail, emptyAnswer());
+}
+
+void setAnswer(records::RecordText answer) {
+  auto [text, capacity] = std::move(answer).take();
+  returnResult = text.release();
+  returnCapacity = capacity;
 }
 
 }  // namespace
 
 extern "C" QUORL_API const char* ParseJS(const char* path, const char* defines) {
-  release(returnResult);
   currentIndex = 0;
   objectCount = 1;
   chunk.clear();
@@ -94,14 +106,15 @@ extern "C" QUORL_API const char* ParseJS(const char* path, const char* defines) 
   ObjectBranch* root = nullptr;
   try {
     try {
-      returnResult = parseFile(path, defines, root).release();
+      setAnswer(parseFile(path, defines, root));
     } catch (const std::exception& error) {
-      returnResult = failureAnswer(root, "Parser exception: ", error.what()).release();
+      setAnswer(failureAnswer(root, "Parser exception: ", error.what()));
     } catch (...) {
-      returnResult = failureAnswer(root, "Unknown parser exception occurred", {}).release();
+      setAnswer(failureAnswer(root, "Unknown parser exception occurred", {}));
     }
   } catch (...) {
     // No memory for an error text: null is the answer that is left.
+    release(returnResult);
   }
   return returnResult;
 }

@@ -19,11 +19,17 @@
 #include "text/file_names.h"
 #include "text/string_primitives.h"
 #include "tree/id_table.h"
+#include "tree/walk.h"
 
 namespace records {
 namespace {
 
-using Nodes = std::vector<ObjectBranch*>;
+// A node that gets a record.
+struct KeptNode {
+  ObjectBranch* node;
+  detect::Answers answers;  // what is known of its text already
+};
+using KeptNodes = std::vector<KeptNode>;
 
 constexpr std::array<std::string_view, 11> kSkippedTexts{"{", "}", "};", "{}",  "",   "(",
                                                          ")", ";", ");", "));", "});"};
@@ -34,6 +40,9 @@ static_assert(std::all_of(kSkippedTexts.begin(), kSkippedTexts.end(),
 
 constexpr std::size_t kQuotedNameBytes = 25;  // of a callback's quoted text that stay in its name
 
+// How many nodes ahead of the one at hand the next is fetched.
+constexpr std::size_t kAhead = 4;
+
 // A function with this in its text is left out of its parent's child list; only the last one is.
 constexpr std::string_view kHidingWord = "TTTTT";
 
@@ -43,43 +52,44 @@ bool isSkipped(const ObjectBranch& node) {
   return text.size() <= kMaxSkippedBytes && text::isOneOf(text, kSkippedTexts);
 }
 
+// What a dropped node has in the table of new numbers.
+constexpr std::int32_t kDropped = -2;
+
 // Picks the nodes that get a record, prints a line for each, and enters their new numbers, which
 // are dense from 0, into newIds.
-Nodes keepNodes(const Nodes& nodes, tree::IdTable& newIds) {
-  Nodes kept;
-  kept.reserve(nodes.size());
+KeptNodes keepNodes(ObjectBranch* root, const detect::AnswerTable& answers,
+                    tree::IdTable& newIds) {
+  KeptNodes kept;
   base::StreamWriter out(stdout);
-  std::int32_t nextId = 0;
-  for (ObjectBranch* node : nodes) {
-    if (node->branchType == kBranchNone || isSkipped(*node)) continue;
-    newIds.insert(node->nodeID, nextId);
-    out << "nodeid was " << node->nodeID << " and now is " << nextId << "\n";
-    ++nextId;
-    kept.push_back(node);
-  }
+  tree::walkNumbered(root, newIds, [&](ObjectBranch* node) {
+    if (node->branchType == kBranchNone || isSkipped(*node)) return kDropped;
+    const auto newId = static_cast<std::int32_t>(kept.size());
+    out << "nodeid was " << node->nodeID << " and now is " << newId << "\n";
+    kept.push_back({node, answers.of(node->nodeID)});
+    return newId;
+  });
   return kept;
 }
 
-// Gives each kept node its new number and takes the others out of the child lists. The children of
+// Gives the node its new number and takes those without one out of its child list. The children of
 // a dropped node are not lifted up in its place. A child still has its old number when its parent's
 // turn comes, since it stands behind it.
-void renumber(const Nodes& kept, const tree::IdTable& newIds) {
-  for (ObjectBranch* node : kept) {
-    node->nodeID = newIds.find(node->nodeID);
-    std::erase_if(node->children, [&newIds](const ObjectBranch* child) {
-      return child == nullptr || newIds.find(child->nodeID) == tree::IdTable::kAbsent;
-    });
-  }
+void renumber(ObjectBranch& node, std::int32_t newId, const tree::IdTable& newIds) {
+  node.nodeID = newId;
+  std::erase_if(node.children, [&newIds](const ObjectBranch* child) {
+    return child == nullptr || newIds.find(child->nodeID) < 0;
+  });
 }
 
-// required: a node whose parent gets no record stays, as an orphan with the whole tree below it.
-void dropLostParents(const Nodes& kept) {
-  for (ObjectBranch* node : kept) {
-    if (node->parent == nullptr) continue;
-    // Kept nodes are numbered by their place in the list.
-    const auto place = static_cast<std::size_t>(node->parent->nodeID);
-    if (place >= kept.size() || kept[place] != node->parent) node->parent = nullptr;
-  }
+// Whether the node is among those kept, of which the first done have their new number already.
+bool isKept(const ObjectBranch* node, const KeptNodes& kept, std::size_t done,
+            const tree::IdTable& newIds) {
+  const auto standsAt = [&](std::int32_t place) {
+    return place >= 0 && static_cast<std::size_t>(place) < kept.size() &&
+           kept[static_cast<std::size_t>(place)].node == node;
+  };
+  if (standsAt(node->nodeID) && static_cast<std::size_t>(node->nodeID) < done) return true;
+  return standsAt(newIds.find(node->nodeID));
 }
 
 std::string previewName(const detect::Statement& statement) {
@@ -119,9 +129,7 @@ void relabelFunction(ObjectBranch& node, const detect::Statement& statement) {
 
 // Decides the label that a host sees. The order of the questions decides real files. A class node
 // has no protection: it goes through the same chain as all others.
-void relabel(ObjectBranch& node, detect::Statement& statement) {
-  if (node.parent == nullptr) return;
-  statement.reset(node.contents);
+void relabel(ObjectBranch& node, const detect::Statement& statement) {
   if (detect::isLogic(statement)) {
     node.branchTypeAsString = "logic";
   } else if (detect::isImport(statement)) {
@@ -140,47 +148,52 @@ void relabel(ObjectBranch& node, detect::Statement& statement) {
   }
 }
 
-// The number of the last function whose text holds the hiding word, 0 if there is none: nothing
-// lists the node 0 as its child.
-std::int32_t findHiddenChild(const Nodes& kept) {
-  const auto hides = [](const ObjectBranch* node) {
-    return node->parent != nullptr && node->branchTypeAsString == "function" &&
-           text::contains(node->contents, kHidingWord);
-  };
-  const auto last = std::find_if(kept.rbegin(), kept.rend(), hides);
-  return last == kept.rend() ? 0 : (*last)->nodeID;
+// Numbers and labels the kept nodes. Gives the number of the last function whose text holds the
+// hiding word, 0 if there is none: nothing lists the node 0 as its child.
+std::int32_t finish(const KeptNodes& kept, const tree::IdTable& newIds) {
+  std::int32_t hiddenChildId = 0;
+  detect::Statement statement;
+  for (std::size_t i = 0; i < kept.size(); ++i) {
+    if (i + kAhead < kept.size()) tree::prefetch(kept[i + kAhead].node);
+    ObjectBranch& node = *kept[i].node;
+    const auto newId = static_cast<std::int32_t>(i);
+    renumber(node, newId, newIds);
+    if (node.parent == nullptr) continue;
+    // required: a node whose parent gets no record stays, as an orphan with the whole tree below it.
+    if (!isKept(node.parent, kept, i + 1, newIds)) {
+      node.parent = nullptr;
+      continue;
+    }
+    statement.reset(node.contents, kept[i].answers);
+    relabel(node, statement);
+    if (node.branchTypeAsString == "function" && text::contains(node.contents, kHidingWord))
+      hiddenChildId = newId;
+  }
+  return hiddenChildId;
 }
 
-RecordText writeRecords(const Nodes& kept) {
-  RecordText out;
+void writeRecords(const KeptNodes& kept, std::int32_t hiddenChildId, RecordText& out) {
   out.append("[\n");
-  const std::int32_t hiddenChildId = findHiddenChild(kept);
-  for (const ObjectBranch* node : kept)
-    appendRecord(out, *node, hiddenChildId, node == kept.back());
+  for (std::size_t i = 0; i < kept.size(); ++i) {
+    if (i + kAhead < kept.size()) tree::prefetch(kept[i + kAhead].node);
+    appendRecord(out, *kept[i].node, hiddenChildId, i + 1 == kept.size());
+  }
   out.append("]\n");
-  return out;
 }
 
 }  // namespace
 
-RecordText generate(ObjectBranch* root) {
+RecordText generate(ObjectBranch* root, const detect::AnswerTable& answers, RecordText out) {
   if (root == nullptr) {
-    RecordText none;
-    none.append("[]");
-    return none;
+    out.append("[]");
+    return out;
   }
-  Nodes nodes;
-  AddObjectToVector(root, &nodes);
+  tree::IdTable newIds;
+  const KeptNodes kept = keepNodes(root, answers, newIds);
   // A node that stands in no list and uses up a number: part of the run's counts.
   const std::unique_ptr<ObjectBranch> spareNode(tree::makeNode());
-
-  tree::IdTable newIds;
-  const Nodes kept = keepNodes(nodes, newIds);
-  renumber(kept, newIds);
-  dropLostParents(kept);
-  detect::Statement statement;
-  for (ObjectBranch* node : kept) relabel(*node, statement);
-  return writeRecords(kept);
+  writeRecords(kept, finish(kept, newIds), out);
+  return out;
 }
 
 }  // namespace records
@@ -188,7 +201,7 @@ RecordText generate(ObjectBranch* root) {
 std::ostringstream StartGeneratingObjects(ObjectBranch* root, std::string className) {
   static_cast<void>(className);
   std::ostringstream stream;
-  stream << records::generate(root).view();
+  stream << records::generate(root, detect::AnswerTable(0)).view();
   return stream;
 }
 

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "base/export.h"
+#include "detect/answer_table.h"
 #include "records/record_text.h"
 #include "tree/object_branch.h"
 
@@ -24,6 +25,7 @@ QUORL_API std::string ExtractSimpleFunctionNameForPreview(const std::string& con
 
 namespace records {
 
-RecordText generate(ObjectBranch* root);
+// The record array, behind what out holds. answers may know the texts of the run's nodes.
+RecordText generate(ObjectBranch* root, const detect::AnswerTable& answers, RecordText out = {});
 
 }  // namespace records

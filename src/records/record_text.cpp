@@ -14,15 +14,16 @@ void RecordText::append(std::string_view text) {
   commit(to + text.size());
 }
 
-MallocText RecordText::take() && {
+RecordText::Taken RecordText::take() && {
   *reserve(1) = '\0';
   // A smaller block for the same bytes; should the system have none, the larger one serves.
   if (char* const fitted = static_cast<char*>(std::realloc(memory_.get(), size_ + 1))) {
     static_cast<void>(memory_.release());
     memory_.reset(fitted);
+    capacity_ = size_ + 1;
   }
-  size_ = capacity_ = 0;
-  return std::move(memory_);
+  size_ = 0;
+  return {std::move(memory_), std::exchange(capacity_, 0)};
 }
 
 void RecordText::grow(std::size_t bytes) {

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <memory>
 #include <string_view>
+#include <utility>
 
 namespace records {
 
@@ -18,6 +19,11 @@ using MallocText = std::unique_ptr<char, FreeMemory>;
 
 class RecordText {
  public:
+  RecordText() = default;
+  // Begins an empty text in memory from an earlier take(), which may be null.
+  RecordText(MallocText memory, std::size_t capacity)
+      : memory_(std::move(memory)), capacity_(memory_ == nullptr ? 0 : capacity) {}
+
   // Where to write next, with room for bytes more. Throws std::bad_alloc.
   char* reserve(std::size_t bytes) {
     if (capacity_ - size_ < bytes) grow(bytes);
@@ -30,8 +36,13 @@ class RecordText {
 
   std::string_view view() const { return {memory_.get(), size_}; }
 
-  // The text, with a NUL behind it, in memory of about its size. Throws std::bad_alloc.
-  MallocText take() &&;
+  // The text, with a NUL behind it, and the size of its memory, which is about the text's. Throws
+  // std::bad_alloc.
+  struct Taken {
+    MallocText text;
+    std::size_t capacity;
+  };
+  Taken take() &&;
 
  private:
   void grow(std::size_t bytes);

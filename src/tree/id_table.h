@@ -23,7 +23,7 @@ class IdTable {
     return entry == sparse_.end() ? kAbsent : entry->second;
   }
 
-  // Enters value, which may not be negative, for an id that is not in the table.
+  // Enters value, which may not be kAbsent, for an id that is not in the table.
   void insert(std::int32_t id, std::int32_t value);
 
  private:

@@ -63,17 +63,13 @@ char* safeStringAlloc(std::size_t size) {
 void AddObjectToVector(ObjectBranch* node, std::vector<ObjectBranch*>* list) {
   if (node == nullptr || list == nullptr) return;
   tree::IdTable listed;
-  const auto add = [&listed](std::int32_t id) {
-    const bool isNew = listed.find(id) == tree::IdTable::kAbsent;
-    if (isNew) listed.insert(id, 0);
-    return isNew;
-  };
   for (const ObjectBranch* entry : *list) {
-    if (entry != nullptr) add(entry->nodeID);
+    if (entry != nullptr && listed.find(entry->nodeID) == tree::IdTable::kAbsent)
+      listed.insert(entry->nodeID, 0);
   }
-  tree::walkPreOrder(node, [&](ObjectBranch* visited) {
-    if (add(visited->nodeID)) list->push_back(visited);
-    return tree::Descend::kYes;
+  tree::walkNumbered(node, listed, [list](ObjectBranch* visited) {
+    list->push_back(visited);
+    return 0;
   });
 }
 
