@@ -15,6 +15,7 @@
 #include "builder/scope_wrappers.h"
 #include "detect/declarations.h"
 #include "detect/flow.h"
+#include "text/byte_blocks.h"
 #include "text/byte_set.h"
 #include "text/file_names.h"
 #include "text/string_primitives.h"
@@ -38,6 +39,8 @@ struct Braces {
 // runs across lines is forgotten. A backslash hides the byte behind it, outside strings too.
 Braces countBraces(std::string_view line) {
   Braces braces;
+  const auto isBrace = [](text::Bytes bytes) { return bytes.are('{') | bytes.are('}'); };
+  if (!text::holdsByte(line, isBrace)) return braces;
   char quote = 0;  // the byte that closes the string, 0 outside
   for (std::size_t i = 0; i < line.size(); ++i) {
     const char byte = line[i];

@@ -69,17 +69,13 @@ ObjectBranch* makeScopeWrappers(const BuildRequest& request, ObjectBranch* root)
 
 void buildScript(const BuildRequest& request, ObjectBranch* root, detect::AnswerTable& answers) {
   parseScriptFile(request.text, root, request.filePath, answers);
-  ExpandClassnames(root);
-  refine::appendAllDefines(root, request.defines);
-  RemoveBraceOnlyNodes(root);
+  refine::tidyTree(root, request.defines);
 }
 
 void buildPage(const BuildRequest& request, ObjectBranch* root, detect::AnswerTable& answers) {
   ObjectBranch* const structure = makePageWrappers(root, request.filePath);
   html::parseStructure(request.text, structure, request.filePath, 0, answers);
-  ExpandClassnames(root);
-  refine::appendAllDefines(root, request.defines);
-  RemoveBraceOnlyNodes(root);
+  refine::tidyTree(root, request.defines);
 }
 
 void buildOther(const BuildRequest& request, ObjectBranch* root) {

@@ -12,6 +12,7 @@
 
 #include "base/stream_writer.h"
 #include "cleaner/cleaner.h"
+#include "text/byte_blocks.h"
 #include "text/byte_set.h"
 #include "text/string_primitives.h"
 
@@ -23,11 +24,8 @@ constexpr std::size_t kMaxSilentDirectiveBytes = 50;  // each byte beyond is rep
 // Bytes are compared as signed values: those of 0x80 and above are dropped too.
 bool isDropped(char byte) { return static_cast<signed char>(byte) < 0x20; }
 
-// Looks at every byte, with no branch between them: many at a time.
 bool holdsDropped(std::string_view text) {
-  bool found = false;
-  for (const char byte : text) found |= isDropped(byte);
-  return found;
+  return text::holdsByte(text, [](text::Bytes bytes) { return bytes.areBelow(0x20); });
 }
 
 enum class Directive { kInclude, kOpening, kAlternative, kElse, kEnd, kOther };

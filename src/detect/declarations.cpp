@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <optional>
 
+#include "text/byte_set.h"
 #include "text/string_primitives.h"
 
 namespace detect {
@@ -10,21 +12,17 @@ namespace {
 
 using Parts = std::vector<text::Part>;
 
-template <std::size_t kSize>
-bool partIs(const Parts& parts, std::size_t index, const char (&word)[kSize]) {
-  return index < parts.size() && parts[index].is(word);
-}
-
 // "function", or "async function", from the part at index on.
-bool isFunctionKeywordAt(const Parts& parts, std::size_t index) {
-  return partIs(parts, index, "function") ||
-         (partIs(parts, index, "async") && partIs(parts, index + 1, "function"));
+bool isFunctionKeywordAt(const Statement& statement, std::size_t index) {
+  return statement.partIs(index, "function") ||
+         (statement.partIs(index, "async") && statement.partIs(index + 1, "function"));
 }
 
 // A function among the arguments or elements of something else.
-bool hasFunctionBehindComma(const Parts& parts) {
+bool hasFunctionBehindComma(const Statement& statement) {
+  const Parts& parts = statement.parts();
   for (std::size_t i = 0; i + 1 < parts.size(); ++i) {
-    if (parts[i].is(",") && isFunctionKeywordAt(parts, i + 1)) return true;
+    if (parts[i].is(",") && isFunctionKeywordAt(statement, i + 1)) return true;
   }
   return false;
 }
@@ -54,7 +52,7 @@ bool assignsFunction(const Parts& parts) {
       arrowSought = true;
       if (arrowHeadEnd >= i + 2) return true;
     }
-    if (parts[i + 1].is("async") && partIs(parts, i + 2, "(")) return true;
+    if (parts[i + 1].is("async") && i + 2 < parts.size() && parts[i + 2].is("(")) return true;
   }
   return false;
 }
@@ -81,55 +79,79 @@ bool hasBodyBehindParentheses(const Parts& parts) {
   return false;
 }
 
-bool declaresFunction(const Parts& parts) {
-  return isFunctionKeywordAt(parts, 0) ||
-         (partIs(parts, 0, "export") && isFunctionKeywordAt(parts, 1)) ||
-         hasFunctionBehindComma(parts) || assignsFunction(parts) || hasBodyBehindParentheses(parts);
+// Each rule asks for the parts only where the text has what the rule needs. Most statements have
+// nothing of it, and need not be split.
+
+bool startsFunction(const Statement& statement) {
+  if (!text::contains(statement.text(), "function")) return false;
+  return isFunctionKeywordAt(statement, 0) ||
+         (statement.partIs(0, "export") && isFunctionKeywordAt(statement, 1)) ||
+         hasFunctionBehindComma(statement);
 }
 
-// Each rule needs one of these in the text. Most statements have none, and need not be split.
-bool mayBeFunction(std::string_view text) {
-  return text::contains(text, "=") || text::contains(text, "{") || text::contains(text, "function");
+// Whether a "=" stands directly before a "(" or a word in "a", but for white space.
+bool mayAssignFunction(std::string_view text) {
+  for (std::size_t sign = text.find('='); sign != std::string_view::npos;
+       sign = text.find('=', sign + 1)) {
+    const std::size_t next = text::findNonMember(text, text::kTrimmed, sign + 1);
+    if (next < text.size() && (text[next] == '(' || text[next] == 'a')) return true;
+  }
+  return false;
+}
+
+bool mayHaveBodyBehindParentheses(std::string_view text) {
+  const std::size_t body = text.rfind('{');
+  return body != std::string_view::npos &&
+         text.substr(0, body).rfind(')') != std::string_view::npos;
+}
+
+bool declaresFunction(const Statement& statement) {
+  const std::string_view text = statement.text();
+  return startsFunction(statement) ||
+         (mayAssignFunction(text) && assignsFunction(statement.parts())) ||
+         (mayHaveBodyBehindParentheses(text) && hasBodyBehindParentheses(statement.parts()));
 }
 
 bool isAssignment(const text::Part& part) {
   return part.is("=") || part.is("+=") || part.is("-=") || part.is("*=") || part.is("/=");
 }
 
-// As mayBeFunction: without a "=" only a leading keyword makes a variable.
-bool mayBeVariable(std::string_view text) {
-  const std::string_view code = text::ltrimView(text);
-  return code.starts_with("const") || code.starts_with("let") || code.starts_with("var") ||
-         text::contains(code, "=");
-}
-
 bool isDeclarationKeyword(const text::Part& part) {
   return part.is("const") || part.is("let") || part.is("var");
 }
 
+// The index of the first part that assigns, or nothing.
+std::optional<std::size_t> findAssignment(const Statement& statement) {
+  if (!text::contains(statement.text(), "=")) return std::nullopt;
+  for (std::size_t i = 0; const text::Part* part = statement.part(i); ++i) {
+    if (isAssignment(*part)) return i;
+  }
+  return std::nullopt;
+}
+
 bool declaresVariable(const Statement& statement) {
-  const Parts& parts = statement.parts();
-  if (parts.size() < 2) return false;
-  if (isDeclarationKeyword(parts[0])) return true;
-  const auto assignment = std::find_if(parts.begin(), parts.end(), isAssignment);
-  if (assignment == parts.begin() || parts.end() - assignment < 2) return false;
-  return !isFunction(statement);
+  const text::Part* const first = statement.part(0);
+  if (first == nullptr) return false;
+  if (isDeclarationKeyword(*first)) return statement.part(1) != nullptr;
+  // Something is assigned to, and something is assigned.
+  const std::optional<std::size_t> assignment = findAssignment(statement);
+  return assignment && *assignment > 0 && statement.part(*assignment + 1) != nullptr &&
+         !isFunction(statement);
 }
 
 }  // namespace
 
 bool isFunction(const Statement& statement) {
-  return statement.answer(Question::kFunction, [&statement] {
-    return mayBeFunction(statement.text()) && declaresFunction(statement.parts());
-  });
+  return statement.answer(Question::kFunction,
+                          [&statement] { return declaresFunction(statement); });
 }
 
 std::string functionNameOf(const Statement& statement) {
-  const Parts& parts = statement.parts();
-  if (parts.size() > 1) {
-    if (parts[0].is("function")) return parts[1].str();
-    if (parts.size() > 2 && isFunctionKeywordAt(parts, 0)) return parts[2].str();
-    if (isDeclarationKeyword(parts[0])) return parts[1].str();
+  if (const text::Part* const second = statement.part(1)) {
+    const std::string name = second->str();
+    if (statement.partIs(0, "function") || isDeclarationKeyword(*statement.part(0))) return name;
+    if (isFunctionKeywordAt(statement, 0) && statement.part(2) != nullptr)
+      return statement.part(2)->str();
   }
   // From here on the raw text: the first "(" counts inside a string too.
   const std::size_t opening = statement.text().find('(');
@@ -143,16 +165,11 @@ std::string functionNameOf(const Statement& statement) {
 }
 
 bool isVariable(const Statement& statement) {
-  return statement.answer(Question::kVariable, [&statement] {
-    return mayBeVariable(statement.text()) && declaresVariable(statement);
-  });
+  return statement.answer(Question::kVariable,
+                          [&statement] { return declaresVariable(statement); });
 }
 
-bool isReturn(const Statement& statement) {
-  // Worth a look before the text is split.
-  return text::ltrimView(statement.text()).starts_with("return") &&
-         partIs(statement.parts(), 0, "return");
-}
+bool isReturn(const Statement& statement) { return statement.partIs(0, "return"); }
 
 bool isClass(const Statement& statement) { return statement.firstWord() == "class"; }
 

@@ -15,9 +15,9 @@ constexpr std::array<text::Needle, 4> kWebComponentSigns{
     "customElements.define"};
 
 // An exported function is no import; everything else that is exported is.
-bool exportsNoFunction(const std::vector<text::Part>& parts) {
-  if (parts.size() >= 2 && parts[1].is("function")) return false;
-  return parts.size() < 3 || !parts[1].is("async") || !parts[2].is("function");
+bool exportsNoFunction(const Statement& statement) {
+  return !statement.partIs(1, "function") &&
+         !(statement.partIs(1, "async") && statement.partIs(2, "function"));
 }
 
 }  // namespace
@@ -25,19 +25,16 @@ bool exportsNoFunction(const std::vector<text::Part>& parts) {
 bool isImport(const Statement& statement) {
   const std::string_view word = statement.firstWord();
   if (word == "import" || word == "require") return true;
-  if (word == "export") return exportsNoFunction(statement.parts());
+  if (word == "export") return exportsNoFunction(statement);
   // "module.exports" needs a test of its own: no dot has to follow it.
   return contains(statement.text(), "exports") &&
          (contains(statement.text(), "module.exports") || contains(statement.text(), "exports."));
 }
 
 bool isInvokedFunction(const Statement& statement) {
-  // Part 0 of anything true is "(": worth a look before the text is split.
-  const std::string_view code = text::trimView(statement.text());
-  if (code.empty() || code.front() != '(') return false;
-  const std::vector<text::Part>& parts = statement.parts();
-  if (parts.size() < 3) return false;
-  return parts[1].is("function") || parts[1].is("async") || (parts[1].is("(") && parts[2].is(")"));
+  if (!statement.partIs(0, "(") || statement.part(2) == nullptr) return false;
+  return statement.partIs(1, "function") || statement.partIs(1, "async") ||
+         (statement.partIs(1, "(") && statement.partIs(2, ")"));
 }
 
 bool isWebComponent(std::string_view text) {

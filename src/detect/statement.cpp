@@ -6,7 +6,8 @@ namespace detect {
 
 void Statement::reset(std::string_view text, Answers answers) {
   text_ = text;
-  split_ = false;
+  reader_.reset();
+  parts_.clear();
   firstWord_.reset();
   answers_ = answers;
 }
@@ -17,12 +18,18 @@ std::string_view Statement::firstWord() const {
 }
 
 const std::vector<text::Part>& Statement::parts() const {
-  if (!split_) {
-    parts_.clear();
-    text::splitIntoParts(text_, parts_);
-    split_ = true;
+  if (!reader_) reader_.emplace(text_);
+  while (reader_->readInto(parts_)) {
   }
   return parts_;
+}
+
+const text::Part* Statement::part(std::size_t index) const {
+  if (!reader_) reader_.emplace(text_);
+  while (parts_.size() <= index) {
+    if (!reader_->readInto(parts_)) return nullptr;
+  }
+  return &parts_[index];
 }
 
 }  // namespace detect

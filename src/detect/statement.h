@@ -2,6 +2,7 @@
 // at most once, and only when one needs it.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -33,6 +34,15 @@ class Statement {
   std::string_view firstWord() const;
   const std::vector<text::Part>& parts() const;
 
+  // The part at index, null if there are not so many. The text is split no further than that.
+  const text::Part* part(std::size_t index) const;
+
+  template <std::size_t kSize>
+  bool partIs(std::size_t index, const char (&word)[kSize]) const {
+    const text::Part* const found = part(index);
+    return found != nullptr && found->is(word);
+  }
+
   Answers answers() const { return answers_; }
 
   // The answer to the question, by find() if it is not known yet.
@@ -48,8 +58,8 @@ class Statement {
 
  private:
   std::string_view text_;
+  mutable std::optional<text::PartsReader> reader_;  // of the parts that are not in parts_ yet
   mutable std::vector<text::Part> parts_;
-  mutable bool split_ = false;
   mutable std::optional<std::string_view> firstWord_;
   mutable Answers answers_;
 };

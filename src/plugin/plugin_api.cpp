@@ -28,8 +28,8 @@ namespace {
 
 char* returnResult = nullptr;    // ParseJS's latest answer
 std::size_t returnCapacity = 0;  // the bytes that it has room for
-char* resPtr = nullptr;        // Info's latest answer
-char* theString = nullptr;     // a slot that nothing fills
+char* resPtr = nullptr;          // Info's latest answer
+char* theString = nullptr;       // a slot that nothing fills
 
 void release(char*& buffer) {
   std::free(buffer);

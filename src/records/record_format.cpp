@@ -29,6 +29,7 @@
 #include <charconv>
 #include <cstring>
 
+#include "text/byte_blocks.h"
 #include "text/byte_set.h"
 
 namespace records {
@@ -67,6 +68,12 @@ char* putNumber(char* to, std::int32_t number) {
 
 // Needs room for twice the text.
 char* putEscaped(char* to, std::string_view text) {
+  if (!text::holdsByte(text, [](text::Bytes bytes) {
+        return bytes.are('"') | bytes.are('\'') | bytes.are('\\') | bytes.are('\n') |
+               bytes.are('\r') | bytes.are('\t');
+      })) {
+    return put(to, text);
+  }
   std::size_t run = 0;
   while (true) {
     const std::size_t stop = text::findMember(text, kEscaped, run);

@@ -57,8 +57,7 @@ constexpr std::int32_t kDropped = -2;
 
 // Picks the nodes that get a record, prints a line for each, and enters their new numbers, which
 // are dense from 0, into newIds.
-KeptNodes keepNodes(ObjectBranch* root, const detect::AnswerTable& answers,
-                    tree::IdTable& newIds) {
+KeptNodes keepNodes(ObjectBranch* root, const detect::AnswerTable& answers, tree::IdTable& newIds) {
   KeptNodes kept;
   base::StreamWriter out(stdout);
   tree::walkNumbered(root, newIds, [&](ObjectBranch* node) {
@@ -113,9 +112,10 @@ std::string previewName(const detect::Statement& statement) {
   return detect::functionNameOf(statement);
 }
 
-bool isConstructor(const std::vector<text::Part>& parts) {
-  return parts.size() >= 2 && parts[0].is("function") &&
-         text::kUpperCaseLetters(parts[1].firstByte());
+bool isConstructor(const detect::Statement& statement) {
+  const text::Part* const name = statement.part(1);
+  return name != nullptr && text::kUpperCaseLetters(name->firstByte()) &&
+         statement.partIs(0, "function");
 }
 
 void relabelFunction(ObjectBranch& node, const detect::Statement& statement) {
@@ -123,7 +123,7 @@ void relabelFunction(ObjectBranch& node, const detect::Statement& statement) {
   node.simpleFunctionName =
       text::isPagePath(node.filePath) ? previewName(statement) : detect::functionNameOf(statement);
   if (detect::isInvokedFunction(statement)) node.tags += "\n      \"iife\"\n";
-  if (isConstructor(statement.parts())) node.tags += "\n      \"constructor\"\n";
+  if (isConstructor(statement)) node.tags += "\n      \"constructor\"\n";
   if (node.parent->branchTypeAsString == "namespace") node.tags += "\n      \"global-function\"\n";
 }
 
@@ -159,7 +159,8 @@ std::int32_t finish(const KeptNodes& kept, const tree::IdTable& newIds) {
     const auto newId = static_cast<std::int32_t>(i);
     renumber(node, newId, newIds);
     if (node.parent == nullptr) continue;
-    // required: a node whose parent gets no record stays, as an orphan with the whole tree below it.
+    // required: a node whose parent gets no record stays, as an orphan with the whole tree below
+    // it.
     if (!isKept(node.parent, kept, i + 1, newIds)) {
       node.parent = nullptr;
       continue;

@@ -1,13 +1,9 @@
 // A long name is put together from three climbs, each from the node itself and at most nine
-// ancestors up: the nearest class, the nearest sign of a module system, the nearest export. What a
-// text says is looked up once and remembered, since one long ancestor may stand above a great many
-// small nodes.
+// ancestors up: the nearest class, the nearest sign of a module system, the nearest export.
 #include "refine/qualified_names.h"
 
 #include <algorithm>
-#include <optional>
 #include <string_view>
-#include <unordered_map>
 
 #include "detect/module_patterns.h"
 #include "detect/statement.h"
@@ -18,8 +14,6 @@
 namespace {
 
 constexpr int kMaxClimbedNodes = 10;  // the node and nine ancestors
-
-bool holdsClass(const ObjectBranch& node) { return text::contains(node.contents, "class"); }
 
 std::string classNameIn(std::string_view contents) {
   const detect::Statement statement(contents);
@@ -42,65 +36,39 @@ std::string_view scopeKindOf(std::string_view contents) {
   return detect::isWebComponent(contents) ? "webcomponent" : "";
 }
 
-// What is known of one node's text; each question is asked at most once.
-struct TextFacts {
-  std::optional<bool> holdsClass;
-  std::optional<std::string> className;
-  std::optional<std::string_view> scopeKind;
-  std::optional<bool> holdsExport;
-};
-
-class LongNames {
- public:
-  std::string nameOf(const ObjectBranch* node);
-
- private:
-  // The first node from node upwards for which holds(node, facts) is true, or null.
-  template <typename Holds>
-  const ObjectBranch* climb(const ObjectBranch* node, Holds holds) {
-    for (int count = 0; node != nullptr && count < kMaxClimbedNodes; ++count) {
-      if (holds(*node, facts_[node])) return node;
-      node = node->parent;
-    }
-    return nullptr;
+// The first node from node upwards for which holds(node) is true, or null.
+template <typename Holds>
+const ObjectBranch* climb(const ObjectBranch* node, Holds holds) {
+  for (int count = 0; node != nullptr && count < kMaxClimbedNodes; ++count) {
+    if (holds(*node)) return node;
+    node = node->parent;
   }
-
-  template <typename Value, typename Find>
-  static const Value& once(std::optional<Value>& known, Find find) {
-    if (!known) known = find();
-    return *known;
-  }
-
-  std::string nearestClassName(const ObjectBranch* node);
-  std::string_view nearestScopeKind(const ObjectBranch* node);
-  std::string_view moduleName(const ObjectBranch* node);
-
-  std::unordered_map<const ObjectBranch*, TextFacts> facts_;
-};
-
-std::string LongNames::nearestClassName(const ObjectBranch* node) {
-  const ObjectBranch* found = climb(node, [](const ObjectBranch& each, TextFacts& facts) {
-    return once(facts.holdsClass, [&each] { return holdsClass(each); });
-  });
-  if (found == nullptr) return {};
-  return once(facts_[found].className, [found] { return classNameIn(found->contents); });
+  return nullptr;
 }
 
-std::string_view LongNames::nearestScopeKind(const ObjectBranch* node) {
-  const ObjectBranch* found = climb(node, [](const ObjectBranch& each, TextFacts& facts) {
-    return !once(facts.scopeKind, [&each] { return scopeKindOf(each.contents); }).empty();
-  });
-  return found == nullptr ? "global" : *facts_[found].scopeKind;
+std::string nearestClassName(const ObjectBranch* node) {
+  const ObjectBranch* const found =
+      climb(node, [](const ObjectBranch& each) { return refine::holdsClass(each); });
+  return found == nullptr ? std::string() : classNameIn(found->contents);
 }
 
-std::string_view LongNames::moduleName(const ObjectBranch* node) {
-  const ObjectBranch* found = climb(node, [](const ObjectBranch& each, TextFacts& facts) {
-    return once(facts.holdsExport, [&each] { return text::contains(each.contents, "export"); });
+std::string_view nearestScopeKind(const ObjectBranch* node) {
+  std::string_view kind = "global";
+  climb(node, [&kind](const ObjectBranch& each) {
+    const std::string_view found = scopeKindOf(each.contents);
+    if (!found.empty()) kind = found;
+    return !found.empty();
   });
+  return kind;
+}
+
+std::string_view moduleName(const ObjectBranch* node) {
+  const ObjectBranch* const found =
+      climb(node, [](const ObjectBranch& each) { return text::contains(each.contents, "export"); });
   return found == nullptr ? std::string_view{} : text::baseNameView(found->filePath);
 }
 
-std::string LongNames::nameOf(const ObjectBranch* node) {
+std::string longNameOf(const ObjectBranch* node) {
   if (node == nullptr) return "global";
   const std::string className = nearestClassName(node);
   const std::string_view scopeKind = nearestScopeKind(node);
@@ -124,33 +92,32 @@ std::string LongNames::nameOf(const ObjectBranch* node) {
   return name;
 }
 
-void spelunk(ObjectBranch* node, LongNames& names) {
-  tree::walkPreOrder(node, [&names](ObjectBranch* visited) {
-    if (!holdsClass(*visited)) return tree::Descend::kYes;
-    names.nameOf(visited);  // required: worked out and dropped
-    visited->branchType = kBranchClass;
-    visited->branchTypeAsString = "class";
-    return tree::Descend::kNo;
-  });
-}
-
 }  // namespace
 
 std::string extractClassName(std::string text) { return classNameIn(text); }
 
-std::string climbForLongName(ObjectBranch* node) { return LongNames().nameOf(node); }
+std::string climbForLongName(ObjectBranch* node) { return longNameOf(node); }
 
 void SpelunkForClasses(ObjectBranch* node) {
-  LongNames names;
-  spelunk(node, names);
+  tree::walkPreOrder(node, [](ObjectBranch* visited) {
+    return refine::markClass(*visited) ? tree::Descend::kNo : tree::Descend::kYes;
+  });
 }
 
 void ExpandClassnames(ObjectBranch* root) {
   if (root == nullptr) return;
-  LongNames names;
-  for (std::size_t i = 0; i < root->children.size(); ++i) {
-    ObjectBranch* child = root->children[i];
-    if (child != nullptr) names.nameOf(child);  // required: worked out and dropped
-    spelunk(child, names);
-  }
+  for (ObjectBranch* child : root->children) SpelunkForClasses(child);
 }
+
+namespace refine {
+
+bool holdsClass(const ObjectBranch& node) { return text::contains(node.contents, "class"); }
+
+bool markClass(ObjectBranch& node) {
+  if (!holdsClass(node)) return false;
+  node.branchType = kBranchClass;
+  node.branchTypeAsString = "class";
+  return true;
+}
+
+}  // namespace refine

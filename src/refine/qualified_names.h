@@ -18,5 +18,14 @@ QUORL_API std::string climbForLongName(ObjectBranch* node);
 // Makes a class node of the first node on each path down from node whose text holds "class".
 QUORL_API void SpelunkForClasses(ObjectBranch* node);
 
-// climbForLongName, whose result is dropped, and SpelunkForClasses for each child of the root.
+// SpelunkForClasses for each child of the root. required: despite its name it makes no long names.
 QUORL_API void ExpandClassnames(ObjectBranch* root);
+
+namespace refine {
+
+bool holdsClass(const ObjectBranch& node);
+
+// Makes a class node of the node if its text holds "class"; tells whether it did.
+bool markClass(ObjectBranch& node);
+
+}  // namespace refine

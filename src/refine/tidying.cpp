@@ -1,9 +1,12 @@
 #include "refine/tidying.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <exception>
+#include <limits>
 #include <string_view>
 
+#include "refine/qualified_names.h"
 #include "text/string_primitives.h"
 #include "tree/walk.h"
 
@@ -17,18 +20,22 @@ bool isBraceOnly(const ObjectBranch& node) {
   return text.empty() || text == "}" || text == "{" || text == "};";
 }
 
+void removeBraceOnlyChildren(ObjectBranch& node) {
+  std::erase_if(node.children, [](ObjectBranch* child) {
+    if (child == nullptr) return true;
+    if (!isBraceOnly(*child)) return false;
+    delete child;  // what hangs below it is lost to the run
+    return true;
+  });
+}
+
 }  // namespace
 
 void CleanUpBranchTypes(ObjectBranch* node) { static_cast<void>(node); }
 
 void RemoveBraceOnlyNodes(ObjectBranch* node) {
   tree::walkPreOrder(node, [](ObjectBranch* visited) {
-    std::erase_if(visited->children, [](ObjectBranch* child) {
-      if (child == nullptr) return true;
-      if (!isBraceOnly(*child)) return false;
-      delete child;  // what hangs below it is lost to the run
-      return true;
-    });
+    removeBraceOnlyChildren(*visited);
     return tree::Descend::kYes;
   });
 }
@@ -38,6 +45,18 @@ void AppendAllDefines(ObjectBranch* root, std::vector<std::string> defines) {
 }
 
 namespace refine {
+
+void tidyTree(ObjectBranch* root, const std::vector<std::string>& defines) {
+  constexpr std::size_t kNoClass = std::numeric_limits<std::size_t>::max();
+  std::size_t classDepth = kNoClass;  // of the class node that the walk is below
+  tree::walkWithDepth(root, [&](ObjectBranch* node, std::size_t depth) {
+    removeBraceOnlyChildren(*node);
+    if (depth > 0 && depth <= classDepth) classDepth = markClass(*node) ? depth : kNoClass;
+    return tree::Descend::kYes;
+  });
+  appendAllDefines(root, defines);
+  removeBraceOnlyChildren(*root);
+}
 
 void appendAllDefines(ObjectBranch* root, const std::vector<std::string>& defines) {
   if (root == nullptr) return;

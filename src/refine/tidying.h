@@ -20,6 +20,10 @@ QUORL_API void AppendAllDefines(ObjectBranch* root, std::vector<std::string> def
 
 namespace refine {
 
+// ExpandClassnames, AppendAllDefines and RemoveBraceOnlyNodes of a root, which may not be null, in
+// one walk. The node of the defines is no class, whatever it holds, and goes when it is blank.
+void tidyTree(ObjectBranch* root, const std::vector<std::string>& defines);
+
 void appendAllDefines(ObjectBranch* root, const std::vector<std::string>& defines);
 
 }  // namespace refine

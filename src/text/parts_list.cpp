@@ -71,59 +71,66 @@ std::string Part::str() const {
   return text;
 }
 
-void splitIntoParts(std::string_view statement, std::vector<Part>& parts) {
-  statement = statement.substr(0, statement.find('\0'));
-  std::size_t begin = 0;  // the part being built is [begin, i), empty if they are equal
-  bool inWord = false;    // it is a word or a number that can go on growing
-  bool opensTwice = false;
-  std::size_t i = 0;
-  // In the hottest loop of a run, and not seen as such by every optimiser.
+bool PartsReader::readInto(std::vector<Part>& parts) {
+  // Ends the part being built. If there was one, the byte at hand waits for the next call.
   const auto flush = [&]() __attribute__((always_inline)) {
-    if (begin < i) parts.push_back({statement.substr(begin, i - begin), opensTwice});
-    begin = i;
-    opensTwice = false;
-    inWord = false;
+    const bool any = begin_ < end_;
+    if (any) parts.push_back({statement_.substr(begin_, end_ - begin_), opensTwice_});
+    begin_ = end_;
+    opensTwice_ = false;
+    inWord_ = false;
+    return any;
   };
-  while (i < statement.size()) {
-    const char byte = statement[i];
+  while (end_ < statement_.size()) {
+    const char byte = statement_[end_];
     switch (classOf(byte)) {
       case ByteClass::kWord:
-        if (!inWord) flush();
+        if (!inWord_ && flush()) return true;
         do {
-          ++i;
-        } while (i < statement.size() && classOf(statement[i]) == ByteClass::kWord);
-        inWord = true;
+          ++end_;
+        } while (end_ < statement_.size() && classOf(statement_[end_]) == ByteClass::kWord);
+        inWord_ = true;
         continue;
       case ByteClass::kQuote:
-        flush();
-        opensTwice = byte != '"';
-        i = skipString(statement, i);
+        if (flush()) return true;
+        opensTwice_ = byte != '"';
+        end_ = skipString(statement_, end_);
         continue;
-      case ByteClass::kSpace:
-        flush();
-        begin = ++i;
+      case ByteClass::kSpace: {
+        const bool any = flush();
+        begin_ = ++end_;
+        if (any) return true;
         continue;
+      }
       case ByteClass::kSeparator:
-        flush();
+        if (flush()) return true;
         break;
       case ByteClass::kDot:
         // A dot behind a digit belongs to the number, or to a word that ends in a digit.
-        if (i > 0 && kDigits(statement[i - 1])) {
-          inWord = true;
-        } else {
-          flush();
+        if (end_ > 0 && kDigits(statement_[end_ - 1])) {
+          inWord_ = true;
+        } else if (flush()) {
+          return true;
         }
         break;
       case ByteClass::kComparison:
-        if (inWord || (begin < i && !kJoinedByComparison(statement[i - 1]))) flush();
+        if ((inWord_ || (begin_ < end_ && !kJoinedByComparison(statement_[end_ - 1]))) && flush())
+          return true;
         break;
       case ByteClass::kArithmetic:
-        if (inWord || (begin < i && !kJoinedByArithmetic(statement[i - 1]))) flush();
+        if ((inWord_ || (begin_ < end_ && !kJoinedByArithmetic(statement_[end_ - 1]))) && flush())
+          return true;
         break;
     }
-    ++i;
+    ++end_;
   }
-  flush();
+  return flush();
+}
+
+void splitIntoParts(std::string_view statement, std::vector<Part>& parts) {
+  PartsReader reader(statement);
+  while (reader.readInto(parts)) {
+  }
 }
 
 }  // namespace text

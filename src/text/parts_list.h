@@ -32,7 +32,24 @@ struct Part {
   std::string str() const;
 };
 
-// Appends the parts of the statement to parts; the slices live as long as the statement's bytes.
+// Gives a statement's parts one after the other. The slices live as long as the statement's bytes.
+class PartsReader {
+ public:
+  explicit PartsReader(std::string_view statement = {})
+      : statement_(statement.substr(0, statement.find('\0'))) {}
+
+  // Appends the next part to parts; false if there is none.
+  bool readInto(std::vector<Part>& parts);
+
+ private:
+  std::string_view statement_;
+  std::size_t begin_ = 0;  // the part being built is [begin_, end_), empty if they are equal
+  std::size_t end_ = 0;
+  bool inWord_ = false;  // it is a word or a number that can go on growing
+  bool opensTwice_ = false;
+};
+
+// Appends all parts of the statement to parts.
 void splitIntoParts(std::string_view statement, std::vector<Part>& parts);
 
 }  // namespace text

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "text/byte_blocks.h"
 #include "text/byte_set.h"
 
 namespace text {
@@ -21,28 +22,26 @@ void appendCollapsed(std::string& out, std::string_view text) {
   }
 }
 
-// Whether collapsing would change the text.
+// Whether collapsing would change the text, which neither begins nor ends with a collapsed byte.
 bool hasRunToCollapse(std::string_view text) {
-  bool afterSpace = false;
-  for (const char byte : text) {
-    if (kCollapsed(byte) && (byte != ' ' || afterSpace)) return true;
-    afterSpace = byte == ' ';
+  const auto isLineEndOrTab = [](Bytes bytes) {
+    return bytes.are('\n') | bytes.are('\r') | bytes.are('\t');
+  };
+  if (text.size() <= kBlockBytes) {
+    return holdsByte(text, isLineEndOrTab) || text.find("  ") != std::string_view::npos;
   }
-  return false;
+  // Each block is looked at together with the one that lies a byte behind it.
+  const auto isRun = [&](const char* block) {
+    const Bytes bytes(block), next(block + 1);
+    return isLineEndOrTab(bytes) | (bytes.are(' ') & next.are(' '));
+  };
+  const std::size_t last = text.size() - kBlockBytes - 1;
+  Bytes::Mask found = isRun(text.data() + last) | isLineEndOrTab(Bytes(text.data() + last + 1));
+  for (std::size_t i = 0; i < last; i += kBlockBytes) found |= isRun(text.data() + i);
+  return isAny(found);
 }
 
 }  // namespace
-
-std::string_view ltrimView(std::string_view text) {
-  return text.substr(findNonMember(text, kTrimmed));
-}
-
-std::string_view rtrimView(std::string_view text) {
-  while (!text.empty() && kTrimmed(text.back())) text.remove_suffix(1);
-  return text;
-}
-
-std::string_view trimView(std::string_view text) { return rtrimView(ltrimView(text)); }
 
 std::string_view firstWordView(std::string_view text) {
   return text.substr(0, findNonMember(text, kFirstWordBytes));

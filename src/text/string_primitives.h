@@ -13,6 +13,7 @@
 #include <string_view>
 
 #include "base/export.h"
+#include "text/byte_set.h"
 #include "text/needle.h"
 
 // True when both bytes are a space (0x20). Other white space does not count.
@@ -61,9 +62,15 @@ QUORL_API std::int64_t IndexOf(std::string haystack, std::string needle);
 namespace text {
 
 // Slices of the argument.
-std::string_view ltrimView(std::string_view text);
-std::string_view rtrimView(std::string_view text);
-std::string_view trimView(std::string_view text);
+inline std::string_view ltrimView(std::string_view text) {
+  while (!text.empty() && kTrimmed(text.front())) text.remove_prefix(1);
+  return text;
+}
+inline std::string_view rtrimView(std::string_view text) {
+  while (!text.empty() && kTrimmed(text.back())) text.remove_suffix(1);
+  return text;
+}
+inline std::string_view trimView(std::string_view text) { return rtrimView(ltrimView(text)); }
 std::string_view firstWordView(std::string_view text);
 std::string_view lastWordView(std::string_view text);
 

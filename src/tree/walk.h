@@ -21,12 +21,12 @@ inline void prefetch(const ObjectBranch* node) {
   __builtin_prefetch(bytes + 128);
 }
 
-// Calls visit(node) for node and then for everything below it, in pre-order; null nodes are passed
-// over. visit answers whether to go on into the node's children. Child counts are read again at
-// each step, so visit may change the child list of the node that it is given.
+// Calls visit(node, depth) for node, at depth 0, and then for everything below it, in pre-order;
+// null nodes are passed over. visit answers whether to go on into the node's children. Child counts
+// are read again at each step, so visit may change the child list of the node that it is given.
 template <typename Visit>
-void walkPreOrder(ObjectBranch* node, Visit visit) {
-  if (node == nullptr || visit(node) == Descend::kNo) return;
+void walkWithDepth(ObjectBranch* node, Visit visit) {
+  if (node == nullptr || visit(node, std::size_t{0}) == Descend::kNo) return;
   struct Frame {
     ObjectBranch* node;
     std::size_t next;  // index of the child to visit next
@@ -34,16 +34,22 @@ void walkPreOrder(ObjectBranch* node, Visit visit) {
   std::vector<Frame> open{{node, 0}};
   while (!open.empty()) {
     Frame& frame = open.back();
-    if (frame.next >= frame.node->children.size()) {
+    const std::vector<ObjectBranch*>& children = frame.node->children;
+    if (frame.next >= children.size()) {
       open.pop_back();
       continue;
     }
-    const std::vector<ObjectBranch*>& children = frame.node->children;
     ObjectBranch* child = children[frame.next++];
     if (frame.next < children.size()) prefetch(children[frame.next]);
-    if (child == nullptr || visit(child) == Descend::kNo) continue;
+    if (child == nullptr || visit(child, open.size()) == Descend::kNo) continue;
     if (!child->children.empty()) open.push_back({child, 0});
   }
+}
+
+// The same for a visit(node) that does not ask for the depth.
+template <typename Visit>
+void walkPreOrder(ObjectBranch* node, Visit visit) {
+  walkWithDepth(node, [&visit](ObjectBranch* visited, std::size_t) { return visit(visited); });
 }
 
 // Calls visit(node) for each node under node, in pre-order, whose nodeID the table does not hold
