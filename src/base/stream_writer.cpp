@@ -2,25 +2,22 @@
 
 #include <charconv>
 #include <cstdio>
-#include <cstring>
 
 namespace base {
 
-StreamWriter& StreamWriter::operator<<(std::string_view text) noexcept {
-  if (text.size() > buffer_.size() - used_) drain();
-  if (text.size() > buffer_.size()) {
-    std::fwrite(text.data(), 1, text.size(), stream_);
-    return *this;
-  }
-  std::memcpy(buffer_.data() + used_, text.data(), text.size());
-  used_ += text.size();
+StreamWriter& StreamWriter::writeLong(std::string_view text) noexcept {
+  drain();
+  if (text.size() <= buffer_.size()) return *this << text;
+  std::fwrite(text.data(), 1, text.size(), stream_);
   return *this;
 }
 
 StreamWriter& StreamWriter::operator<<(std::int32_t number) noexcept {
-  std::array<char, 12> digits;  // a sign and ten digits at most
-  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
-  return *this << std::string_view(digits.data(), static_cast<std::size_t>(end - digits.data()));
+  constexpr std::size_t kMaxBytes = 11;  // a sign and ten digits
+  if (kMaxBytes > buffer_.size() - used_) drain();
+  char* const to = buffer_.data() + used_;
+  used_ += static_cast<std::size_t>(std::to_chars(to, to + kMaxBytes, number).ptr - to);
+  return *this;
 }
 
 void StreamWriter::flush() noexcept {

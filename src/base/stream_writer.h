@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <string_view>
 
 namespace base {
@@ -21,7 +22,12 @@ class StreamWriter {
   StreamWriter& operator=(const StreamWriter&) = delete;
   ~StreamWriter() { drain(); }
 
-  StreamWriter& operator<<(std::string_view text) noexcept;
+  StreamWriter& operator<<(std::string_view text) noexcept {
+    if (text.size() > buffer_.size() - used_) return writeLong(text);
+    std::memcpy(buffer_.data() + used_, text.data(), text.size());
+    used_ += text.size();
+    return *this;
+  }
   StreamWriter& operator<<(std::int32_t number) noexcept;
 
   // Hands over what was collected and flushes the stream itself.
@@ -29,6 +35,7 @@ class StreamWriter {
 
  private:
   void drain() noexcept;
+  StreamWriter& writeLong(std::string_view text) noexcept;
 
   std::FILE* const stream_;
   std::array<char, 8192> buffer_;

@@ -100,9 +100,8 @@ bool mayAssignFunction(std::string_view text) {
 }
 
 bool mayHaveBodyBehindParentheses(std::string_view text) {
-  const std::size_t body = text.rfind('{');
-  return body != std::string_view::npos &&
-         text.substr(0, body).rfind(')') != std::string_view::npos;
+  const std::size_t close = text.find(')');
+  return close != std::string_view::npos && text.find('{', close) != std::string_view::npos;
 }
 
 bool declaresFunction(const Statement& statement) {

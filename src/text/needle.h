@@ -1,19 +1,23 @@
 // Plain substring search for texts that are known at compile time.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstring>
 #include <string_view>
 
+#include "text/byte_blocks.h"
+
 namespace text {
 
 // A text to search for, with the place of its byte that is least common in source text: the search
-// goes from one such byte to the next, and most texts have few.
+// goes from one such byte that the right neighbour stands beside to the next, and most texts have
+// few.
 class Needle {
  public:
   consteval Needle(std::string_view text) : text_(text) {  // NOLINT: a literal is meant to convert
     if (text.empty()) throw "a needle is never empty";     // ends the compilation
-    for (std::size_t i = 0; i < text.size(); ++i) {
+    for (std::size_t i = 0; i + 1 < text.size(); ++i) {
       if (rarity(text[i]) > rarity(text[anchor_])) anchor_ = i;
     }
   }
@@ -24,21 +28,36 @@ class Needle {
   constexpr std::string_view text() const { return text_; }
 
   bool isIn(std::string_view haystack) const {
+    if (text_.size() == 1) return haystack.find(text_[0]) != std::string_view::npos;
     if (haystack.size() < text_.size()) return false;
-    const char* from = haystack.data() + anchor_;
-    const char* const end = haystack.data() + haystack.size() - (text_.size() - anchor_) + 1;
+    const char* const end = haystack.data() + (haystack.size() - text_.size() + 1);
+    const char* from = haystack.data();  // where the needle may begin
+    // A block of beginnings at a time, as long as what is behind the last one is there as well.
+    const std::size_t reach = anchor_ + 1 + kBlockBytes;
+    for (; from + reach <= haystack.data() + haystack.size(); from += kBlockBytes) {
+      const char* const anchors = from + anchor_;
+      if (isAny(Bytes(anchors).are(text_[anchor_]) & Bytes(anchors + 1).are(text_[anchor_ + 1])) &&
+          beginsIn(from, std::min(from + kBlockBytes, end))) {
+        return true;
+      }
+    }
+    return from < end && beginsIn(from, end);
+  }
+
+ private:
+  // Whether the needle stands at one of the places from from to end.
+  bool beginsIn(const char* from, const char* end) const {
     while (from < end) {
       const void* const hit =
-          std::memchr(from, text_[anchor_], static_cast<std::size_t>(end - from));
+          std::memchr(from + anchor_, text_[anchor_], static_cast<std::size_t>(end - from));
       if (hit == nullptr) return false;
-      from = static_cast<const char*>(hit);
-      if (std::memcmp(from - anchor_, text_.data(), text_.size()) == 0) return true;
+      from = static_cast<const char*>(hit) - anchor_;
+      if (std::memcmp(from, text_.data(), text_.size()) == 0) return true;
       ++from;
     }
     return false;
   }
 
- private:
   static constexpr std::size_t rarity(char byte) {
     // Common bytes of source text, the most common first; all others are rare.
     constexpr std::string_view kCommon = " etrniosaldcu()pmfh,.;=g_bv";
