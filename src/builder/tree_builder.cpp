@@ -67,24 +67,16 @@ ObjectBranch* makeScopeWrappers(const BuildRequest& request, ObjectBranch* root)
                   kScopeWrapperTags, request.filePath);
 }
 
-void buildScript(const BuildRequest& request, ObjectBranch* root, detect::AnswerTable& answers) {
-  parseScriptFile(request.text, root, request.filePath, answers);
-  refine::tidyTree(root, request.defines);
-}
-
 void buildPage(const BuildRequest& request, ObjectBranch* root, detect::AnswerTable& answers) {
   ObjectBranch* const structure = makePageWrappers(root, request.filePath);
   html::parseStructure(request.text, structure, request.filePath, 0, answers);
-  refine::tidyTree(root, request.defines);
 }
 
-void buildOther(const BuildRequest& request, ObjectBranch* root) {
+void buildOther(const BuildRequest& request, ObjectBranch* root, detect::AnswerTable& answers) {
   ObjectBranch* const start = makeScopeWrappers(request, root);
   scanCharacters(request.text, root, start, request.isJavaScript, request.chunk);
   CleanUpBranchTypes(root);
-  GenerateInlineFunctions(root, true);
-  ExpandClassnames(root);
-  refine::appendAllDefines(root, request.defines);
+  refine::generateInlineFunctions(root, answers);
 }
 
 }  // namespace
@@ -100,14 +92,19 @@ records::RecordText buildRecords(const BuildRequest& request, ObjectBranch* root
   root->contents = text::fileNameView(request.filePath);
   root->filePath = request.filePath;
   detect::AnswerTable answers(currentIndex);
-  if (text::isScriptPath(request.filePath)) {
-    buildScript(request, root, answers);
-  } else if (text::isPagePath(request.filePath)) {
+  const bool isScript = text::isScriptPath(request.filePath);
+  const bool isPage = !isScript && text::isPagePath(request.filePath);
+  if (isScript) {
+    parseScriptFile(request.text, root, request.filePath, answers);
+  } else if (isPage) {
     buildPage(request, root, answers);
   } else {
-    buildOther(request, root);
+    buildOther(request, root, answers);
   }
-  return records::generate(root, answers, std::move(out));
+  const ObjectBranch* const definesNode = refine::appendAllDefines(root, request.defines);
+  // required: in other text, nodes that are only a brace stay.
+  const refine::TreeTidier tidier(definesNode, isScript || isPage);
+  return records::generate(root, answers, tidier, std::move(out));
 }
 
 }  // namespace builder

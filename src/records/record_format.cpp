@@ -85,21 +85,20 @@ char* putEscaped(char* to, std::string_view text) {
   }
 }
 
-char* putChildren(char* to, const std::vector<ObjectBranch*>& children,
-                  std::int32_t hiddenChildId) {
-  if (children.empty()) return put(to, "],\n");
+char* putChildren(char* to, std::span<const std::int32_t> ids, std::int32_t hiddenId) {
+  if (ids.empty()) return put(to, "],\n");
   to = put(to, "   ");
-  for (std::size_t i = 0; i < children.size(); ++i) {
-    if (children[i] == nullptr || children[i]->nodeID == hiddenChildId) continue;
+  for (std::size_t i = 0; i < ids.size(); ++i) {
+    if (ids[i] == hiddenId) continue;
     // required: by position, so a child behind a hidden first one has a comma before it.
     to = put(to, i == 0 ? "\n      " : ",\n      ");
-    to = putNumber(to, children[i]->nodeID);
+    to = putNumber(to, ids[i]);
   }
   return put(to, "\n    ],\n");
 }
 
-std::size_t maxRecordBytes(const ObjectBranch& node) {
-  return kFixedBytes + kChildBytes * node.children.size() + node.branchTypeAsString.size() +
+std::size_t maxRecordBytes(const ObjectBranch& node, std::size_t childCount) {
+  return kFixedBytes + kChildBytes * childCount + node.branchTypeAsString.size() +
          node.tags.size() +
          2 * (node.filePath.size() + node.contents.size() + node.simpleFunctionName.size());
 }
@@ -110,17 +109,17 @@ void appendEscaped(RecordText& out, std::string_view text) {
   if (!text.empty()) out.commit(putEscaped(out.reserve(2 * text.size()), text));
 }
 
-void appendRecord(RecordText& out, const ObjectBranch& node, std::int32_t hiddenChildId,
+void appendRecord(RecordText& out, const ObjectBranch& node, const Relatives& relatives,
                   bool isLast) {
-  char* to = out.reserve(maxRecordBytes(node));
+  char* to = out.reserve(maxRecordBytes(node, relatives.childIds.size()));
   to = put(to, "  {\n    \"lineNumber\": ");
   to = putNumber(to, node.lineNumber);
   to = put(to, ",\n    \"lineage\": \"\",\n    \"argumentList\": \"\",\n    \"childNodeIDs\": [");
-  to = putChildren(to, node.children, hiddenChildId);
+  to = putChildren(to, relatives.childIds, relatives.hiddenChildId);
   to = put(to, "    \"nodeID\": ");
   to = putNumber(to, node.nodeID);
   to = put(to, ",\n    \"parentID\": ");
-  to = putNumber(to, node.parent == nullptr ? -1 : node.parent->nodeID);
+  to = putNumber(to, relatives.parentId);
   to = put(to, ",\n    \"fileID\": 0,\n    \"functionID\": ");
   to = putNumber(to, node.functionID);
   to = put(to, ",\n    \"isCalled\": false,\n    \"branchTypeAsString\": \"");

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -19,9 +20,15 @@ namespace records {
 
 void appendEscaped(RecordText& out, std::string_view text);
 
-// Appends the node's record. hiddenChildId is the one nodeID that no child list names; isLast
-// leaves out the comma behind the record.
-void appendRecord(RecordText& out, const ObjectBranch& node, std::int32_t hiddenChildId,
+// The numbers of the nodes around one, as its record names them.
+struct Relatives {
+  std::int32_t parentId;                   // -1 for none
+  std::span<const std::int32_t> childIds;  // in the order of the child list
+  std::int32_t hiddenChildId;              // the one number that no child list names
+};
+
+// Appends the node's record. isLast leaves out the comma behind it.
+void appendRecord(RecordText& out, const ObjectBranch& node, const Relatives& relatives,
                   bool isLast);
 
 }  // namespace records

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -28,6 +29,7 @@ namespace {
 struct KeptNode {
   ObjectBranch* node;
   detect::Answers answers;  // what is known of its text already
+  bool mayHide;             // its text holds the hiding word
 };
 using KeptNodes = std::vector<KeptNode>;
 
@@ -44,7 +46,7 @@ constexpr std::size_t kQuotedNameBytes = 25;  // of a callback's quoted text tha
 constexpr std::size_t kAhead = 4;
 
 // A function with this in its text is left out of its parent's child list; only the last one is.
-constexpr std::string_view kHidingWord = "TTTTT";
+constexpr text::Needle kHidingWord = "TTTTT";
 
 bool isSkipped(const ObjectBranch& node) {
   // None of them holds white space, so reducing could not make one out of anything else.
@@ -57,39 +59,60 @@ constexpr std::int32_t kDropped = -2;
 
 // Picks the nodes that get a record, prints a line for each, and enters their new numbers, which
 // are dense from 0, into newIds.
-KeptNodes keepNodes(ObjectBranch* root, const detect::AnswerTable& answers, tree::IdTable& newIds) {
+KeptNodes keepNodes(ObjectBranch* root, const detect::AnswerTable& answers, const Prepare& prepare,
+                    tree::IdTable& newIds) {
   KeptNodes kept;
   base::StreamWriter out(stdout);
-  tree::walkNumbered(root, newIds, [&](ObjectBranch* node) {
-    if (node->branchType == kBranchNone || isSkipped(*node)) return kDropped;
-    const auto newId = static_cast<std::int32_t>(kept.size());
-    out << "nodeid was " << node->nodeID << " and now is " << newId << "\n";
-    kept.push_back({node, answers.of(node->nodeID)});
-    return newId;
+  tree::walkWithDepth(root, [&](ObjectBranch* node, std::size_t depth) {
+    prepare(*node, depth);
+    const std::int32_t oldId = node->nodeID;
+    const bool isDropped = node->branchType == kBranchNone || isSkipped(*node);
+    const auto newId = isDropped ? kDropped : static_cast<std::int32_t>(kept.size());
+    // Of nodes with one number only the first counts.
+    if (newIds.insertNew(oldId, newId) && !isDropped) {
+      out << "nodeid was " << oldId << " and now is " << newId << "\n";
+      kept.push_back({node, answers.of(oldId), text::contains(node->contents, kHidingWord)});
+    }
+    return tree::Descend::kYes;
   });
   return kept;
 }
 
-// Gives the node its new number and takes those without one out of its child list. The children of
-// a dropped node are not lifted up in its place. A child still has its old number when its parent's
-// turn comes, since it stands behind it.
-void renumber(ObjectBranch& node, std::int32_t newId, const tree::IdTable& newIds) {
-  node.nodeID = newId;
-  std::erase_if(node.children, [&newIds](const ObjectBranch* child) {
-    return child == nullptr || newIds.find(child->nodeID) < 0;
-  });
-}
+// The numbers of the nodes while they change from old to new, in the order of the records.
+class Renumbering {
+ public:
+  Renumbering(const KeptNodes& kept, const tree::IdTable& newIds) : kept_(kept), newIds_(newIds) {}
 
-// Whether the node is among those kept, of which the first done have their new number already.
-bool isKept(const ObjectBranch* node, const KeptNodes& kept, std::size_t done,
-            const tree::IdTable& newIds) {
-  const auto standsAt = [&](std::int32_t place) {
-    return place >= 0 && static_cast<std::size_t>(place) < kept.size() &&
-           kept[static_cast<std::size_t>(place)].node == node;
-  };
-  if (standsAt(node->nodeID) && static_cast<std::size_t>(node->nodeID) < done) return true;
-  return standsAt(newIds.find(node->nodeID));
-}
+  // Gives the node at this place its new number and takes those that get no record out of its child
+  // list. The children of a dropped node are not lifted up in its place. A child still has its old
+  // number when its parent's turn comes, since it stands behind it.
+  void renumber(std::size_t place) {
+    ObjectBranch& node = *kept_[place].node;
+    node.nodeID = static_cast<std::int32_t>(place);
+    done_ = place + 1;
+    std::erase_if(node.children, [this](const ObjectBranch* child) {
+      return child == nullptr || newIds_.find(child->nodeID) < 0;
+    });
+  }
+
+  // The new number of a kept node, whether it has it yet or not; nothing for any other node.
+  std::optional<std::int32_t> newIdOf(const ObjectBranch& node) const {
+    if (isAt(node.nodeID, node) && static_cast<std::size_t>(node.nodeID) < done_)
+      return node.nodeID;
+    const std::int32_t place = newIds_.find(node.nodeID);
+    return isAt(place, node) ? std::optional(place) : std::nullopt;
+  }
+
+ private:
+  bool isAt(std::int32_t place, const ObjectBranch& node) const {
+    return place >= 0 && static_cast<std::size_t>(place) < kept_.size() &&
+           kept_[static_cast<std::size_t>(place)].node == &node;
+  }
+
+  const KeptNodes& kept_;
+  const tree::IdTable& newIds_;
+  std::size_t done_ = 0;  // the nodes before this place have their new numbers
+};
 
 std::string previewName(const detect::Statement& statement) {
   const std::string_view contents = statement.text();
@@ -148,52 +171,75 @@ void relabel(ObjectBranch& node, const detect::Statement& statement) {
   }
 }
 
-// Numbers and labels the kept nodes. Gives the number of the last function whose text holds the
-// hiding word, 0 if there is none: nothing lists the node 0 as its child.
-std::int32_t finish(const KeptNodes& kept, const tree::IdTable& newIds) {
-  std::int32_t hiddenChildId = 0;
-  detect::Statement statement;
-  for (std::size_t i = 0; i < kept.size(); ++i) {
-    if (i + kAhead < kept.size()) tree::prefetch(kept[i + kAhead].node);
-    ObjectBranch& node = *kept[i].node;
-    const auto newId = static_cast<std::int32_t>(i);
-    renumber(node, newId, newIds);
-    if (node.parent == nullptr) continue;
+// Numbers and labels the kept nodes and writes their records, all in one pass: the nodes are far
+// more than what the caches hold.
+class RecordWriter {
+ public:
+  RecordWriter(const KeptNodes& kept, const tree::IdTable& newIds, RecordText& out)
+      : kept_(kept), numbers_(kept, newIds), out_(out) {}
+
+  void run() {
+    out_.append("[\n");
+    // What is hidden shows only once all labels are known.
+    const bool mayHide =
+        std::any_of(kept_.begin(), kept_.end(), [](const KeptNode& each) { return each.mayHide; });
+    for (std::size_t i = 0; i < kept_.size(); ++i) {
+      if (i + kAhead < kept_.size()) tree::prefetch(kept_[i + kAhead].node);
+      finish(i);
+      if (!mayHide) write(i);
+    }
+    for (std::size_t i = 0; mayHide && i < kept_.size(); ++i) write(i);
+    out_.append("]\n");
+  }
+
+ private:
+  void finish(std::size_t place) {
+    ObjectBranch& node = *kept_[place].node;
+    numbers_.renumber(place);
+    if (node.parent == nullptr) return;
     // required: a node whose parent gets no record stays, as an orphan with the whole tree below
     // it.
-    if (!isKept(node.parent, kept, i + 1, newIds)) {
+    if (!numbers_.newIdOf(*node.parent)) {
       node.parent = nullptr;
-      continue;
+      return;
     }
-    statement.reset(node.contents, kept[i].answers);
-    relabel(node, statement);
-    if (node.branchTypeAsString == "function" && text::contains(node.contents, kHidingWord))
-      hiddenChildId = newId;
+    statement_.reset(node.contents, kept_[place].answers);
+    relabel(node, statement_);
+    if (kept_[place].mayHide && node.branchTypeAsString == "function") hiddenChildId_ = node.nodeID;
   }
-  return hiddenChildId;
-}
 
-void writeRecords(const KeptNodes& kept, std::int32_t hiddenChildId, RecordText& out) {
-  out.append("[\n");
-  for (std::size_t i = 0; i < kept.size(); ++i) {
-    if (i + kAhead < kept.size()) tree::prefetch(kept[i + kAhead].node);
-    appendRecord(out, *kept[i].node, hiddenChildId, i + 1 == kept.size());
+  void write(std::size_t place) {
+    const ObjectBranch& node = *kept_[place].node;
+    childIds_.clear();
+    for (const ObjectBranch* child : node.children)
+      childIds_.push_back(numbers_.newIdOf(*child).value_or(child->nodeID));
+    const std::int32_t parentId = node.parent == nullptr ? -1 : *numbers_.newIdOf(*node.parent);
+    appendRecord(out_, node, {parentId, childIds_, hiddenChildId_}, place + 1 == kept_.size());
   }
-  out.append("]\n");
-}
+
+  const KeptNodes& kept_;
+  Renumbering numbers_;
+  RecordText& out_;
+  detect::Statement statement_;
+  std::vector<std::int32_t> childIds_;
+  // The number of the last function whose text holds the hiding word, 0 if there is none: nothing
+  // lists the node 0 as its child.
+  std::int32_t hiddenChildId_ = 0;
+};
 
 }  // namespace
 
-RecordText generate(ObjectBranch* root, const detect::AnswerTable& answers, RecordText out) {
+RecordText generate(ObjectBranch* root, const detect::AnswerTable& answers, const Prepare& prepare,
+                    RecordText out) {
   if (root == nullptr) {
     out.append("[]");
     return out;
   }
   tree::IdTable newIds;
-  const KeptNodes kept = keepNodes(root, answers, newIds);
+  const KeptNodes kept = keepNodes(root, answers, prepare, newIds);
   // A node that stands in no list and uses up a number: part of the run's counts.
   const std::unique_ptr<ObjectBranch> spareNode(tree::makeNode());
-  writeRecords(kept, finish(kept, newIds), out);
+  RecordWriter(kept, newIds, out).run();
   return out;
 }
 
@@ -201,8 +247,9 @@ RecordText generate(ObjectBranch* root, const detect::AnswerTable& answers, Reco
 
 std::ostringstream StartGeneratingObjects(ObjectBranch* root, std::string className) {
   static_cast<void>(className);
+  const auto nothing = [](ObjectBranch&, std::size_t) {};
   std::ostringstream stream;
-  stream << records::generate(root, detect::AnswerTable(0)).view();
+  stream << records::generate(root, detect::AnswerTable(0), nothing).view();
   return stream;
 }
 

@@ -2,6 +2,8 @@
 // each text once more to decide the label that a host sees, and writes the records.
 #pragma once
 
+#include <cstddef>
+#include <functional>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -25,7 +27,12 @@ QUORL_API std::string ExtractSimpleFunctionNameForPreview(const std::string& con
 
 namespace records {
 
+// Does the last work on a node before it is looked at. The nodes come in pre-order; depth is 0 for
+// the root.
+using Prepare = std::function<void(ObjectBranch& node, std::size_t depth)>;
+
 // The record array, behind what out holds. answers may know the texts of the run's nodes.
-RecordText generate(ObjectBranch* root, const detect::AnswerTable& answers, RecordText out = {});
+RecordText generate(ObjectBranch* root, const detect::AnswerTable& answers, const Prepare& prepare,
+                    RecordText out = {});
 
 }  // namespace records

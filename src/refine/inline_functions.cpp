@@ -8,6 +8,7 @@
 #include "detect/declarations.h"
 #include "detect/flow.h"
 #include "detect/statement.h"
+#include "text/byte_blocks.h"
 #include "text/parts_list.h"
 #include "text/string_primitives.h"
 #include "tree/walk.h"
@@ -42,9 +43,17 @@ const Rule* findRule(const Rule (&rules)[kCount], const detect::Statement& state
   return nullptr;
 }
 
+// A text without any of these is one statement, whose parts joined with blanks have the same parts
+// again: what is asked of them can be asked of the text itself.
+constexpr auto kMayCutOrDouble = [](text::Bytes bytes) {
+  return bytes.are('{') | bytes.are('}') | bytes.are(';') | bytes.are('\'') | bytes.are('`');
+};
+
 // The split of one leaf after the other; the storage is kept.
 class LeafSplitter {
  public:
+  explicit LeafSplitter(detect::AnswerTable& answers) : answers_(answers) {}
+
   void split(ObjectBranch* leaf);
 
  private:
@@ -64,6 +73,7 @@ class LeafSplitter {
   }
   ObjectBranch* addNode(const Rule& rule);
 
+  detect::AnswerTable& answers_;
   ObjectBranch* leaf_ = nullptr;
   ObjectBranch* currentBranch_ = nullptr;  // takes the next node
   std::vector<text::Part> parts_;
@@ -75,6 +85,12 @@ class LeafSplitter {
 
 void LeafSplitter::split(ObjectBranch* leaf) {
   leaf_ = currentBranch_ = leaf;
+  if (!text::holdsByte(leaf->contents, kMayCutOrDouble)) {
+    statement_.reset(leaf->contents);
+    if (statement_.part(0) != nullptr) reclassifyLeaf();
+    answers_.note(leaf->nodeID, statement_);
+    return;
+  }
   braceDepth_ = 0;
   pendingText_.clear();
   parts_.clear();
@@ -137,6 +153,7 @@ ObjectBranch* LeafSplitter::addNode(const Rule& rule) {
   if (rule.branchType == kBranchFunction) {
     node->simpleFunctionName = detect::functionNameOf(statement_);
   }
+  answers_.note(node->nodeID, statement_);
   currentBranch_->children.push_back(node);
   return node;
 }
@@ -145,10 +162,19 @@ ObjectBranch* LeafSplitter::addNode(const Rule& rule) {
 
 void GenerateInlineFunctions(ObjectBranch* node, bool isRoot) {
   static_cast<void>(isRoot);
-  LeafSplitter splitter;
+  detect::AnswerTable unread(currentIndex);
+  refine::generateInlineFunctions(node, unread);
+}
+
+namespace refine {
+
+void generateInlineFunctions(ObjectBranch* node, detect::AnswerTable& answers) {
+  LeafSplitter splitter(answers);
   tree::walkPreOrder(node, [&splitter](ObjectBranch* visited) {
     if (!visited->children.empty()) return tree::Descend::kYes;
     splitter.split(visited);
     return tree::Descend::kNo;
   });
 }
+
+}  // namespace refine

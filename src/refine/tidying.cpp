@@ -1,9 +1,7 @@
 #include "refine/tidying.h"
 
 #include <algorithm>
-#include <cstddef>
 #include <exception>
-#include <limits>
 #include <string_view>
 
 #include "refine/qualified_names.h"
@@ -46,25 +44,19 @@ void AppendAllDefines(ObjectBranch* root, std::vector<std::string> defines) {
 
 namespace refine {
 
-void tidyTree(ObjectBranch* root, const std::vector<std::string>& defines) {
-  constexpr std::size_t kNoClass = std::numeric_limits<std::size_t>::max();
-  std::size_t classDepth = kNoClass;  // of the class node that the walk is below
-  tree::walkWithDepth(root, [&](ObjectBranch* node, std::size_t depth) {
-    removeBraceOnlyChildren(*node);
-    if (depth > 0 && depth <= classDepth) classDepth = markClass(*node) ? depth : kNoClass;
-    return tree::Descend::kYes;
-  });
-  appendAllDefines(root, defines);
-  removeBraceOnlyChildren(*root);
+void TreeTidier::operator()(ObjectBranch& node, std::size_t depth) {
+  if (removesBraceOnlyNodes_) removeBraceOnlyChildren(node);
+  if (depth == 0 || depth > classDepth_ || &node == definesNode_) return;
+  classDepth_ = markClass(node) ? depth : kNoClass;
 }
 
-void appendAllDefines(ObjectBranch* root, const std::vector<std::string>& defines) {
-  if (root == nullptr) return;
+ObjectBranch* appendAllDefines(ObjectBranch* root, const std::vector<std::string>& defines) {
+  if (root == nullptr) return nullptr;
   ObjectBranch* node = nullptr;
   try {
     node = tree::makeNode();
   } catch (const std::exception&) {
-    return;  // the run goes on without its defines
+    return nullptr;  // the run goes on without its defines
   }
   node->parent = root;
   node->branchType = kBranchAppendedDefine;
@@ -74,6 +66,7 @@ void appendAllDefines(ObjectBranch* root, const std::vector<std::string>& define
   for (const std::string& define : defines) lines.append(define).push_back('\n');
   node->contents = text::trimView(lines);
   root->children.push_back(node);
+  return node;
 }
 
 }  // namespace refine

@@ -1,6 +1,8 @@
 // Three small passes over the finished tree.
 #pragma once
 
+#include <cstddef>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -20,10 +22,26 @@ QUORL_API void AppendAllDefines(ObjectBranch* root, std::vector<std::string> def
 
 namespace refine {
 
-// ExpandClassnames, AppendAllDefines and RemoveBraceOnlyNodes of a root, which may not be null, in
-// one walk. The node of the defines is no class, whatever it holds, and goes when it is blank.
-void tidyTree(ObjectBranch* root, const std::vector<std::string>& defines);
+// Appends the node of AppendAllDefines and gives it, null if there is no memory for it.
+ObjectBranch* appendAllDefines(ObjectBranch* root, const std::vector<std::string>& defines);
 
-void appendAllDefines(ObjectBranch* root, const std::vector<std::string>& defines);
+// What is to be done to each node of a finished tree, for a walk that has more to do on its way.
+class TreeTidier {
+ public:
+  // definesNode, which may be null, is no class, whatever it holds.
+  TreeTidier(const ObjectBranch* definesNode, bool removesBraceOnlyNodes)
+      : definesNode_(definesNode), removesBraceOnlyNodes_(removesBraceOnlyNodes) {}
+
+  // ExpandClassnames and, if asked for, RemoveBraceOnlyNodes, as far as they concern the node and
+  // its list of children. The nodes come in pre-order, from the root at depth 0 on.
+  void operator()(ObjectBranch& node, std::size_t depth);
+
+ private:
+  static constexpr std::size_t kNoClass = std::numeric_limits<std::size_t>::max();
+
+  const ObjectBranch* definesNode_;
+  bool removesBraceOnlyNodes_;
+  std::size_t classDepth_ = kNoClass;  // of the class node that the walk is below
+};
 
 }  // namespace refine

@@ -23,7 +23,14 @@ class IdTable {
     return entry == sparse_.end() ? kAbsent : entry->second;
   }
 
-  // Enters value, which may not be kAbsent, for an id that is not in the table.
+  // Enters value, which may not be kAbsent, for the id; false if the table holds the id already.
+  bool insertNew(std::int32_t id, std::int32_t value) {
+    if (find(id) != kAbsent) return false;
+    insert(id, value);
+    return true;
+  }
+
+  // The same for an id that is known to be new.
   void insert(std::int32_t id, std::int32_t value);
 
  private:

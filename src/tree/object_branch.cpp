@@ -64,12 +64,11 @@ void AddObjectToVector(ObjectBranch* node, std::vector<ObjectBranch*>* list) {
   if (node == nullptr || list == nullptr) return;
   tree::IdTable listed;
   for (const ObjectBranch* entry : *list) {
-    if (entry != nullptr && listed.find(entry->nodeID) == tree::IdTable::kAbsent)
-      listed.insert(entry->nodeID, 0);
+    if (entry != nullptr) listed.insertNew(entry->nodeID, 0);
   }
-  tree::walkNumbered(node, listed, [list](ObjectBranch* visited) {
-    list->push_back(visited);
-    return 0;
+  tree::walkPreOrder(node, [list, &listed](ObjectBranch* visited) {
+    if (listed.insertNew(visited->nodeID, 0)) list->push_back(visited);
+    return tree::Descend::kYes;
   });
 }
 

@@ -3,10 +3,8 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <vector>
 
-#include "tree/id_table.h"
 #include "tree/object_branch.h"
 
 namespace tree {
@@ -50,18 +48,6 @@ void walkWithDepth(ObjectBranch* node, Visit visit) {
 template <typename Visit>
 void walkPreOrder(ObjectBranch* node, Visit visit) {
   walkWithDepth(node, [&visit](ObjectBranch* visited, std::size_t) { return visit(visited); });
-}
-
-// Calls visit(node) for each node under node, in pre-order, whose nodeID the table does not hold
-// yet, and enters what it answers for that number. The children of the others are visited all the
-// same.
-template <typename Visit>
-void walkNumbered(ObjectBranch* node, IdTable& table, Visit visit) {
-  walkPreOrder(node, [&](ObjectBranch* visited) {
-    const std::int32_t id = visited->nodeID;
-    if (table.find(id) == IdTable::kAbsent) table.insert(id, visit(visited));
-    return Descend::kYes;
-  });
 }
 
 }  // namespace tree

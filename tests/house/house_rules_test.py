@@ -20,7 +20,7 @@ BELOW = {
     "detect": {"base", "text"},
     "refine": {"base", "text", "tree", "detect"},
     "records": {"base", "text", "tree", "detect", "html/attributes.h"},
-    "html": {"base", "text", "tree", "builder/script_content.h"},
+    "html": {"base", "text", "tree", "builder/script_content.h", "detect/answer_table.h"},
     "builder": {"base", "text", "tree", "detect", "refine", "records", "html/html_structure.h"},
     "plugin": {"base", "text", "tree", "cleaner", "builder", "records"},
 }

@@ -14,7 +14,7 @@ using records::RecordText;
 TEST(RecordText, IsEmptyAtFirst) {
   RecordText text;
   EXPECT_EQ(text.view(), "");
-  const MallocText taken = std::move(text).take();
+  const MallocText taken = std::move(text).take().text;
   EXPECT_STREQ(taken.get(), "");
 }
 
@@ -27,7 +27,7 @@ TEST(RecordText, KeepsWhatIsAppendedWhileItGrows) {
     expected += piece;
   }
   EXPECT_EQ(text.view(), expected);
-  const MallocText taken = std::move(text).take();
+  const MallocText taken = std::move(text).take().text;
   EXPECT_EQ(std::string(taken.get()), expected) << "with a NUL right behind it";
 }
 
@@ -50,10 +50,29 @@ TEST(RecordText, KeepsNulBytes) {
 TEST(RecordText, CanBeUsedAgainOnceTaken) {
   RecordText text;
   text.append("first");
-  const MallocText first = std::move(text).take();
+  const MallocText first = std::move(text).take().text;
   text.append("second");
   EXPECT_EQ(text.view(), "second");
   EXPECT_STREQ(first.get(), "first");
+}
+
+TEST(RecordText, GoesOnInTheMemoryOfAnEarlierOne) {
+  RecordText earlier;
+  earlier.append(std::string(1'000, 'x'));
+  auto [memory, capacity] = std::move(earlier).take();
+  EXPECT_EQ(capacity, 1'001U);
+  const char* const place = memory.get();
+  RecordText text(std::move(memory), capacity);
+  EXPECT_EQ(text.view(), "");
+  text.append(std::string(1'000, 'y'));
+  EXPECT_EQ(text.view().data(), place);
+  EXPECT_EQ(std::string(std::move(text).take().text.get()), std::string(1'000, 'y'));
+}
+
+TEST(RecordText, BeginsWithoutAnEarlierOne) {
+  RecordText text(nullptr, 77);
+  text.append("a");
+  EXPECT_EQ(text.view(), "a");
 }
 
 }  // namespace

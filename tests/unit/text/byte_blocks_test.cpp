@@ -1,0 +1,98 @@
+#include "text/byte_blocks.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include <gtest/gtest.h>
+
+#include "text/needle.h"
+
+namespace {
+
+using text::Bytes;
+using text::kBlockBytes;
+
+constexpr std::size_t kMaxBytes = 3 * kBlockBytes + 3;
+
+// The one special byte at each place of texts of each length, so that it is met in a whole block,
+// in the last one and in a text that fills none.
+TEST(ByteBlocks, FindAByteWhereverItStands) {
+  const auto isQuote = [](Bytes bytes) { return bytes.are('"') | bytes.are('\xFF'); };
+  for (std::size_t size = 0; size <= kMaxBytes; ++size) {
+    std::string text(size, 'a');
+    EXPECT_FALSE(text::holdsByte(text, isQuote)) << size;
+    for (std::size_t from = 0; from <= size; ++from)
+      EXPECT_EQ(text::findByte(text, from, isQuote), size) << from;
+    for (std::size_t place = 0; place < size; ++place) {
+      text[place] = place % 2 == 0 ? '"' : '\xFF';
+      EXPECT_TRUE(text::holdsByte(text, isQuote)) << place << " of " << size;
+      for (std::size_t from = 0; from <= size; ++from) {
+        EXPECT_EQ(text::findByte(text, from, isQuote), from <= place ? place : size)
+            << place << " of " << size << " from " << from;
+      }
+      text[place] = 'a';
+    }
+  }
+}
+
+TEST(ByteBlocks, FindTheFirstOfTwo) {
+  const auto isComma = [](Bytes bytes) { return bytes.are(','); };
+  for (std::size_t first = 0; first < kMaxBytes; ++first) {
+    for (std::size_t second = first + 1; second < kMaxBytes; ++second) {
+      std::string text(kMaxBytes, 'a');
+      text[first] = text[second] = ',';
+      EXPECT_EQ(text::findByte(text, 0, isComma), first);
+      EXPECT_EQ(text::findByte(text, first + 1, isComma), second);
+    }
+  }
+}
+
+TEST(ByteBlocks, CompareBytesAsSignedValues) {
+  for (int value = 0; value < 256; ++value) {
+    const std::string text(kBlockBytes, static_cast<char>(value));
+    EXPECT_EQ(text::isAny(Bytes(text.data()).areBelow(0x20)), value < 0x20 || value >= 0x80)
+        << value;
+    for (int other = 0; other < 256; ++other) {
+      EXPECT_EQ(text::isAny(Bytes(text.data()).are(static_cast<char>(other))), value == other)
+          << value << " and " << other;
+    }
+  }
+}
+
+// Needles whose anchor is the first, a middle and the last byte but one, at each place, whole and
+// with each byte changed.
+TEST(Needle, IsFoundWhereverItStands) {
+  constexpr text::Needle kNeedles[] = {"class", "function", "=>", "TTTTT", "{", "module.exports"};
+  for (const text::Needle& needle : kNeedles) {
+    const std::string_view sought = needle.text();
+    for (std::size_t size = sought.size(); size <= kMaxBytes; ++size) {
+      for (std::size_t place = 0; place + sought.size() <= size; ++place) {
+        std::string text(size, ' ');
+        text.replace(place, sought.size(), sought);
+        EXPECT_TRUE(text::contains(text, needle)) << text;
+        for (std::size_t i = 0; i < sought.size(); ++i) {
+          std::string changed = text;
+          changed[place + i] = '~';
+          EXPECT_FALSE(text::contains(changed, needle)) << changed;
+        }
+      }
+    }
+    for (std::size_t size = 0; size < sought.size(); ++size)
+      EXPECT_FALSE(text::contains(sought.substr(0, size), needle)) << sought;
+  }
+}
+
+// Many near misses before the hit, so that a block is looked through more than once.
+TEST(Needle, IsFoundBehindItsOwnBeginnings) {
+  constexpr text::Needle kNeedle = "aab";
+  for (std::size_t size = 0; size < kMaxBytes; ++size) {
+    std::string text(size, 'a');
+    EXPECT_FALSE(text::contains(text, kNeedle)) << text;
+    text += 'b';
+    EXPECT_EQ(text::contains(text, kNeedle), size >= 2) << text;
+  }
+}
+
+}  // namespace
