@@ -39,7 +39,7 @@ constexpr std::size_t kShare = 10;
 constexpr std::size_t kStackBytes = 512 * 1024;
 #else
 constexpr std::size_t kShare = 1;
-constexpr std::size_t kStackBytes = 256 * 1024;
+constexpr std::size_t kStackBytes = 128 * 1024;
 #endif
 
 constexpr std::size_t kLimit = 10'485'760 / kShare;  // what the scanner looks at
