@@ -18,8 +18,11 @@
 #include <locale>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include "plugin/plugin_api.h"
+#include "support/leaks_allowed.h"
+#include "support/redirected.h"
 #include "support/temp_dir.h"
 #include "whole_file/case_files.h"
 
@@ -32,20 +35,21 @@ class Grouping : public std::numpunct<char> {
   std::string do_grouping() const override { return "\3\2"; }
 };
 
-// Each case's answer, and with checkOutput what it writes to standard output.
-void expectCases(bool checkOutput) {
+std::string answerFor(const whole_file::CaseFile& file) {
+  return ParseJS(file.input.c_str(), file.defines ? file.defines->c_str() : nullptr);
+}
+
+// Each case's answer and what it writes to standard output.
+void expectCases() {
   for (const whole_file::CaseFile& file : whole_file::loadCases()) {
     SCOPED_TRACE(file.name);
     std::filesystem::current_path(file.folder);
-    if (checkOutput) testing::internal::CaptureStdout();
+    testing::internal::CaptureStdout();
     testing::internal::CaptureStderr();
-    const std::string answer =
-        ParseJS(file.input.c_str(), file.defines ? file.defines->c_str() : nullptr);
+    const std::string answer = answerFor(file);
     testing::internal::GetCapturedStderr();
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), file.standardOutput);
     EXPECT_EQ(answer, file.records);
-    if (checkOutput) {
-      EXPECT_EQ(testing::internal::GetCapturedStdout(), file.standardOutput);
-    }
   }
 }
 
@@ -55,7 +59,7 @@ TEST(HostSettings, ALocaleThatGroupsDigits) {
   std::ostringstream shown;
   shown << 1234567;
   EXPECT_EQ(shown.str(), "12.34.567") << "the locale is not in force";
-  expectCases(true);
+  expectCases();
   std::cout.imbue(before);
   std::locale::global(before);
 }
@@ -72,12 +76,11 @@ volatile int letterThatCompilersDoNotKnow = 'i';
 
 bool hasDecimalComma() { return std::localeconv()->decimal_point == std::string(","); }
 
-constexpr std::array<CLocale, 5> kCLocales{
+constexpr std::array<CLocale, 4> kCLocales{
     {{"tr_TR", "UTF-8", [] { return hasDecimalComma() && std::towupper(L'i') == 0x130; }},
      {"tr_TR", "ISO-8859-9", [] { return std::toupper(letterThatCompilersDoNotKnow) == 0xDD; }},
      {"de_DE", "UTF-8", hasDecimalComma},
-     {"de_DE", "ISO-8859-1", [] { return hasDecimalComma() && std::isalpha(0xE4) != 0; }},
-     {"ja_JP", "EUC-JP", [] { return MB_CUR_MAX == 3; }}}};
+     {"de_DE", "ISO-8859-1", [] { return hasDecimalComma() && std::isalpha(0xE4) != 0; }}}};
 
 // Whether the system could make the locale in the folder that LOCPATH names.
 bool makeLocale(const CLocale& locale, const std::string& path) {
@@ -95,11 +98,12 @@ TEST(HostSettings, LocalesOfC) {
     SCOPED_TRACE(name);
     if (!makeLocale(locale, directory.path(name))) continue;
     ++made;
+    const support::LeaksAllowed ofTheLibrary;  // setlocale keeps what it made of LOCPATH
     ASSERT_NE(std::setlocale(LC_ALL, name.c_str()), nullptr);
     EXPECT_TRUE(locale.isInForce());
-    expectCases(true);
+    expectCases();
     const std::locale before = std::locale::global(std::locale(name));
-    expectCases(true);
+    expectCases();
     std::locale::global(before);
   }
   std::setlocale(LC_ALL, "C");
@@ -112,7 +116,7 @@ TEST(HostSettings, LocalesOfC) {
 TEST(HostSettings, AStreamLeftInHexWithAWidth) {
   const std::ios::fmtflags before = std::cout.flags();
   std::cout << std::hex << std::showbase << std::uppercase << std::setfill('*') << std::setw(20);
-  expectCases(true);
+  expectCases();
   EXPECT_EQ(std::cout.width(), 20) << "the plug-in leaves the host's stream as it is";
   std::cout.flags(before);
   std::cout.fill(' ');
@@ -122,7 +126,7 @@ TEST(HostSettings, AStreamLeftInHexWithAWidth) {
 TEST(HostSettings, AStreamThatThrows) {
   std::cout.exceptions(std::ios::badbit | std::ios::failbit);
   EXPECT_THROW(std::cout.setstate(std::ios::failbit), std::ios::failure);
-  expectCases(true);
+  expectCases();
   std::cout.exceptions(std::ios::goodbit);
   std::cout.clear();
 }
@@ -130,33 +134,46 @@ TEST(HostSettings, AStreamThatThrows) {
 TEST(HostSettings, AStreamWithoutABuffer) {
   std::streambuf* const before = std::cout.rdbuf(nullptr);
   std::cout.exceptions(std::ios::goodbit);
-  expectCases(true);
+  expectCases();
   std::cout.rdbuf(before);
 }
 
-// Runs the cases with file descriptor 1 as it is made by point, and sets it right again.
+// Runs the cases with file descriptor 1 as it is made by point, and sets it right again. Nothing is
+// captured meanwhile, since that opens files, and one of them would get a number that is free.
 template <typename Point>
 void expectCasesWithOutput(Point point) {
+  const std::vector<whole_file::CaseFile> files = whole_file::loadCases();
+  std::vector<std::string> answers;
+  bool works = true;
   std::fflush(stdout);
-  const int before = dup(STDOUT_FILENO);
-  point();
-  expectCases(false);
-  EXPECT_TRUE(std::fputs("x", stdout) == EOF || std::fflush(stdout) == EOF)
-      << "standard output works, so nothing was tested";
-  __fpurge(stdout);  // what could not be written is still in the buffer
-  std::clearerr(stdout);
-  dup2(before, STDOUT_FILENO);
-  close(before);
+  {
+    const support::Redirected warnings(STDERR_FILENO, "/dev/null", O_WRONLY);
+    const support::Redirected output(STDOUT_FILENO, "/dev/null", O_WRONLY);
+    point();
+    for (const whole_file::CaseFile& file : files) {
+      std::filesystem::current_path(file.folder);
+      answers.push_back(answerFor(file));
+    }
+    works = std::fputs("x", stdout) != EOF && std::fflush(stdout) != EOF;
+    __fpurge(stdout);  // what could not be written is still in the buffer
+    std::clearerr(stdout);
+  }
+  EXPECT_FALSE(works) << "what was to be tested did not come about";
+  for (std::size_t i = 0; i < files.size(); ++i) EXPECT_EQ(answers[i], files[i].records);
 }
 
 void closeOutput() { close(STDOUT_FILENO); }
 
-void fillOutput() {
-  const int full = open("/dev/full", O_WRONLY);
-  ASSERT_GE(full, 0);
-  dup2(full, STDOUT_FILENO);
-  close(full);
+void openOutput(const char* path, int flags) {
+  const int other = open(path, flags);
+  ASSERT_GE(other, 0);
+  dup2(other, STDOUT_FILENO);
+  close(other);
 }
+
+void fillOutput() { openOutput("/dev/full", O_WRONLY); }
+
+void makeOutputReadOnly() { openOutput("/dev/null", O_RDONLY); }
 
 void leaveOutputWithoutAReader() {
   std::array<int, 2> ends;
@@ -164,13 +181,6 @@ void leaveOutputWithoutAReader() {
   close(ends[0]);
   dup2(ends[1], STDOUT_FILENO);
   close(ends[1]);
-}
-
-void makeOutputReadOnly() {
-  const int input = open("/dev/null", O_RDONLY);
-  ASSERT_GE(input, 0);
-  dup2(input, STDOUT_FILENO);
-  close(input);
 }
 
 TEST(HostSettings, AStandardOutputThatIsClosed) { expectCasesWithOutput(closeOutput); }
@@ -200,20 +210,22 @@ TEST(HostSettings, AStandardOutputThatIsFullAndHasNoBuffer) {
 }
 
 TEST(HostSettings, AStandardErrorThatIsClosed) {
-  const int before = dup(STDERR_FILENO);
-  std::fflush(stderr);
-  for (const whole_file::CaseFile& file : whole_file::loadCases()) {
-    std::filesystem::current_path(file.folder);
-    testing::internal::CaptureStdout();
+  const std::vector<whole_file::CaseFile> files = whole_file::loadCases();
+  std::vector<std::string> answers;
+  testing::internal::CaptureStdout();
+  {
+    const support::Redirected errors(STDERR_FILENO, "/dev/null", O_WRONLY);
     close(STDERR_FILENO);
-    const std::string answer =
-        ParseJS(file.input.c_str(), file.defines ? file.defines->c_str() : nullptr);
-    dup2(before, STDERR_FILENO);
+    for (const whole_file::CaseFile& file : files) {
+      std::filesystem::current_path(file.folder);
+      answers.push_back(answerFor(file));
+    }
     std::clearerr(stderr);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), file.standardOutput) << file.name;
-    EXPECT_EQ(answer, file.records) << file.name;
   }
-  close(before);
+  std::string expected;
+  for (const whole_file::CaseFile& file : files) expected += file.standardOutput;
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), expected);
+  for (std::size_t i = 0; i < files.size(); ++i) EXPECT_EQ(answers[i], files[i].records);
 }
 
 }  // namespace

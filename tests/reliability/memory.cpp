@@ -41,6 +41,8 @@ constinit Heap heap;
 
 namespace {
 
+constexpr std::size_t kMaxSlack = 32;
+
 KeepReleased* keeper = nullptr;
 
 bool fails(Source source) {
@@ -84,13 +86,7 @@ void releaseBlock(void* block) {
 
 }  // namespace
 
-KeepReleased::KeepReleased(std::size_t bytes, std::size_t atMost)
-    : bytes_([bytes] {
-        void* const sample = operator new(bytes);
-        const std::size_t usable = malloc_usable_size(sample);
-        operator delete(sample);
-        return usable;
-      }()) {
+KeepReleased::KeepReleased(std::size_t bytes, std::size_t atMost) : bytes_(bytes) {
   kept_.reserve(atMost);
   keeper = this;
 }
@@ -107,7 +103,9 @@ std::vector<const void*> KeepReleased::blocks() const {
 }
 
 bool KeepReleased::take(void* block) noexcept {
-  if (malloc_usable_size(block) != bytes_) return false;
+  // A block may be somewhat larger than was asked for.
+  const std::size_t usable = malloc_usable_size(block);
+  if (usable < bytes_ || usable >= bytes_ + kMaxSlack) return false;
   if (kept_.size() == kept_.capacity()) std::abort();  // to grow would be an allocation more
   kept_.push_back(block);
   return true;

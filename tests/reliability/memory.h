@@ -33,8 +33,8 @@ struct Heap {
 };
 extern Heap heap;
 
-// While it lives, blocks of a size that operator delete is given are counted as released, but kept,
-// so that no other object gets their address.
+// While it lives, blocks of about a size that operator delete is given are counted as released, but
+// kept, so that no other object gets their address.
 class KeepReleased {
  public:
   KeepReleased(std::size_t bytes, std::size_t atMost);
@@ -49,7 +49,7 @@ class KeepReleased {
   bool take(void* block) noexcept;
 
  private:
-  const std::size_t bytes_;  // usable
+  const std::size_t bytes_;
   std::vector<void*> kept_;
 };
 
