@@ -212,4 +212,21 @@ TEST(AllocationFailure, InTheFirstRunOfAProcessGivesAnAnswerOrNull) {
   }
 }
 
+TEST(AllocationFailure, LeavesInfoWithNull) {
+#ifdef QUORL_TEST_IS_SANITIZED
+  GTEST_SKIP() << "requests of the C library itself do not fail under a sanitizer";
+#endif
+  requests = {.failing = 0};
+  const char* const none = Info();
+  const std::size_t failed = requests.failed;
+  requests = {};
+  EXPECT_EQ(none, nullptr);
+  EXPECT_EQ(failed, 1U);
+  CleanupJS();
+  const char* const line = Info();
+  ASSERT_NE(line, nullptr);
+  EXPECT_TRUE(std::string_view(line).starts_with("Quorl JavaScript Parser Plugin v1.0"));
+  CleanupJS();
+}
+
 }  // namespace
