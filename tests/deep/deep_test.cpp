@@ -4,6 +4,7 @@
 #include <pthread.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -20,26 +21,19 @@
 #include "refine/inline_functions.h"
 #include "support/dump_tree.h"
 #include "support/make_tree.h"
+#include "support/sanitized.h"
 #include "support/temp_dir.h"
 #include "tree/object_branch.h"
 
-#ifdef __SANITIZE_ADDRESS__
-#define QUORL_TEST_IS_SANITIZED 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define QUORL_TEST_IS_SANITIZED 1
-#endif
-#endif
-
 namespace {
 
-// A sanitizer needs several times the memory, and larger frames.
+// A sanitizer needs several times the memory, and frames several times as large.
 #ifdef QUORL_TEST_IS_SANITIZED
 constexpr std::size_t kShare = 10;
 constexpr std::size_t kStackBytes = 512 * 1024;
 #else
 constexpr std::size_t kShare = 1;
-constexpr std::size_t kStackBytes = 256 * 1024;
+constexpr std::size_t kStackBytes = 128 * 1024;
 #endif
 
 constexpr std::size_t kLimit = 10'485'760 / kShare;  // what the scanner looks at
@@ -90,14 +84,14 @@ void runOnSmallStack(const std::function<void()>& run) {
   pthread_attr_destroy(&attributes);
 }
 
-// The answer for a file a.txt with the text; valid until the next one.
-std::string_view parse(const std::string& text) {
+// The answer for a file with the text; valid until the next one.
+std::string_view parse(const std::string& text, const char* name = "a.txt") {
   const support::TempDir directory;
-  directory.write("a.txt", text);
+  directory.write(name, text);
   const std::filesystem::path before = std::filesystem::current_path();
   std::filesystem::current_path(directory.path("."));
   const char* answer = nullptr;
-  runOnSmallStack([&answer] { answer = ParseJS("a.txt", nullptr); });
+  runOnSmallStack([&answer, name] { answer = ParseJS(name, nullptr); });
   std::filesystem::current_path(before);
   return answer == nullptr ? std::string_view() : std::string_view(answer);
 }
@@ -119,6 +113,8 @@ struct Record {
   std::string label;
   std::string tags;
   std::string contents;
+  std::string file = "a.txt";
+  std::string function = "";
 };
 
 std::string textOf(const Record& record) {
@@ -128,9 +124,10 @@ std::string textOf(const Record& record) {
          ",\n    \"parentID\": " + std::to_string(record.parent) +
          ",\n    \"fileID\": 0,\n    \"functionID\": -1,\n    \"isCalled\": false,\n"
          "    \"branchTypeAsString\": \"" +
-         record.label + "\",\n    \"filePath\": \"a.txt\",\n    \"tags\": [" + record.tags +
-         "],\n    \"contents\": \"" + record.contents +
-         "\",\n    \"simpleFunctionName\": \"\",\n    \"calloutIDs\": []\n  }";
+         record.label + "\",\n    \"filePath\": \"" + record.file + "\",\n    \"tags\": [" +
+         record.tags + "],\n    \"contents\": \"" + record.contents +
+         "\",\n    \"simpleFunctionName\": \"" + record.function +
+         "\",\n    \"calloutIDs\": []\n  }";
 }
 
 std::string listOf(std::size_t child) { return "   \n      " + std::to_string(child) + "\n    "; }
@@ -228,6 +225,73 @@ TEST(Deep, BlocksWithinALeaf) {
       textOf({1, "", depth + 1, static_cast<std::int64_t>(depth), "container", "", "a"}) + ",\n" +
       textOf({1, "", depth + 2, 1, "line", "", "b"}) + "\n]\n";
   expectEnds(answer, "[\n" + textOf({0, listOf(1), 0, -1, "filepath", "", "a.txt"}) + ",\n", tail);
+}
+
+// Scripts and pages keep 1,000 open scopes, the outermost wrapper among them. Of what opens beyond
+// them each is a child of the last that is kept.
+struct Opened {
+  const char* file;
+  const char* text;  // opens a scope
+  Record root;
+  Record outer;  // wrappers
+  Record inner;
+  Record scope;  // the record of each, but for its place
+  int linesEach;
+};
+
+// Its id, when the root and the wrappers have 0, 1 and 2.
+constexpr std::size_t kLastKept = 999 + 2;
+
+void expectOpened(const Opened& opened) {
+  const std::size_t count = 100'000;
+  const std::string_view answer = parse(repeat(opened.text, count), opened.file);
+  EXPECT_EQ(recordsIn(answer), count + 3);
+  const auto scopeAt = [&opened](std::size_t number, const std::string& children) {
+    Record record = opened.scope;
+    record.line = opened.linesEach * static_cast<int>(number);
+    record.children = children;
+    record.id = number + 2;
+    record.parent = static_cast<std::int64_t>(std::min(number + 1, kLastKept));
+    return textOf(record);
+  };
+  std::string expected = "[\n" + textOf(opened.root) + ",\n" + textOf(opened.outer) + ",\n" +
+                         textOf(opened.inner) + ",\n";
+  for (std::size_t number = 1; number < 999; ++number) {
+    expected += scopeAt(number, listOf(number + 3)) + ",\n";
+  }
+  std::string others = "   \n      1002";
+  for (std::size_t id = kLastKept + 2; id < count + 3; ++id) {
+    others += ",\n      " + std::to_string(id);
+  }
+  expected += scopeAt(999, others + "\n    ");
+  for (std::size_t number = 1000; number <= count; ++number) {
+    expected += ",\n" + scopeAt(number, "");
+  }
+  EXPECT_TRUE(answer == expected + "\n]\n");
+}
+
+TEST(Deep, ScopesOfAScript) {
+  const char* const file = "a.js";
+  expectOpened(
+      {file,
+       "if (a) {\n",
+       {0, listOf(1), 0, -1, "filepath", "", file, file},
+       {0, listOf(2), 1, 0, "namespace", "\n      \"javascript-file\"\n", "namespace global", file},
+       {0, listOf(3), 2, 1, "class", "\n      \"main-script\"\n", "A", file},
+       {0, "", 0, 0, "logic", "", "if (a) {", file, "if"},
+       1});
+}
+
+TEST(Deep, ElementsOfAPage) {
+  const char* const file = "a.html";
+  expectOpened(
+      {file,
+       "<b>",
+       {0, listOf(1), 0, -1, "filepath", "", file, file},
+       {0, listOf(2), 1, 0, "namespace", "\n      \"html-document\"\n", "namespace document", file},
+       {0, listOf(3), 2, 1, "class", "\n      \"html-structure\"\n", "HTMLDocument", file},
+       {0, "", 0, 0, "htmlelement", "", "b", file},
+       0});
 }
 
 }  // namespace

@@ -1,17 +1,29 @@
 // What a host has done to its streams and locales does not reach the bytes.
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <stdio_ext.h>
 #include <unistd.h>
 
+#include <array>
+#include <cctype>
 #include <clocale>
+#include <csignal>
+#include <cstddef>
 #include <cstdio>
+#include <cstdlib>
+#include <cwctype>
 #include <filesystem>
 #include <iomanip>
 #include <iostream>
 #include <locale>
+#include <sstream>
 #include <string>
+#include <vector>
 
 #include "plugin/plugin_api.h"
+#include "support/leaks_allowed.h"
+#include "support/redirected.h"
+#include "support/temp_dir.h"
 #include "whole_file/case_files.h"
 
 namespace {
@@ -23,77 +35,197 @@ class Grouping : public std::numpunct<char> {
   std::string do_grouping() const override { return "\3\2"; }
 };
 
-// Each case's answer, and with checkOutput what it writes to standard output.
-void expectCases(bool checkOutput) {
+std::string answerFor(const whole_file::CaseFile& file) {
+  return ParseJS(file.input.c_str(), file.defines ? file.defines->c_str() : nullptr);
+}
+
+// Each case's answer and what it writes to standard output.
+void expectCases() {
   for (const whole_file::CaseFile& file : whole_file::loadCases()) {
     SCOPED_TRACE(file.name);
     std::filesystem::current_path(file.folder);
-    if (checkOutput) testing::internal::CaptureStdout();
+    testing::internal::CaptureStdout();
     testing::internal::CaptureStderr();
-    const std::string answer =
-        ParseJS(file.input.c_str(), file.defines ? file.defines->c_str() : nullptr);
+    const std::string answer = answerFor(file);
     testing::internal::GetCapturedStderr();
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), file.standardOutput);
     EXPECT_EQ(answer, file.records);
-    if (checkOutput) {
-      EXPECT_EQ(testing::internal::GetCapturedStdout(), file.standardOutput);
-    }
   }
 }
 
 TEST(HostSettings, ALocaleThatGroupsDigits) {
   const std::locale before = std::locale::global(std::locale(std::locale::classic(), new Grouping));
-  expectCases(true);
+  std::cout.imbue(std::locale());
+  std::ostringstream shown;
+  shown << 1234567;
+  EXPECT_EQ(shown.str(), "12.34.567") << "the locale is not in force";
+  expectCases();
+  std::cout.imbue(before);
   std::locale::global(before);
 }
 
+// A locale of C, and one thing in which it differs from "C".
+struct CLocale {
+  const char* source;
+  const char* charset;
+  bool (*isInForce)();
+};
+
+// For compilers toupper('i') is 'I'.
+volatile int letterThatCompilersDoNotKnow = 'i';
+
+bool hasDecimalComma() { return std::localeconv()->decimal_point == std::string(","); }
+
+constexpr std::array<CLocale, 4> kCLocales{
+    {{"tr_TR", "UTF-8", [] { return hasDecimalComma() && std::towupper(L'i') == 0x130; }},
+     {"tr_TR", "ISO-8859-9", [] { return std::toupper(letterThatCompilersDoNotKnow) == 0xDD; }},
+     {"de_DE", "UTF-8", hasDecimalComma},
+     {"de_DE", "ISO-8859-1", [] { return hasDecimalComma() && std::isalpha(0xE4) != 0; }}}};
+
+// Whether the system could make the locale in the folder that LOCPATH names.
+bool makeLocale(const CLocale& locale, const std::string& path) {
+  const std::string command = std::string("localedef -i ") + locale.source + " -f " +
+                              locale.charset + " " + path + " >/dev/null 2>&1";
+  return std::system(command.c_str()) == 0;
+}
+
 TEST(HostSettings, LocalesOfC) {
-  for (const char* name : {"tr_TR.UTF-8", "de_DE.UTF-8", "C.UTF-8", "C"}) {
-    // One that is not installed leaves the locale as it is, which has to do as well.
-    std::setlocale(LC_ALL, name);
-    expectCases(true);
+  const support::TempDir directory;
+  ASSERT_EQ(setenv("LOCPATH", directory.path("").c_str(), 1), 0);
+  std::size_t made = 0;
+  for (const CLocale& locale : kCLocales) {
+    const std::string name = std::string(locale.source) + "." + locale.charset;
+    SCOPED_TRACE(name);
+    if (!makeLocale(locale, directory.path(name))) continue;
+    ++made;
+    const support::LeaksAllowed ofTheLibrary;  // setlocale keeps what it made of LOCPATH
+    ASSERT_NE(std::setlocale(LC_ALL, name.c_str()), nullptr);
+    EXPECT_TRUE(locale.isInForce());
+    expectCases();
+    const std::locale before = std::locale::global(std::locale(name));
+    expectCases();
+    std::locale::global(before);
   }
+  std::setlocale(LC_ALL, "C");
+  unsetenv("LOCPATH");
+  if (made == 0)
+    GTEST_SKIP() << "localedef has no sources here: Debian's package locales is missing";
+  EXPECT_EQ(made, kCLocales.size());
 }
 
 TEST(HostSettings, AStreamLeftInHexWithAWidth) {
   const std::ios::fmtflags before = std::cout.flags();
-  std::cout << std::hex << std::showbase << std::setw(20);
-  expectCases(true);
+  std::cout << std::hex << std::showbase << std::uppercase << std::setfill('*') << std::setw(20);
+  expectCases();
+  EXPECT_EQ(std::cout.width(), 20) << "the plug-in leaves the host's stream as it is";
   std::cout.flags(before);
+  std::cout.fill(' ');
   std::cout.width(0);
 }
 
 TEST(HostSettings, AStreamThatThrows) {
   std::cout.exceptions(std::ios::badbit | std::ios::failbit);
   EXPECT_THROW(std::cout.setstate(std::ios::failbit), std::ios::failure);
-  expectCases(true);
+  expectCases();
   std::cout.exceptions(std::ios::goodbit);
   std::cout.clear();
 }
 
-// Runs the cases with file descriptor 1 as it is made by point, and sets it right again.
+TEST(HostSettings, AStreamWithoutABuffer) {
+  std::streambuf* const before = std::cout.rdbuf(nullptr);
+  std::cout.exceptions(std::ios::goodbit);
+  expectCases();
+  std::cout.rdbuf(before);
+}
+
+// Runs the cases with file descriptor 1 as it is made by point, and sets it right again. Nothing is
+// captured meanwhile, since that opens files, and one of them would get a number that is free.
 template <typename Point>
 void expectCasesWithOutput(Point point) {
+  const std::vector<whole_file::CaseFile> files = whole_file::loadCases();
+  std::vector<std::string> answers;
+  bool works = true;
   std::fflush(stdout);
-  const int before = dup(STDOUT_FILENO);
-  point();
-  expectCases(false);
-  std::fflush(stdout);
-  std::clearerr(stdout);
-  dup2(before, STDOUT_FILENO);
-  close(before);
+  {
+    const support::Redirected warnings(STDERR_FILENO, "/dev/null", O_WRONLY);
+    const support::Redirected output(STDOUT_FILENO, "/dev/null", O_WRONLY);
+    point();
+    for (const whole_file::CaseFile& file : files) {
+      std::filesystem::current_path(file.folder);
+      answers.push_back(answerFor(file));
+    }
+    works = std::fputs("x", stdout) != EOF && std::fflush(stdout) != EOF;
+    __fpurge(stdout);  // what could not be written is still in the buffer
+    std::clearerr(stdout);
+  }
+  EXPECT_FALSE(works) << "what was to be tested did not come about";
+  for (std::size_t i = 0; i < files.size(); ++i) EXPECT_EQ(answers[i], files[i].records);
 }
 
-TEST(HostSettings, AStandardOutputThatIsClosed) {
-  expectCasesWithOutput([] { close(STDOUT_FILENO); });
+void closeOutput() { close(STDOUT_FILENO); }
+
+void openOutput(const char* path, int flags) {
+  const int other = open(path, flags);
+  ASSERT_GE(other, 0);
+  dup2(other, STDOUT_FILENO);
+  close(other);
 }
 
-TEST(HostSettings, AStandardOutputThatIsFull) {
-  expectCasesWithOutput([] {
-    const int full = open("/dev/full", O_WRONLY);
-    ASSERT_GE(full, 0);
-    dup2(full, STDOUT_FILENO);
-    close(full);
-  });
+void fillOutput() { openOutput("/dev/full", O_WRONLY); }
+
+void makeOutputReadOnly() { openOutput("/dev/null", O_RDONLY); }
+
+void leaveOutputWithoutAReader() {
+  std::array<int, 2> ends;
+  ASSERT_EQ(pipe(ends.data()), 0);
+  close(ends[0]);
+  dup2(ends[1], STDOUT_FILENO);
+  close(ends[1]);
+}
+
+TEST(HostSettings, AStandardOutputThatIsClosed) { expectCasesWithOutput(closeOutput); }
+
+TEST(HostSettings, AStandardOutputThatIsFull) { expectCasesWithOutput(fillOutput); }
+
+TEST(HostSettings, AStandardOutputThatIsReadOnly) { expectCasesWithOutput(makeOutputReadOnly); }
+
+TEST(HostSettings, AStandardOutputWhoseReaderHasGone) {
+  const auto before = std::signal(SIGPIPE, SIG_IGN);
+  expectCasesWithOutput(leaveOutputWithoutAReader);
+  std::signal(SIGPIPE, before);
+}
+
+// All at once, and a std::cout that throws.
+TEST(HostSettings, AStreamThatThrowsOverAStandardOutputThatIsFull) {
+  std::cout.exceptions(std::ios::badbit | std::ios::failbit);
+  expectCasesWithOutput(fillOutput);
+  std::cout.exceptions(std::ios::goodbit);
+  std::cout.clear();
+}
+
+// Without a buffer each line that the plug-in writes is a call of its own that fails.
+TEST(HostSettings, AStandardOutputThatIsFullAndHasNoBuffer) {
+  std::setvbuf(stdout, nullptr, _IONBF, 0);
+  expectCasesWithOutput(fillOutput);
+}
+
+TEST(HostSettings, AStandardErrorThatIsClosed) {
+  const std::vector<whole_file::CaseFile> files = whole_file::loadCases();
+  std::vector<std::string> answers;
+  testing::internal::CaptureStdout();
+  {
+    const support::Redirected errors(STDERR_FILENO, "/dev/null", O_WRONLY);
+    close(STDERR_FILENO);
+    for (const whole_file::CaseFile& file : files) {
+      std::filesystem::current_path(file.folder);
+      answers.push_back(answerFor(file));
+    }
+    std::clearerr(stderr);
+  }
+  std::string expected;
+  for (const whole_file::CaseFile& file : files) expected += file.standardOutput;
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), expected);
+  for (std::size_t i = 0; i < files.size(); ++i) EXPECT_EQ(answers[i], files[i].records);
 }
 
 }  // namespace

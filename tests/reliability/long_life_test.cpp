@@ -1,0 +1,112 @@
+// A process that parses without end: the same bytes each time, and memory grows by the trees and
+// the registry that the contract keeps and by nothing else.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "plugin/plugin_api.h"
+#include "reliability/kept_memory.h"
+#include "reliability/memory.h"
+#include "reliability/parse.h"
+#include "support/redirected.h"
+#include "tree/object_branch.h"
+#include "whole_file/case_files.h"
+
+namespace {
+
+using reliability::Heap;
+using reliability::heap;
+using whole_file::CaseFile;
+
+constexpr std::size_t kParses = 10'000;
+constexpr std::size_t kMaxDestroyedBlocks = 1'000'000;
+
+Heap operator-(const Heap& a, const Heap& b) { return {a.blocks - b.blocks, a.bytes - b.bytes}; }
+
+// Whether the answer is what it has to be; it is released again.
+bool parsesAsEver(const CaseFile& file) {
+  const char* const answer = ParseJS(file.input.c_str(), reliability::definesOf(file));
+  const bool isSame = answer != nullptr && std::string_view(answer) == file.records;
+  CleanupJS();
+  return isSame;
+}
+
+TEST(LongLife, TenThousandParsesKeepTheirTreesAlone) {
+  const reliability::KeepReleased nodes(sizeof(ObjectBranch), kMaxDestroyedBlocks);
+  const std::vector<CaseFile> files = whole_file::loadCases();
+  std::vector<std::int64_t> growth(files.size());  // in blocks, of a parse of each case
+  std::size_t wrong = 0;
+  std::size_t uneven = 0;
+  Heap before;
+  Heap keptBefore;
+  std::size_t parses = 0;
+  {
+    const support::Redirected output(STDOUT_FILENO, "/dev/null", O_WRONLY);
+    const support::Redirected errors(STDERR_FILENO, "/dev/null", O_WRONLY);
+    // In the first round the process gets its stream buffers and the run state its capacity.
+    for (std::size_t round = 0; parses < kParses; ++round) {
+      if (round == 1) {
+        before = heap;
+        keptBefore = reliability::keptBy(allAllocatedNodes, nodes.blocks());
+      }
+      for (std::size_t i = 0; i < files.size(); ++i) {
+        std::filesystem::current_path(files[i].folder);
+        const Heap start = heap;
+        wrong += parsesAsEver(files[i]) ? 0U : 1U;
+        const Heap grown = heap - start;
+        if (round == 1) growth[i] = grown.blocks;
+        if (round > 1 && grown.blocks != growth[i]) ++uneven;
+        parses += round == 0 ? 0U : 1U;
+      }
+    }
+    std::fflush(stdout);
+  }
+  EXPECT_EQ(wrong, 0U);
+  EXPECT_EQ(uneven, 0U) << "parses that kept more or less than the same one before";
+  const Heap grown = heap - before;
+  const Heap kept = reliability::keptBy(allAllocatedNodes, nodes.blocks()) - keptBefore;
+  EXPECT_GT(kept.blocks, 0);
+  EXPECT_EQ(grown.blocks, kept.blocks);
+  EXPECT_EQ(grown.bytes, kept.bytes);
+  std::printf("%zu parses: %lld blocks and %lld bytes kept, all of them nodes and registry\n",
+              parses, static_cast<long long>(grown.blocks), static_cast<long long>(grown.bytes));
+  RecordProperty("bytes_a_parse", std::to_string(grown.bytes / static_cast<long long>(parses)));
+}
+
+TEST(LongLife, AnswersWithoutATreeKeepNothing) {
+  const CaseFile file = whole_file::loadCases().front();
+  std::filesystem::current_path(file.folder);
+  for (const char* path : {"no-such-file.js", "."}) {
+    ParseJS(path, "A\nB\n");
+    CleanupJS();
+    const Heap before = heap;
+    for (int i = 0; i < 1'000; ++i) {
+      ParseJS(path, "A\nB\n");
+      CleanupJS();
+    }
+    EXPECT_EQ((heap - before).blocks, 0) << path;
+    EXPECT_EQ((heap - before).bytes, 0) << path;
+  }
+}
+
+// The next answer takes the place of the one before.
+TEST(LongLife, AHostThatNeverCleansUpKeepsOneAnswer) {
+  const CaseFile file = whole_file::loadCases().front();
+  std::filesystem::current_path(file.folder);
+  CleanupJS();
+  ParseJS("no-such-file.js", nullptr);
+  const Heap before = heap;
+  for (int i = 0; i < 1'000; ++i) ParseJS("no-such-file.js", nullptr);
+  EXPECT_EQ((heap - before).blocks, 0);
+  EXPECT_EQ((heap - before).bytes, 0);
+}
+
+}  // namespace
