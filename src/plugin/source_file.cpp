@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstring>
 #include <fstream>
 #include <ios>
 #include <stdexcept>
@@ -15,12 +16,16 @@ namespace {
 constexpr std::size_t kMinFirstBytes = 4'096;
 constexpr std::size_t kMaxFirstBytes = 65'536;
 
-// The bytes from the read position to the end, or 0 for a file that has no positions.
+// The bytes from the read position to the end, or 0 for a file that has no positions. Throws when
+// the way back to the read position fails: what is read from the end would be the records of a
+// part.
 std::size_t bytesLeft(std::filebuf& file) {
   const std::streamoff here = file.pubseekoff(0, std::ios::cur, std::ios::in);
   if (here < 0) return 0;
   const std::streamoff end = file.pubseekoff(0, std::ios::end, std::ios::in);
-  file.pubseekpos(here, std::ios::in);
+  if (file.pubseekpos(here, std::ios::in) != std::filebuf::pos_type(here)) {
+    throw std::ios_base::failure("seek", std::make_error_code(std::errc::io_error));
+  }
   return end > here ? static_cast<std::size_t>(end - here) : 0;
 }
 
@@ -40,6 +45,16 @@ std::string readAll(std::filebuf& file) {
   }
 }
 
+// The system's words for an error, in English whatever language the host has set.
+std::string messageOf(const std::error_code& code) {
+#ifdef __GLIBC__
+  const bool isOfSystem = code.category() != std::iostream_category();
+  const char* const words = isOfSystem ? strerrordesc_np(code.value()) : nullptr;
+  if (words != nullptr) return words;
+#endif
+  return code.message();
+}
+
 }  // namespace
 
 std::optional<std::string> readSourceFile(const std::string& path) {
@@ -49,7 +64,7 @@ std::optional<std::string> readSourceFile(const std::string& path) {
     return readAll(file);
   } catch (const std::ios_base::failure& failure) {
     if (failure.code() == std::errc::is_a_directory) return std::string();
-    throw std::runtime_error("Could not read file: " + failure.code().message());
+    throw std::runtime_error("Could not read file: " + messageOf(failure.code()));
   }
 }
 

@@ -8,8 +8,11 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <clocale>
 #include <cstddef>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <functional>
 #include <optional>
@@ -21,6 +24,7 @@
 
 #include "reliability/files.h"
 #include "reliability/parse.h"
+#include "support/leaks_allowed.h"
 #include "support/temp_dir.h"
 #include "whole_file/case_files.h"
 
@@ -165,6 +169,26 @@ TEST(ReadFailure, SaysWhatTheSystemSays) {
   }
 }
 
+// The system has translations of its messages; the host's language is not to reach the answer.
+TEST(ReadFailure, SaysItInEnglish) {
+  const support::TempDir directory;
+  const std::string locale = directory.path("de_DE.UTF-8");
+  if (std::system(("localedef -i de_DE -f UTF-8 " + locale + " >/dev/null 2>&1").c_str()) != 0) {
+    GTEST_SKIP() << "localedef has no sources here: Debian's package locales is missing";
+  }
+  const CaseFile file = whole_file::loadCases().front();
+  std::filesystem::current_path(file.folder);
+  const support::LeaksAllowed ofTheLibrary;  // setlocale keeps what it made of LOCPATH
+  ASSERT_EQ(setenv("LOCPATH", directory.path("").c_str(), 1), 0);
+  ASSERT_NE(std::setlocale(LC_ALL, "de_DE.UTF-8"), nullptr);
+  const std::string translated = std::strerror(EIO);
+  const Answer answer = parseReading(file, [](std::size_t, std::size_t) { return -EIO; });
+  std::setlocale(LC_ALL, "C");
+  unsetenv("LOCPATH");
+  EXPECT_EQ(answer, kIoError);
+  if (translated == "Input/output error") GTEST_SKIP() << "the system has no translations";
+}
+
 TEST(ReadFailure, IsNoneForADirectory) {
   const support::TempDir directory;
   std::filesystem::create_directory(directory.path("a.js"));
@@ -279,6 +303,37 @@ TEST(ShortReads, APipeIsReadToItsEnd) {
   const Answer answer = reliability::parse(file.input, reliability::definesOf(file));
   writer.join();
   EXPECT_EQ(answer, file.records);
+}
+
+// The full text or an error: never the records of a part.
+TEST(SeekFailure, NeverCutsATextShort) {
+  std::size_t failures = 0;
+  forEachCase([&failures](const CaseFile& file) {
+    parseWith(file.input, reliability::definesOf(file), {});
+    const std::size_t total = seen.seeks;
+    for (std::size_t failing = 0; failing < total; ++failing) {
+      Files plan;
+      plan.failingSeek = failing;
+      const Answer answer = parseWith(file.input, reliability::definesOf(file), plan);
+      EXPECT_TRUE(answer == file.records || answer == kIoError)
+          << "seek " << failing << " of " << total << ": " << answer.value_or("(null)");
+      ++failures;
+    }
+  });
+  forEachLongFile([&failures](const std::string& path, const std::string& full, std::size_t) {
+    parseWith(path, nullptr, {});
+    const std::size_t total = seen.seeks;
+    for (std::size_t failing = 0; failing < total; ++failing) {
+      Files plan;
+      plan.failingSeek = failing;
+      const Answer answer = parseWith(path, nullptr, plan);
+      EXPECT_TRUE(answer == full || answer == kIoError)
+          << "seek " << failing << " of " << total << ": "
+          << answer.value_or("(null)").substr(0, 100);
+      ++failures;
+    }
+  });
+  report("seeks failed", failures);
 }
 
 TEST(CloseFailure, CostsNothing) {
