@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "harness.h"
+#include "targets.h"
 
 namespace fuzz {
 namespace {
@@ -89,7 +90,7 @@ void testOneDirective(const std::string& line, const Names& known) {
 
 }  // namespace
 
-void testOne(std::string_view input) {
+void testCleaner(std::string_view input) {
   if (input.empty()) return;
   const std::array<Names, 3> choices{Names{}, Names{"DEBUG"}, Names{"A", "1", "(B)"}};
   const auto picked = static_cast<unsigned char>(input.front());

@@ -1,10 +1,9 @@
 #include "harness.h"
 
-#include <cstddef>
-#include <cstdint>
 #include <cstdlib>
 
 #include "run_nodes.h"
+#include "targets.h"
 
 namespace fuzz {
 
@@ -31,10 +30,9 @@ std::string Capture::text() {
   return {text_, size_};
 }
 
-}  // namespace fuzz
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const fuzz::RunNodes nodes;
-  fuzz::testOne({reinterpret_cast<const char*>(data), size});
-  return 0;
+void run(const Target& target, std::string_view input) {
+  const RunNodes nodes;
+  target.test(input);
 }
+
+}  // namespace fuzz

@@ -1,5 +1,4 @@
-// What a fuzz target is made of. A target is one function over bytes that somebody else chose:
-// libFuzzer, or the program that replays files. It asserts what has to hold for any bytes.
+// What the fuzz targets are made of.
 #pragma once
 
 #include <cstdio>
@@ -7,9 +6,6 @@
 #include <string_view>
 
 namespace fuzz {
-
-// One test. Each target defines it once; what it allocates of nodes is destroyed for it.
-void testOne(std::string_view input);
 
 // Reports what does not hold and ends the process, which is how a fuzzer learns of a finding.
 void require(bool holds, std::string_view what);

@@ -6,6 +6,7 @@
 #include "run_nodes.h"
 #include "support/make_tree.h"
 #include "support/same_tree.h"
+#include "targets.h"
 #include "text/file_names.h"
 
 namespace fuzz {
@@ -18,7 +19,7 @@ ObjectBranch* newTop(const std::string& path) {
 
 }  // namespace
 
-void testOne(std::string_view input) {
+void testPage(std::string_view input) {
   const RouteRun run = runRoute(input, kPageNames);
   if (run.answer.empty()) return;
   require(text::isPagePath(run.path), "the name is a page's");

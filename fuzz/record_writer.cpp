@@ -15,6 +15,7 @@
 #include "harness.h"
 #include "records/record_format.h"
 #include "records/record_pass.h"
+#include "targets.h"
 #include "text/file_names.h"
 #include "text/parts_list.h"
 #include "tree/object_branch.h"
@@ -178,7 +179,7 @@ std::string plainlyEscaped(const std::string& text) {
 
 }  // namespace
 
-void testOne(std::string_view input) {
+void testRecordWriter(std::string_view input) {
   ObjectBranch* const root = treeWrittenAs(input);
   Nodes kept;
   std::set<std::int32_t> numbers;

@@ -1,11 +1,10 @@
 // Runs a target over files, in place of a fuzzer: to see a finding again, and as a test.
 //
-//   replay_TARGET PATH ...
+//   replay TARGET PATH ...
 //
 // Each path is a file or a folder, which is searched. No file at all is a failure.
 #include <algorithm>
 #include <cstddef>
-#include <cstdint>
 #include <cstdio>
 #include <exception>
 #include <filesystem>
@@ -15,7 +14,7 @@
 #include <string>
 #include <vector>
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+#include "targets.h"
 
 namespace {
 
@@ -31,22 +30,24 @@ std::vector<fs::path> filesAt(const fs::path& path) {
   return files;
 }
 
-void replay(const fs::path& path) {
+void replay(const fuzz::Target& target, const fs::path& path) {
   std::ifstream file(path, std::ios::binary);
   if (!file) throw std::runtime_error("cannot read " + path.string());
-  const std::vector<char> bytes{std::istreambuf_iterator<char>(file), {}};
+  const std::string bytes{std::istreambuf_iterator<char>(file), {}};
   std::fprintf(stderr, "%s\n", path.c_str());
-  LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
+  fuzz::run(target, bytes);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
   try {
+    const fuzz::Target* const target = fuzz::findTarget(argc > 1 ? argv[1] : "");
+    if (target == nullptr) throw std::runtime_error("no target of that name");
     std::size_t count = 0;
-    for (int i = 1; i < argc; ++i) {
+    for (int i = 2; i < argc; ++i) {
       for (const fs::path& path : filesAt(argv[i])) {
-        replay(path);
+        replay(*target, path);
         ++count;
       }
     }

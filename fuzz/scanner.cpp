@@ -9,6 +9,7 @@
 #include "run_nodes.h"
 #include "support/make_tree.h"
 #include "support/same_tree.h"
+#include "targets.h"
 #include "text/file_names.h"
 
 namespace fuzz {
@@ -44,7 +45,7 @@ Scanned scanned(const RouteRun& run, Scan scan) {
 
 }  // namespace
 
-void testOne(std::string_view input) {
+void testScanner(std::string_view input) {
   const RouteRun run = runRoute(input, kScannerNames);
   if (run.answer.empty()) return;
   require(!text::isScriptPath(run.path) && !text::isPagePath(run.path), "the name is no other's");

@@ -1,11 +1,12 @@
 // Scripts, of any name that makes one.
 #include "harness.h"
 #include "route_run.h"
+#include "targets.h"
 #include "text/file_names.h"
 
 namespace fuzz {
 
-void testOne(std::string_view input) {
+void testScript(std::string_view input) {
   const RouteRun run = runRoute(input, kScriptNames);
   if (run.answer.empty()) return;
   require(text::isScriptPath(run.path), "the name is a script's");

@@ -26,7 +26,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t kHostileBytes = 2'000;
+constexpr std::size_t kHostileBytes = 600;
 
 struct Text {
   std::string name;
@@ -111,6 +111,9 @@ void writeTokeniserSeeds(const fs::path& folder, const std::vector<Text>& texts)
   }
 }
 
+// A function that its parent does not list.
+constexpr std::string_view kHiding = "function f(TTTTT) {";
+
 // A node a line. What a node is besides its text follows from the line's number: each value comes
 // with many values of the others.
 void writeRecordSeeds(const fs::path& folder, const std::vector<Text>& texts) {
@@ -123,7 +126,8 @@ void writeRecordSeeds(const fs::path& folder, const std::vector<Text>& texts) {
       for (const std::size_t part : {mixed % 3, mixed % 19, mixed % 45, mixed % 251}) {
         tree.push_back(static_cast<char>(part));
       }
-      tree.append(lines[line]).push_back(fuzz::kTextEnd);
+      const bool isMiddle = line == lines.size() / 2;
+      tree.append(isMiddle ? kHiding : lines[line]).push_back(fuzz::kTextEnd);
     }
     write(folder / "record_writer" / texts[i].name, tree);
   }
