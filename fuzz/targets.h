@@ -1,0 +1,39 @@
+// The fuzz targets. Each is one function over bytes that somebody else chose: libFuzzer, or the
+// program that replays files. It asserts what has to hold for any bytes.
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+namespace fuzz {
+
+void testScript(std::string_view input);
+void testPage(std::string_view input);
+void testScanner(std::string_view input);
+void testCleaner(std::string_view input);
+void testTokeniser(std::string_view input);
+void testRecordWriter(std::string_view input);
+
+struct Target {
+  std::string_view name;
+  void (*test)(std::string_view input);
+};
+inline constexpr std::array<Target, 6> kTargets{{{"script", testScript},
+                                                 {"page", testPage},
+                                                 {"scanner", testScanner},
+                                                 {"cleaner", testCleaner},
+                                                 {"tokeniser", testTokeniser},
+                                                 {"record_writer", testRecordWriter}}};
+
+// The target of that name, or null.
+constexpr const Target* findTarget(std::string_view name) {
+  const auto* const found = std::find_if(kTargets.begin(), kTargets.end(),
+                                         [name](const Target& each) { return each.name == name; });
+  return found == kTargets.end() ? nullptr : found;
+}
+
+// One test. What it allocates of nodes is destroyed behind it.
+void run(const Target& target, std::string_view input);
+
+}  // namespace fuzz
