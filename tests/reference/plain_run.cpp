@@ -1,6 +1,8 @@
 #include "reference/plain_run.h"
 
 #include <cstdint>
+#include <fstream>
+#include <sstream>
 
 #include "reference/plain_cleaner.h"
 #include "reference/plain_inline_functions.h"
@@ -86,6 +88,13 @@ std::vector<std::string> splitDefines(const std::string& defines) {
 }
 
 }  // namespace
+
+std::string readFile(const std::string& path) {
+  const std::ifstream file(path);
+  std::ostringstream stream;
+  stream << file.rdbuf();
+  return stream.str();
+}
 
 Run buildTree(const Request& request, ObjectBranch* root, std::string& chunk) {
   Run run;

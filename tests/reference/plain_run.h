@@ -16,6 +16,9 @@ struct Run {
   int strayTags = 0;    // closing tags that close nothing: a line each on standard error
 };
 
+// All bytes of the file, which has to be there.
+std::string readFile(const std::string& path);
+
 // The arguments of TreeBuilderJS, of which the chunk is one here.
 struct Request {
   std::string filePath;

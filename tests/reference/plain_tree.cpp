@@ -19,4 +19,17 @@ void addObjectToVector(ObjectBranch* node, std::vector<ObjectBranch*>& list) {
   for (ObjectBranch* child : node->children) addObjectToVector(child, list);
 }
 
+void deleteNodeTree(ObjectBranch* node, std::set<ObjectBranch*>& visited) {
+  if (node == nullptr || visited.count(node) > 0) return;
+  visited.insert(node);
+  if (node->nodeID == 0) {
+    node->children.clear();
+    return;
+  }
+  const std::vector<ObjectBranch*> children = node->children;
+  node->children.clear();
+  for (ObjectBranch* child : children) deleteNodeTree(child, visited);
+  delete node;
+}
+
 }  // namespace reference

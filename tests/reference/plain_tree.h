@@ -1,6 +1,7 @@
 // The tree's rules in their plain reading: recursion, and lists that are searched from the front.
 #pragma once
 
+#include <set>
 #include <vector>
 
 #include "tree/object_branch.h"
@@ -11,5 +12,7 @@ namespace reference {
 ObjectBranch* newNode();
 
 void addObjectToVector(ObjectBranch* node, std::vector<ObjectBranch*>& list);
+
+void deleteNodeTree(ObjectBranch* node, std::set<ObjectBranch*>& visited);
 
 }  // namespace reference

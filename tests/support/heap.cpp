@@ -1,10 +1,9 @@
 #include "support/heap.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <new>
 #include <utility>
-
-#include "tree/object_branch.h"
 
 namespace {
 
@@ -72,6 +71,11 @@ NodeSweep::~NodeSweep() {
     if (allAllocatedNodes.count(node) > 0) delete node;
   }
   allAllocatedNodes.clear();
+}
+
+bool NodeSweep::isAlive(const ObjectBranch* node) const {
+  return std::any_of(blocks_.begin(), blocks_.end(),
+                     [node](const void* block) { return block == node; });
 }
 
 // The set takes and gives back memory itself, and that is not to be noted.

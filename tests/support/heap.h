@@ -7,6 +7,8 @@
 #include <unordered_set>
 #include <vector>
 
+#include "tree/object_branch.h"
+
 namespace support {
 
 // While it lives, operator new fails for every block of exactly that many bytes.
@@ -49,6 +51,9 @@ class NodeSweep {
   NodeSweep(const NodeSweep&) = delete;
   NodeSweep& operator=(const NodeSweep&) = delete;
   ~NodeSweep();
+
+  // Whether a node that was made meanwhile is still there.
+  bool isAlive(const ObjectBranch* node) const;
 
   void note(void* block, std::size_t bytes);
   void forget(void* block) noexcept;

@@ -58,6 +58,21 @@ void forEachText(std::string_view alphabet, int count, Visit visit) {
   visitTexts(std::span(bytes, alphabet.size()), textLength(count), text, visit);
 }
 
+// Visits each text of up to count bytes of the alphabet at each place in a long run of filler,
+// since code that moves runs may take many bytes at a time.
+template <typename Visit>
+void forEachTextInARun(std::string_view alphabet, int count, char filler, Visit visit) {
+  constexpr std::size_t kLongest = 70;
+  forEachText(alphabet, count, [&](const std::string& text) {
+    for (std::size_t before = 0; before <= kLongest; ++before) {
+      if (testing::Test::HasFatalFailure()) return;
+      const std::string run = std::string(before, filler) + text;
+      visit(run);
+      visit(run + std::string(kLongest - before, filler));
+    }
+  });
+}
+
 // A text of less than count pieces. It has few kinds of them at a time, so that one piece that
 // decides everything behind it, such as an opening quote, is not in every text. In every other text
 // some of the pieces are single bytes of any value.

@@ -143,6 +143,15 @@ TEST(ScannerPlainReading, OfAllShortTextsOfOtherBytes) {
   expectNoDifference(comparison, printed);
 }
 
+TEST(ScannerPlainReading, OfShortTextsInLongRuns) {
+  Comparison comparison;
+  const std::string printed = support::stdoutOf([&comparison] {
+    support::forEachTextInARun("'\\\n;{}(", 3, 'a',
+                               [&](const std::string& text) { comparison(text + "\n}}}", {}); });
+  });
+  expectNoDifference(comparison, printed);
+}
+
 // clang-format off
 constexpr std::string_view kPieces[] = {
     "a", " ", "\n", ";", "{", "}", "(", ")", "\\", "\"", "'", "`", ",", "[", "]", "x", "{", "{",

@@ -79,6 +79,13 @@ TEST(ScriptContentPlainReading, OfAllShortTexts) {
   support::forEachText(kLines, 6, "", compare);
 }
 
+TEST(ScriptContentPlainReading, OfShortTextsInLongRuns) {
+  Comparison comparison;
+  const auto compare = [&comparison](const std::string& text) { comparison(text); };
+  support::forEachTextInARun("{}'\\\n", 3, 'a', compare);
+  support::forEachTextInARun("{}\" \n=", 3, ' ', compare);
+}
+
 // clang-format off
 constexpr std::string_view kPieces[] = {
     "a", " ", "\n", "\n", "\n", "{", "}", "{\n", "}\n", "};\n", "});\n", "'", "\"", "`", "\\",

@@ -40,6 +40,13 @@ TEST(CleanerPlainReading, PageComments) {
   forRandomTexts(kPagePieces, 40, 500'000, expectPlainPageComments);
 }
 
+TEST(CleanerPlainReading, ShortTextsInLongRuns) {
+  support::forEachTextInARun("<!->\n", 4, 'a', expectPlainPageComments);
+  support::forEachTextInARun("/*'\\;[\n\xE9", 4, 'a', expectPlainStripping);
+  support::forEachTextInARun("/*\"T }\x7F", 3, ' ', expectPlainStripping);
+  support::forEachTextInARun("T;d", 3, 'T', expectPlainStripping);
+}
+
 TEST(CleanerPlainReading, CommentStrippingOfAllShortTexts) {
   forEachText("/*'\\;[\nx", 7, expectPlainStripping);
   forEachText("/*\"' \xE9[", 7, expectPlainStripping);
@@ -52,10 +59,42 @@ TEST(CleanerPlainReading, CommentStrippingOfAllShortTextsWithMarkers) {
   forEachText(kMarkerPieces, 6, "", expectPlainStripping);
 }
 
-constexpr std::string_view kScriptPieces[] = {
-    "/", "*", "\n", "'",  "\"",   "\\",  "[",       "]",       ";",       "T",    "TTTTT", "d",
-    " ", "x", "}",  "{",  "\r",   "//",  "/*",      "*/",      "\xE9",    "\0"sv, "\x7F",  "abc",
-    "`", ")", ";[", "\f", "/**/", "\\'", "http://", "return ", "TTTTTT;", "/x/g"};
+constexpr std::string_view kScriptPieces[] = {"                                  ",
+                                              "averylongwordwithoutanyotherbytesinit",
+                                              "/",
+                                              "*",
+                                              "\n",
+                                              "'",
+                                              "\"",
+                                              "\\",
+                                              "[",
+                                              "]",
+                                              ";",
+                                              "T",
+                                              "TTTTT",
+                                              "d",
+                                              " ",
+                                              "x",
+                                              "}",
+                                              "{",
+                                              "\r",
+                                              "//",
+                                              "/*",
+                                              "*/",
+                                              "\xE9",
+                                              "\0"sv,
+                                              "\x7F",
+                                              "abc",
+                                              "`",
+                                              ")",
+                                              ";[",
+                                              "\f",
+                                              "/**/",
+                                              "\\'",
+                                              "http://",
+                                              "return ",
+                                              "TTTTTT;",
+                                              "/x/g"};
 
 TEST(CleanerPlainReading, CommentStrippingOfRandomTexts) {
   forRandomTexts(kScriptPieces, 40, 1'000'000, expectPlainStripping);
@@ -104,6 +143,9 @@ TEST(CleanerPlainReading, DirectivesOfAllShortTexts) {
   expectPlainSimulation({""}, [](SimulationDifference& difference) {
     forEachText("# \n\\a(\t", 8, [&](const std::string& text) { difference(text); });
     forEachText("# \n\\a\xE9", 6, [&](const std::string& text) { difference(text); });
+    for (const char filler : {'a', ' ', '#', '\n'})
+      support::forEachTextInARun("# \na\t\xE9", 3, filler,
+                                 [&](const std::string& text) { difference(text); });
   });
 }
 
@@ -162,10 +204,38 @@ TEST(CleanerPlainReading, DirectiveWords) {
   forEachText(kWordPieces, 3, "", expectPlainLiveBranch);
 }
 
-constexpr std::string_view kFilePieces[] = {
-    "<!--",  "-->",     "//",       "/*",  "*/",    "'",     "\"",     "\\",        "\r\n",   "\n",
-    "\n",    "\t",      "    ",     " ",   "#if A", "#else", "#endif", "#ifndef B", "x = 1;", "[a]",
-    "TTTTT", "TTTTTx;", "\xC3\xA9", "<a>", "</a>",  "\0"sv,  "`",      "{",         "}",      ";"};
+constexpr std::string_view kFilePieces[] = {"                                  ",
+                                            "averylongwordwithoutanyotherbytesinit",
+                                            "<!--",
+                                            "-->",
+                                            "//",
+                                            "/*",
+                                            "*/",
+                                            "'",
+                                            "\"",
+                                            "\\",
+                                            "\r\n",
+                                            "\n",
+                                            "\n",
+                                            "\t",
+                                            "    ",
+                                            " ",
+                                            "#if A",
+                                            "#else",
+                                            "#endif",
+                                            "#ifndef B",
+                                            "x = 1;",
+                                            "[a]",
+                                            "TTTTT",
+                                            "TTTTTx;",
+                                            "\xC3\xA9",
+                                            "<a>",
+                                            "</a>",
+                                            "\0"sv,
+                                            "`",
+                                            "{",
+                                            "}",
+                                            ";"};
 
 TEST(CleanerPlainReading, AllPasses) {
   std::string first;

@@ -41,6 +41,12 @@ TEST(EscapeStringPlainReading, OfAllShortTexts) {
   support::forEachText("\"\0\xE9\fn\\"sv, 7, expectPlainEscapes);
 }
 
+TEST(EscapeStringPlainReading, OfShortTextsInLongRuns) {
+  support::forEachTextInARun("\"'\\\n\r\ta", 4, 'a', expectPlainEscapes);
+  support::forEachTextInARun("\"'\\\n\r\ta", 4, '\xE9', expectPlainEscapes);
+  support::forEachTextInARun("\"'\\\n\r\ta", 3, '"', expectPlainEscapes);
+}
+
 TEST(EscapeStringPlainReading, OfRandomTexts) {
   support::forRandomTexts(kPieces, 30, 1'000'000, expectPlainEscapes);
   support::forRandomTexts(kPieces, 300, 50'000, expectPlainEscapes);

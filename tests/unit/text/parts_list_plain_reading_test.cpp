@@ -29,6 +29,11 @@ TEST(PartsListPlainReading, OfAllShortTexts) {
   forEachText("1.'+\0\xE9 "sv, 6, expectPlainParts);
 }
 
+TEST(PartsListPlainReading, OfShortTextsInLongRuns) {
+  for (const char filler : {'a', ' ', '1', '='})
+    support::forEachTextInARun("a'\"\\ ;.=", 3, filler, expectPlainParts);
+}
+
 // clang-format off
 constexpr std::string_view kPieces[] = {
     "a", "1", "'", "\"", "`", "\\", ".", "=", "<", "+", "(", " ", ")", "{", "}", "[", "]", ":",

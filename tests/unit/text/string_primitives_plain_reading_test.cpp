@@ -76,6 +76,14 @@ TEST(StringPrimitivesPlainReading, OfAllShortTexts) {
   forEachText("abc", 7, expectPlainReplacing);
 }
 
+TEST(StringPrimitivesPlainReading, OfShortTextsInLongRuns) {
+  for (const char filler : {'a', ' ', '\n'}) {
+    support::forEachTextInARun(" \t\f\na", 4, filler, expectPlainTrims);
+    support::forEachTextInARun(": a$", 3, filler, expectPlainWords);
+  }
+  support::forEachTextInARun("?<>\"a", 3, 'a', expectPlainSearches);
+}
+
 TEST(StringPrimitivesPlainReading, OfRandomTexts) {
   forRandomTexts(kPieces, 40, 500'000, [](const std::string& text) {
     expectPlainTrims(text);

@@ -1,8 +1,9 @@
-// Holds the flat list of a tree, which looks numbers up in a table, against the plain reading of
-// its rule, which searches the list for each node.
+// Holds the flat list of a tree, which looks numbers up in a table, and the teardown, which keeps
+// its own stack, against the plain reading of their rules.
 #include <cstddef>
 #include <cstdint>
 #include <random>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -42,6 +43,39 @@ TEST(AddObjectToVectorPlainReading, OfRandomTreesAndLists) {
     AddObjectToVector(nodes[0], &real);
     reference::addObjectToVector(nodes[0], plain);
     ASSERT_EQ(real, plain);
+  }
+}
+
+// What is left of a tree: for each node whether it was visited and whether it is alive.
+template <typename Delete>
+std::string leftOf(const support::TreePlan& plan, const std::vector<std::size_t>& extraChildren,
+                   Delete deleteTree) {
+  const support::NodeSweep sweep;
+  const std::vector<ObjectBranch*> nodes = support::growTree(plan);
+  for (const std::size_t extra : extraChildren)
+    nodes[extra / 100 % nodes.size()]->children.push_back(
+        extra % 7 == 0 ? nullptr : nodes[extra % 100 % nodes.size()]);
+  std::set<ObjectBranch*> visited;
+  if (extraChildren.size() == 1) visited.insert(nodes[nodes.size() / 2]);
+  deleteTree(nodes[0], visited);
+  std::string left;
+  for (ObjectBranch* node : nodes) {
+    left += visited.count(node) > 0 ? "v" : "-";
+    left += sweep.isAlive(node) ? "a " : "- ";
+  }
+  return left;
+}
+
+TEST(DeleteNodeTreePlainReading, OfRandomTreesAndCycles) {
+  std::mt19937 random(20240308);
+  for (int i = support::textCount(100'000); i > 0 && !HasFatalFailure(); --i) {
+    support::TreePlan plan = support::randomPlan(kTexts, 15, random);
+    const std::int32_t shift = static_cast<std::int32_t>(random() % 16);
+    for (support::NodePlan& node : plan) node.id = (node.id + shift) % 15;
+    std::vector<std::size_t> extraChildren(random() % 4);
+    for (std::size_t& extra : extraChildren) extra = random() % 10'000;
+    ASSERT_EQ(leftOf(plan, extraChildren, DeleteNodeTree),
+              leftOf(plan, extraChildren, reference::deleteNodeTree));
   }
 }
 
