@@ -3,12 +3,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
-#include <vector>
 
-#include "detect/declarations.h"
-#include "detect/flow.h"
-#include "text/parts_list.h"
-#include "text/string_primitives.h"
+#include "reference/plain_detectors.h"
+#include "reference/plain_parts_list.h"
+#include "reference/plain_strings.h"
+#include "reference/plain_tree.h"
 
 namespace reference {
 namespace {
@@ -20,7 +19,7 @@ void classify(ObjectBranch* node, std::uint32_t code, const std::string& label) 
 
 void classifyFunction(ObjectBranch* node) {
   classify(node, 6, "function");
-  node->simpleFunctionName = functionName(node->contents, "");
+  node->simpleFunctionName = functionName(node->contents);
 }
 
 class Leaf {
@@ -28,24 +27,22 @@ class Leaf {
   explicit Leaf(ObjectBranch* leaf) : leaf_(leaf), currentBranch_(leaf) {}
 
   void split() {
-    std::vector<std::string> parts;
-    PartsList(leaf_->contents, parts);
-    for (const std::string& part : parts) {
+    for (const std::string& part : partsList(leaf_->contents)) {
       if (part == "{") {
         openBlock();
       } else if (part == "}") {
         closeBlock();
-      } else if (part == ";" && braceDepth_ == 0 && !TrimAndReduce(pendingText_).empty()) {
+      } else if (part == ";" && braceDepth_ == 0 && !trimAndReduce(pendingText_).empty()) {
         endStatement();
       } else {
         pendingText_ += part + " ";
       }
     }
-    const std::string t = TrimAndReduce(pendingText_);
+    const std::string t = trimAndReduce(pendingText_);
     if (t.empty() || currentBranch_ != leaf_) return;
-    if (DetectJSReturnDeclaration(t)) {
+    if (detectJSReturnDeclaration(t)) {
       classify(leaf_, 3, "line");
-    } else if (DetectJSVariableDeclaration(t) && leaf_->branchTypeAsString != "namespace") {
+    } else if (detectJSVariableDeclaration(t) && leaf_->branchTypeAsString != "namespace") {
       classify(leaf_, 12, "classvar");
     }
   }
@@ -53,16 +50,16 @@ class Leaf {
  private:
   void openBlock() {
     ++braceDepth_;
-    const std::string t = TrimAndReduce(pendingText_);
+    const std::string t = trimAndReduce(pendingText_);
     if (!t.empty()) {
-      ObjectBranch* node = newNode(t);
-      if (DetectJSFunctionDeclaration(t)) {
+      ObjectBranch* node = makeNode(t);
+      if (detectJSFunctionDeclaration(t)) {
         classifyFunction(node);
-      } else if (DetectJSClass(t)) {
+      } else if (detectJSClass(t)) {
         classify(node, 7, "class");
-      } else if (DetectJSLogic(t)) {
+      } else if (detectJSLogic(t)) {
         classify(node, 5, "logic");
-      } else if (DetectJSLoop(t)) {
+      } else if (detectJSLoop(t)) {
         classify(node, 10, "loop");
       } else {
         classify(node, 2, "container");
@@ -75,14 +72,14 @@ class Leaf {
 
   void closeBlock() {
     --braceDepth_;
-    const std::string t = TrimAndReduce(pendingText_);
+    const std::string t = trimAndReduce(pendingText_);
     if (!t.empty() && currentBranch_ != leaf_) {
-      ObjectBranch* node = newNode(t);
-      if (DetectJSReturnDeclaration(t)) {
+      ObjectBranch* node = makeNode(t);
+      if (detectJSReturnDeclaration(t)) {
         classify(node, 3, "line");
-      } else if (DetectJSVariableDeclaration(t)) {
+      } else if (detectJSVariableDeclaration(t)) {
         classify(node, 12, "classvar");
-      } else if (DetectJSFunctionDeclaration(t)) {
+      } else if (detectJSFunctionDeclaration(t)) {
         classifyFunction(node);
       } else {
         classify(node, 3, "line");
@@ -95,11 +92,11 @@ class Leaf {
   }
 
   void endStatement() {
-    const std::string t = TrimAndReduce(pendingText_);
-    ObjectBranch* node = newNode(t);
-    if (DetectJSReturnDeclaration(t)) {
+    const std::string t = trimAndReduce(pendingText_);
+    ObjectBranch* node = makeNode(t);
+    if (detectJSReturnDeclaration(t)) {
       classify(node, 3, "line");
-    } else if (DetectJSVariableDeclaration(t)) {
+    } else if (detectJSVariableDeclaration(t)) {
       classify(node, 12, "classvar");
     } else {
       classify(node, 3, "line");
@@ -108,11 +105,8 @@ class Leaf {
     pendingText_ = "";
   }
 
-  ObjectBranch* newNode(const std::string& contents) const {
-    ObjectBranch* node = allocateObjectBranch();
-    node->nodeID = currentIndex;
-    ++currentIndex;
-    node->functionID = -1;
+  ObjectBranch* makeNode(const std::string& contents) const {
+    ObjectBranch* node = newNode();
     node->parent = currentBranch_;
     node->lineNumber = leaf_->lineNumber;
     node->filePath = leaf_->filePath;

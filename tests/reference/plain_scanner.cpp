@@ -3,8 +3,9 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "detect/module_patterns.h"
-#include "text/string_primitives.h"
+#include "reference/plain_detectors.h"
+#include "reference/plain_strings.h"
+#include "reference/plain_tree.h"
 
 namespace reference {
 namespace {
@@ -49,7 +50,7 @@ class Scanner {
       --parenDepth_;
       if (parenDepth_ < 0) parenDepth_ = 0;
     }
-    if (byte == '[' && !bracketSkip_ && parenDepth_ == 0 && TrimAndReduce(chunk_).empty() &&
+    if (byte == '[' && !bracketSkip_ && parenDepth_ == 0 && trimAndReduce(chunk_).empty() &&
         !isJavaScript_) {
       bracketSkip_ = true;
       return;
@@ -80,20 +81,17 @@ class Scanner {
 
   void endLine() {
     ++lineCounter_;
-    if (Contains(chunk_, "\\")) {
-      const std::string before = LastWord(chunk_);
-      if (!before.empty() && before[before.size() - 1] == '\\') return;
-    }
+    if (continues(chunk_)) return;
     const std::string c = cleanedChunk(chunk_);
     if (c.empty() || parenDepth_ != 0 || c == ")" || c == "});" || c == "})" || c == ")))" ||
         c == "))))" || c == "}" || c == "{" || c == "};") {
       chunk_ = "";
       return;
     }
-    ObjectBranch* node = newNode();
+    ObjectBranch* node = newCountedNode();
     node->parent = currentBranch_;
-    node->branchType = DetectJSImports(c) ? 4 : 3;
-    node->branchTypeAsString = DetectJSImports(c) ? "define" : "line";
+    node->branchType = detectJSImports(c) ? 4 : 3;
+    node->branchTypeAsString = detectJSImports(c) ? "define" : "line";
     node->contents = c;
     node->lineNumber = lineCounter_ - 1;
     node->filePath = currentBranch_->filePath;
@@ -107,11 +105,11 @@ class Scanner {
       chunk_ = "";
       return;
     }
-    if (IndexOf(c, "import ") == 0) {
+    if (indexOf(c, "import ") == 0) {
       chunk_ = "";
       return;
     }
-    if (IndexOf(c, "const ") == 0 && Contains(c, "require")) {
+    if (indexOf(c, "const ") == 0 && contains(c, "require")) {
       chunk_ = "";
       return;
     }
@@ -120,7 +118,7 @@ class Scanner {
       return;
     }
     repairScope();
-    ObjectBranch* node = newNode();
+    ObjectBranch* node = newCountedNode();
     node->parent = currentBranch_;
     node->branchType = 3;
     node->branchTypeAsString = "line";
@@ -134,10 +132,10 @@ class Scanner {
   void repairScope() {
     if (currentBranch_->parent == nullptr) {
       std::string word = "global";
-      if (Contains(currentBranch_->filePath, ".html") ||
-          Contains(currentBranch_->filePath, "script"))
+      if (contains(currentBranch_->filePath, ".html") ||
+          contains(currentBranch_->filePath, "script"))
         word = "window";
-      ObjectBranch* scope = newNode();
+      ObjectBranch* scope = newCountedNode();
       scope->parent = root_;
       scope->branchType = 8;
       scope->branchTypeAsString = "namespace";
@@ -153,7 +151,7 @@ class Scanner {
   }
 
   void addClass(ObjectBranch* parent, const std::string& contents) {
-    ObjectBranch* node = newNode();
+    ObjectBranch* node = newCountedNode();
     node->parent = parent;
     node->branchType = 7;
     node->branchTypeAsString = "class";
@@ -166,18 +164,18 @@ class Scanner {
 
   void openBrace() {
     if (isJavaScript_) {
-      if (ContainsWord(chunk_, "class")) {
-        if (!Contains(chunk_, "\"") && !Contains(chunk_, "'") && !Contains(chunk_, "`"))
+      if (contains(chunk_, "class")) {
+        if (!contains(chunk_, "\"") && !contains(chunk_, "'") && !contains(chunk_, "`"))
           classBlockPending_ = true;
-      } else if (!Contains(chunk_, "(") && !Contains(chunk_, "=>")) {
-        ObjectBranch* node = newNode();
+      } else if (!contains(chunk_, "(") && !contains(chunk_, "=>")) {
+        ObjectBranch* node = newCountedNode();
         if (root_->children.empty())
           return fail("error: Zero child objects", "zero children. This is not correct.");
         enterBlock(node, 4, "define", 0);
         return;
       }
     }
-    ObjectBranch* node = newNode();
+    ObjectBranch* node = newCountedNode();
     if (classBlockPending_) {
       enterBlock(node, 4, "define", lineCounter_);
     } else {
@@ -189,7 +187,7 @@ class Scanner {
     node->parent = currentBranch_;
     node->branchType = code;
     node->branchTypeAsString = label;
-    node->contents = TrimAndReduce(chunk_);
+    node->contents = trimAndReduce(chunk_);
     node->lineNumber = line;
     node->filePath = currentBranch_->filePath;
     chunk_ = "";
@@ -207,11 +205,11 @@ class Scanner {
 
   void fail(const std::string& label, const std::string& printed) {
     printed_ += printed;
-    ObjectBranch* node = newNode();
+    ObjectBranch* node = newCountedNode();
     node->parent = root_;
     node->branchType = 18;
     node->branchTypeAsString = label;
-    node->contents = TrimAndReduce(chunk_);
+    node->contents = trimAndReduce(chunk_);
     node->lineNumber = lineCounter_;
     node->filePath = currentBranch_->filePath;
     root_->children.push_back(node);
@@ -219,13 +217,10 @@ class Scanner {
     ended_ = true;
   }
 
-  static ObjectBranch* newNode() {
-    ObjectBranch* node = allocateObjectBranch();
-    node->nodeID = currentIndex;
-    ++currentIndex;
-    node->functionID = -1;
+  // Each node of the scan counts twice.
+  static ObjectBranch* newCountedNode() {
     ++objectCount;
-    return node;
+    return newNode();
   }
 
   ObjectBranch* root_;
@@ -247,7 +242,7 @@ class Scanner {
 }  // namespace
 
 std::string cleanedChunk(std::string text) {
-  std::string r = TrimAndReduce(text);
+  std::string r = trimAndReduce(text);
   if (r.size() >= 2 && r[0] == ',' && r[1] == ' ') {
     r.erase(0, 2);
   } else if (!r.empty() && r[0] == ',') {
@@ -255,7 +250,13 @@ std::string cleanedChunk(std::string text) {
   }
   while (!r.empty() && r[r.size() - 1] == ')') r.erase(r.size() - 1);
   while (!r.empty() && r[0] == ')') r.erase(0, 1);
-  return TrimAndReduce(r);
+  return trimAndReduce(r);
+}
+
+bool continues(const std::string& chunk) {
+  if (!contains(chunk, "\\")) return false;
+  const std::string before = lastWord(chunk);
+  return !before.empty() && before[before.size() - 1] == '\\';
 }
 
 std::string scanCharacters(const std::string& text, ObjectBranch* root, ObjectBranch* start,

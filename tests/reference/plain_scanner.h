@@ -12,6 +12,9 @@ namespace reference {
 // CleanupChunk by erasing one byte at a time.
 std::string cleanedChunk(std::string text);
 
+// Whether a line feed behind the chunk does not end the statement.
+bool continues(const std::string& chunk);
+
 // Scans text with start as the node for the first statements, as builder::scanCharacters does, and
 // returns what a run prints.
 std::string scanCharacters(const std::string& text, ObjectBranch* root, ObjectBranch* start,

@@ -1,12 +1,15 @@
 #include "support/heap.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <new>
+#include <utility>
 
 namespace {
 
 std::size_t failingBytes = 0;  // 0 while nothing fails
 support::ReleaseWatch* watch = nullptr;
+support::NodeSweep* sweep = nullptr;
 
 }  // namespace
 
@@ -15,10 +18,12 @@ void* operator new(std::size_t bytes) {
   if (bytes != 0 && bytes == failingBytes) throw std::bad_alloc();
   void* const block = std::malloc(bytes == 0 ? 1 : bytes);
   if (block == nullptr) throw std::bad_alloc();
+  if (sweep != nullptr) sweep->note(block, bytes);
   return block;
 }
 
 void operator delete(void* block) noexcept {
+  if (sweep != nullptr) sweep->forget(block);
   if (watch == nullptr || !watch->take(block)) std::free(block);
 }
 
@@ -55,6 +60,36 @@ bool ReleaseWatch::take(void* block) noexcept {
     return true;
   }
   return false;
+}
+
+NodeSweep::NodeSweep() { sweep = this; }
+
+NodeSweep::~NodeSweep() {
+  sweep = nullptr;
+  for (void* block : blocks_) {
+    auto* const node = static_cast<ObjectBranch*>(block);
+    if (allAllocatedNodes.count(node) > 0) delete node;
+  }
+  allAllocatedNodes.clear();
+}
+
+bool NodeSweep::isAlive(const ObjectBranch* node) const {
+  return std::any_of(blocks_.begin(), blocks_.end(),
+                     [node](const void* block) { return block == node; });
+}
+
+// The set takes and gives back memory itself, and that is not to be noted.
+void NodeSweep::note(void* block, std::size_t bytes) {
+  if (bytes != sizeof(ObjectBranch)) return;
+  NodeSweep* const self = std::exchange(sweep, nullptr);
+  blocks_.insert(block);
+  sweep = self;
+}
+
+void NodeSweep::forget(void* block) noexcept {
+  NodeSweep* const self = std::exchange(sweep, nullptr);
+  blocks_.erase(block);
+  sweep = self;
 }
 
 }  // namespace support

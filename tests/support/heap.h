@@ -4,7 +4,10 @@
 
 #include <cstddef>
 #include <initializer_list>
+#include <unordered_set>
 #include <vector>
+
+#include "tree/object_branch.h"
 
 namespace support {
 
@@ -38,6 +41,25 @@ class ReleaseWatch {
     int releases;
   };
   std::vector<Entry> entries_;
+};
+
+// While it lives, notes which nodes are made, and at its end destroys those that are left, which no
+// run does: so a test can go through runs by the ten thousand. The registry of nodes is then empty.
+class NodeSweep {
+ public:
+  NodeSweep();
+  NodeSweep(const NodeSweep&) = delete;
+  NodeSweep& operator=(const NodeSweep&) = delete;
+  ~NodeSweep();
+
+  // Whether a node that was made meanwhile is still there.
+  bool isAlive(const ObjectBranch* node) const;
+
+  void note(void* block, std::size_t bytes);
+  void forget(void* block) noexcept;
+
+ private:
+  std::unordered_set<void*> blocks_;  // of the size of a node
 };
 
 }  // namespace support

@@ -1,4 +1,4 @@
-// Texts by the thousand, for holding fast code against the plain reading of its rules.
+// Texts by the million, for holding fast code against the plain reading of its rules.
 #pragma once
 
 #include <cstddef>
@@ -11,27 +11,95 @@
 
 namespace support {
 
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define QUORL_TESTS_SANITIZED 1
+#endif
+#endif
+#if defined(__SANITIZE_ADDRESS__) || defined(QUORL_TESTS_SANITIZED) || !defined(__OPTIMIZE__)
+inline constexpr bool kSlowBuild = true;
+#else
+inline constexpr bool kSlowBuild = false;
+#endif
+
+// A slow build, which looks for other faults, reads fewer texts and leaves out the longest.
+constexpr int textCount(int count) { return kSlowBuild ? count / 20 : count; }
+constexpr int textLength(int length) { return kSlowBuild ? length - 2 : length; }
+
+// The text with each text of up to count of the pieces behind it in turn. Text is given back as it
+// was.
+template <typename Visit>
+void visitTexts(std::span<const std::string_view> pieces, int count, std::string& text,
+                Visit& visit) {
+  if (testing::Test::HasFatalFailure()) return;
+  visit(static_cast<const std::string&>(text));
+  if (count == 0) return;
+  const std::size_t size = text.size();
+  for (const std::string_view piece : pieces) {
+    text += piece;
+    visitTexts(pieces, count - 1, text, visit);
+    text.resize(size);
+  }
+}
+
 // Visits before followed by each text of up to count of the pieces, until an assertion fails.
 template <typename Visit>
-void forEachText(std::span<const std::string_view> pieces, int count, const std::string& before,
+void forEachText(std::span<const std::string_view> pieces, int count, std::string before,
                  Visit visit) {
-  if (testing::Test::HasFatalFailure()) return;
-  visit(before);
-  if (count == 0) return;
-  for (const std::string_view piece : pieces)
-    forEachText(pieces, count - 1, before + std::string(piece), visit);
+  visitTexts(pieces, textLength(count), before, visit);
+}
+
+// The same with the bytes of the alphabet as pieces.
+template <typename Visit>
+void forEachText(std::string_view alphabet, int count, Visit visit) {
+  std::string_view bytes[256];
+  for (std::size_t i = 0; i < alphabet.size(); ++i) bytes[i] = alphabet.substr(i, 1);
+  std::string text;
+  visitTexts(std::span(bytes, alphabet.size()), textLength(count), text, visit);
+}
+
+// Visits each text of up to count bytes of the alphabet at each place in a long run of filler,
+// since code that moves runs may take many bytes at a time.
+template <typename Visit>
+void forEachTextInARun(std::string_view alphabet, int count, char filler, Visit visit) {
+  constexpr std::size_t kLongest = 70;
+  forEachText(alphabet, count, [&](const std::string& text) {
+    for (std::size_t before = 0; before <= kLongest; ++before) {
+      if (testing::Test::HasFatalFailure()) return;
+      const std::string run = std::string(before, filler) + text;
+      visit(run);
+      visit(run + std::string(kLongest - before, filler));
+    }
+  });
 }
 
 // A text of less than count pieces. It has few kinds of them at a time, so that one piece that
-// decides everything behind it, such as an opening quote, is not in every text.
+// decides everything behind it, such as an opening quote, is not in every text. In every other text
+// some of the pieces are single bytes of any value.
 inline std::string randomText(std::span<const std::string_view> pieces, std::size_t count,
                               std::mt19937& random) {
   const std::size_t first = random() % pieces.size();
   const std::size_t kinds = 1 + random() % pieces.size();
+  const bool hasOddBytes = random() % 2 == 0;
   std::string text;
-  for (std::size_t left = random() % count; left > 0; --left)
-    text += pieces[(first + random() % kinds) % pieces.size()];
+  for (std::size_t left = random() % count; left > 0; --left) {
+    const std::size_t choice = random();
+    if (hasOddBytes && choice % 16 == 0) {
+      text += static_cast<char>(choice / 16 % 256);
+    } else {
+      text += pieces[(first + choice / 16 % kinds) % pieces.size()];
+    }
+  }
   return text;
+}
+
+// Visits so many random texts, the same ones in each run, until an assertion fails.
+template <typename Visit>
+void forRandomTexts(std::span<const std::string_view> pieces, std::size_t count, int texts,
+                    Visit visit) {
+  std::mt19937 random(20240229);
+  for (int i = textCount(texts); i > 0 && !testing::Test::HasFatalFailure(); --i)
+    visit(randomText(pieces, count, random));
 }
 
 }  // namespace support

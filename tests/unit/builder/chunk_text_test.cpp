@@ -15,8 +15,9 @@
 
 #include <gtest/gtest.h>
 
-#include "builder/node_emission.h"
-#include "text/string_primitives.h"
+#include "reference/plain_scanner.h"
+#include "reference/plain_strings.h"
+#include "support/many_texts.h"
 
 namespace {
 
@@ -36,15 +37,9 @@ void PrintTo(const Answers& answers, std::ostream* out) {
        << ", continues " << answers.continues;
 }
 
-Answers plainAnswers(std::string text) {
-  Answers answers;
-  answers.isBlank = TrimAndReduce(text).empty();
-  answers.cleansToNothing = CleanupChunk(text).empty();
-  if (Contains(text, "\\")) {
-    const std::string before = LastWord(text);
-    answers.continues = !before.empty() && before.back() == '\\';
-  }
-  return answers;
+Answers plainAnswers(const std::string& text) {
+  return {reference::trimAndReduce(text).empty(), reference::cleanedChunk(text).empty(),
+          reference::continues(text)};
 }
 
 Answers answersOf(ChunkText& chunk) {
@@ -187,13 +182,13 @@ TEST(ChunkText, AnswersAsThePlainRulesForLongerTexts) {
                                           "\n", "\r", "\\", "x", "\0"sv, "\x80", "\\ ", ") )"};
   std::mt19937 random(20240308);
   int cleaned = 0;
-  for (int round = 0; round < 20'000; ++round) {
+  for (int left = support::textCount(200'000); left > 0; --left) {
     std::string text;
     ChunkText chunk(text);
     // Few kinds of pieces at a time, so that one unlucky piece does not decide every text.
     const std::size_t first = random() % std::size(kPieces);
     const std::size_t kinds = 1 + random() % std::size(kPieces);
-    for (std::size_t left = 1 + random() % 20; left > 0; --left) {
+    for (std::size_t pieces = 1 + random() % 20; pieces > 0; --pieces) {
       chunk.append(kPieces[(first + random() % kinds) % std::size(kPieces)]);
       if (random() % 3 == 0) continue;  // not asked after each piece
       const Answers plain = plainAnswers(text);
@@ -201,7 +196,7 @@ TEST(ChunkText, AnswersAsThePlainRulesForLongerTexts) {
       cleaned += plain.cleansToNothing && !plain.isBlank ? 1 : 0;
     }
   }
-  EXPECT_GT(cleaned, 1000) << "the texts must show both answers";
+  EXPECT_GT(cleaned, support::textCount(20'000)) << "the texts must show both answers";
 }
 
 }  // namespace

@@ -116,10 +116,11 @@ TEST(ScannerPlainReading, OfAllShortTexts) {
   Comparison comparison;
   const std::string printed = support::stdoutOf([&comparison] {
     for (const Start start : {Start::kRoot, Start::kNamespace, Start::kClass}) {
-      const int bytes = start == Start::kClass ? 5 : 4;
-      forEachText(kBytes, bytes, "",
+      const int bytes = start == Start::kClass ? 7 : 6;
+      forEachText("a\n;{}()", bytes,
                   [&](const std::string& text) { comparison(text, {.start = start}); });
     }
+    forEachText(kBytes, 5, "", [&](const std::string& text) { comparison(text, {}); });
   });
   expectNoDifference(comparison, printed);
 }
@@ -131,13 +132,22 @@ constexpr std::string_view kBracketBytes[] = {"[", "]", " ", "\n", ";", "{", "}"
 TEST(ScannerPlainReading, OfAllShortTextsOfOtherBytes) {
   Comparison comparison;
   const std::string printed = support::stdoutOf([&comparison] {
-    forEachText(kClosings, 5, "", [&](const std::string& text) { comparison(text + "\n;", {}); });
-    forEachText(kStringBytes, 5, "",
+    forEachText(kClosings, 6, "", [&](const std::string& text) { comparison(text + "\n;", {}); });
+    forEachText(kStringBytes, 6, "",
                 [&](const std::string& text) { comparison(text + "\n;", {}); });
-    forEachText(kBracketBytes, 4, "", [&](const std::string& text) {
+    forEachText(kBracketBytes, 5, "", [&](const std::string& text) {
       comparison(text + "\n;", {.isJavaScript = false});
       comparison(text + "\n}}}", {});
     });
+  });
+  expectNoDifference(comparison, printed);
+}
+
+TEST(ScannerPlainReading, OfShortTextsInLongRuns) {
+  Comparison comparison;
+  const std::string printed = support::stdoutOf([&comparison] {
+    support::forEachTextInARun("'\\\n;{}(", 3, 'a',
+                               [&](const std::string& text) { comparison(text + "\n}}}", {}); });
   });
   expectNoDifference(comparison, printed);
 }
@@ -159,7 +169,7 @@ TEST(ScannerPlainReading, OfRandomTexts) {
   Comparison comparison;
   const std::string printed = support::stdoutOf([&comparison] {
     std::mt19937 random(20240311);
-    for (int round = 0; round < 40'000; ++round) {
+    for (int left = support::textCount(200'000); left > 0; --left) {
       Setting setting;
       setting.start = static_cast<Start>(random() % 3);
       setting.isJavaScript = random() % 4 != 0;
@@ -177,7 +187,7 @@ TEST(ScannerPlainReading, OfRandomTexts) {
 
 TEST(ScannerPlainReading, OfTheCleaningOfAChunk) {
   constexpr std::string_view kChunkBytes[] = {")", "(", ",", " ", "\n", "\f", "x"};
-  forEachText(kChunkBytes, 6, "", [](const std::string& text) {
+  forEachText(kChunkBytes, 7, "", [](const std::string& text) {
     ASSERT_EQ(CleanupChunk(text), reference::cleanedChunk(text)) << testing::PrintToString(text);
   });
 }

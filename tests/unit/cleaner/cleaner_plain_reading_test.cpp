@@ -1,9 +1,5 @@
 // Holds the passes, which work in place and move runs of bytes, against the plain reading of their
-// rules, which looks at one byte after the other and keeps a flag for each thing it knows.
-
-#include <cstddef>
-#include <random>
-#include <span>
+// rules.
 #include <string>
 #include <string_view>
 #include <utility>
@@ -12,355 +8,251 @@
 #include <gtest/gtest.h>
 
 #include "cleaner/cleaner.h"
+#include "reference/plain_cleaner.h"
 #include "support/capture.h"
+#include "support/many_texts.h"
 #include "support/names.h"
 
 namespace {
 
 using std::string_view_literals::operator""sv;
-
-std::string withoutPageCommentsPlainly(const std::string& text) {
-  std::string result;
-  bool inComment = false;
-  for (std::size_t i = 0; i < text.size();) {
-    if (!inComment && text.compare(i, 4, "<!--") == 0) {
-      inComment = true;
-      i += 4;
-    } else if (inComment && text.compare(i, 3, "-->") == 0) {
-      inComment = false;
-      i += 3;
-    } else {
-      if (!inComment || text[i] == '\n') result += text[i];
-      ++i;
-    }
-  }
-  return result;
-}
-
-class PlainStripper {
- public:
-  explicit PlainStripper(const std::string& text) : text_(text) {
-    for (at_ = 0; at_ < text_.size(); ++at_) takeByte(text_[at_]);
-  }
-  const std::string& result() const { return result_; }
-
- private:
-  bool inString() const { return inSingleQuote_ || inDoubleQuote_; }
-  bool inComment() const { return inLineComment_ || inBlockComment_; }
-
-  void takeByte(char byte) {
-    const auto order = static_cast<signed char>(byte);
-    if ((order < 0x20 && byte != '\n' && byte != '\r') || order > 0x7E) {
-      result_ += ' ';
-    } else if (copyNext_) {
-      copyNext_ = false;
-      result_ += byte;
-    } else if (opensMarkerRun()) {
-      markerRun_ = true;
-    } else if (byte == ';' && markerRun_) {
-      markerRun_ = false;
-    } else {
-      if (byte == ';') statementStart_ = true;
-      if (!(byte == '[' && statementStart_) && !markerRun_) takeTextByte(byte);
-    }
-  }
-
-  bool opensMarkerRun() const {
-    if (inString() || markerRun_ || inComment()) return false;
-    return at_ + 5 < text_.size() && text_.compare(at_, 5, "TTTTT") == 0 &&
-           (at_ < 2 || text_[at_ - 2] != 'd');
-  }
-
-  void takeTextByte(char byte) {
-    const char next = at_ + 1 < text_.size() ? text_[at_ + 1] : byte;
-    const char previous = at_ > 0 ? text_[at_ - 1] : byte;
-    if (inString()) {
-      if (byte == '\\') copyNext_ = true;
-      if (inSingleQuote_ && byte == '\'') inSingleQuote_ = false;
-      if (inDoubleQuote_ && byte == '"') inDoubleQuote_ = false;
-      result_ += byte;
-    } else if (inLineComment_) {
-      if (byte != '\n') return;
-      inLineComment_ = false;
-      result_ += byte;
-    } else if (inBlockComment_) {
-      if (byte == '*' && previous == '/') copyNext_ = true;
-      if (byte == '/' && previous == '*') {
-        inBlockComment_ = false;
-        copyNext_ = true;
-      }
-      if (byte == '\n') result_ += byte;
-    } else if (byte == '/' && (next == '/' || next == '*')) {
-      (next == '/' ? inLineComment_ : inBlockComment_) = true;
-    } else if (byte == '\'' || byte == '"') {
-      (byte == '\'' ? inSingleQuote_ : inDoubleQuote_) = true;
-      result_ += byte;
-    } else {
-      if (byte == '\n') statementStart_ = true;
-      if (" \n};"sv.find(byte) == std::string_view::npos) statementStart_ = false;
-      result_ += byte;
-    }
-  }
-
-  const std::string& text_;
-  std::size_t at_ = 0;
-  std::string result_;
-  bool inLineComment_ = false;
-  bool inBlockComment_ = false;
-  bool inSingleQuote_ = false;
-  bool inDoubleQuote_ = false;
-  bool copyNext_ = false;
-  bool markerRun_ = false;
-  bool statementStart_ = true;
-};
-
-// Reads the text byte by byte; for a directive's words and what they decide it asks the doors.
-class PlainSimulation {
- public:
-  PlainSimulation(const std::string& text, const std::vector<std::string>& known,
-                  std::vector<std::string> defines)
-      : known_(known), defines_(std::move(defines)) {
-    for (const char byte : text) takeByte(byte);
-  }
-  const std::string& result() const { return result_; }
-  const std::string& report() const { return report_; }
-  const std::vector<std::string>& defines() const { return defines_; }
-
- private:
-  void takeByte(char byte) {
-    if (byte == '\n') {
-      if (!endLine()) line_.clear();
-      result_ += byte;
-      return;
-    }
-    if (static_cast<signed char>(byte) < 0x20) return;
-    if (byte != ' ') {
-      if (atLineStart_) {
-        inDirective_ = byte == '#';
-        if (!inDirective_) line_.clear();
-      }
-      atLineStart_ = false;
-    }
-    if (inDirective_) {
-      line_ += byte;
-      if (line_.size() > 50) report_ += "[[" + line_ + "]]\n";
-    } else if (emitting_) {
-      result_ += byte;
-    }
-  }
-
-  // Whether the directive goes on with the next line.
-  bool endLine() {
-    const std::size_t last = line_.find_last_not_of(' ');
-    if (last != std::string::npos && line_[last] == '\\') return true;
-    parts_.clear();
-    Cleaner().CleanerPartsList(line_, parts_);
-    const std::string keyword = parts_.empty() ? "" : parts_[0];
-    atLineStart_ = true;
-    inDirective_ = line_.empty() || !parts_.empty();
-    if (keyword == "#include") {
-      inDirective_ = false;
-    } else if (keyword == "#if" || keyword == "#ifdef" || keyword == "#ifndef") {
-      open();
-    } else if (depth_ > 0) {
-      if (keyword == "#elif") alternate();
-      if (keyword == "#else") turn();
-      if (keyword == "#endif") close();
-    }
-    return false;
-  }
-
-  void open() {
-    ++depth_;
-    if (active_.size() == depth_) {
-      active_.push_back(true);
-      taken_.push_back(false);
-    }
-    taken_[depth_] = false;
-    if (active_[depth_ - 1]) {
-      active_[depth_] = holds();
-      taken_[depth_] = active_[depth_];
-      emitting_ = active_[depth_];
-    } else {
-      active_[depth_] = false;
-      atLineStart_ = false;
-    }
-    registerName();
-  }
-
-  void alternate() {
-    if (!active_[depth_ - 1]) {
-      active_[depth_] = false;
-      atLineStart_ = false;
-    } else if (taken_[depth_]) {
-      emitting_ = false;
-    } else {
-      active_[depth_] = holds();
-      emitting_ = active_[depth_];
-    }
-    registerName();
-  }
-
-  void turn() {
-    active_[depth_] = active_[depth_ - 1] && !active_[depth_] && !taken_[depth_];
-    emitting_ = active_[depth_];
-    inDirective_ = false;
-  }
-
-  void close() {
-    --depth_;
-    if (!active_[depth_]) {
-      emitting_ = false;
-    } else if (depth_ == 0) {
-      emitting_ = true;
-    } else if (!active_[depth_ - 1]) {
-      active_[depth_] = false;
-      emitting_ = false;
-    }
-  }
-
-  bool holds() const {
-    return Cleaner().GetPreProcessorDirectiveActiveState(line_, active_[depth_] ? 1 : 0, known_);
-  }
-
-  void registerName() {
-    if (parts_.size() < 2) return;
-    for (const std::string& name : defines_)
-      if (name == parts_[1]) return;
-    defines_.push_back(parts_[1]);
-  }
-
-  const std::vector<std::string>& known_;
-  std::vector<std::string> defines_;
-  std::string result_;
-  std::string report_;
-  std::string line_;
-  std::vector<std::string> parts_;
-  bool atLineStart_ = true;
-  bool inDirective_ = true;
-  bool emitting_ = true;
-  std::size_t depth_ = 0;
-  std::vector<bool> active_{true};
-  std::vector<bool> taken_{false};
-};
+using support::forEachText;
+using support::forRandomTexts;
 
 void expectPlainPageComments(const std::string& text) {
-  ASSERT_EQ(Cleaner().RemoveHTMLComments(text), withoutPageCommentsPlainly(text))
+  ASSERT_EQ(Cleaner().RemoveHTMLComments(text), reference::removeHtmlComments(text))
       << testing::PrintToString(text);
 }
 
 void expectPlainStripping(const std::string& text) {
-  ASSERT_EQ(Cleaner().UncommentAndUnquoteText(text), PlainStripper(text).result())
+  ASSERT_EQ(Cleaner().UncommentAndUnquoteText(text), reference::stripComments(text))
       << testing::PrintToString(text);
 }
 
-// The first text whose simulation differs, escaped; empty if none does. Nothing is asserted at the
-// spot, since the pass writes its report to the standard output that a failure would go to.
+constexpr std::string_view kPageBytes[] = {"<", "!", "-", ">", "\n", "a"};
+constexpr std::string_view kPagePieces[] = {"<!--", "-->",   "<",    "!",   "--", "-",
+                                            ">",    "\n",    "\r",   "a",   "//", "\0"sv,
+                                            " ",    "<!-->", "--!>", "<!-", "->", "\xE9"};
+
+TEST(CleanerPlainReading, PageComments) {
+  forEachText(kPageBytes, 7, "<!--", expectPlainPageComments);
+  forEachText(kPageBytes, 8, "", expectPlainPageComments);
+  forRandomTexts(kPagePieces, 40, 500'000, expectPlainPageComments);
+}
+
+TEST(CleanerPlainReading, ShortTextsInLongRuns) {
+  support::forEachTextInARun("<!->\n", 4, 'a', expectPlainPageComments);
+  support::forEachTextInARun("/*'\\;[\n\xE9", 4, 'a', expectPlainStripping);
+  support::forEachTextInARun("/*\"T }\x7F", 3, ' ', expectPlainStripping);
+  support::forEachTextInARun("T;d", 3, 'T', expectPlainStripping);
+}
+
+TEST(CleanerPlainReading, CommentStrippingOfAllShortTexts) {
+  forEachText("/*'\\;[\nx", 7, expectPlainStripping);
+  forEachText("/*\"' \xE9[", 7, expectPlainStripping);
+  forEachText("T;d[", 9, expectPlainStripping);
+}
+
+constexpr std::string_view kMarkerPieces[] = {"TTTTT", "d", "T", ";", "\n", "/*", "'", "["};
+
+TEST(CleanerPlainReading, CommentStrippingOfAllShortTextsWithMarkers) {
+  forEachText(kMarkerPieces, 6, "", expectPlainStripping);
+}
+
+constexpr std::string_view kScriptPieces[] = {"                                  ",
+                                              "averylongwordwithoutanyotherbytesinit",
+                                              "/",
+                                              "*",
+                                              "\n",
+                                              "'",
+                                              "\"",
+                                              "\\",
+                                              "[",
+                                              "]",
+                                              ";",
+                                              "T",
+                                              "TTTTT",
+                                              "d",
+                                              " ",
+                                              "x",
+                                              "}",
+                                              "{",
+                                              "\r",
+                                              "//",
+                                              "/*",
+                                              "*/",
+                                              "\xE9",
+                                              "\0"sv,
+                                              "\x7F",
+                                              "abc",
+                                              "`",
+                                              ")",
+                                              ";[",
+                                              "\f",
+                                              "/**/",
+                                              "\\'",
+                                              "http://",
+                                              "return ",
+                                              "TTTTTT;",
+                                              "/x/g"};
+
+TEST(CleanerPlainReading, CommentStrippingOfRandomTexts) {
+  forRandomTexts(kScriptPieces, 40, 1'000'000, expectPlainStripping);
+  forRandomTexts(kMarkerPieces, 12, 500'000, expectPlainStripping);
+}
+
+// Keeps the first text whose simulation differs, escaped. Nothing is asserted at the spot, since
+// the pass writes its report to the standard output that a failure would go to.
 class SimulationDifference {
  public:
+  explicit SimulationDifference(std::vector<std::string_view> known) : known_(std::move(known)) {}
+
   void operator()(const std::string& text) {
-    for (const std::string_view known : {"", "A", "B,C"}) {
-      const PlainSimulation plain(text, support::names(known), {"D"});
+    for (const std::string_view known : known_) {
+      const std::vector<std::string> names = support::names(known);
+      const reference::Simulated plain = reference::simulatePreprocessor(text, names, {"D"});
       std::vector<std::string> defines{"D"};
-      const std::string result =
-          Cleaner().PreProcessorSimulation(text, support::names(known), defines);
-      plainReport_ += plain.report();
-      const bool same = result == plain.result() && defines == plain.defines();
+      const std::string result = Cleaner().PreProcessorSimulation(text, names, defines);
+      plainReport_ += plain.report;
+      const bool same = result == plain.text && defines == plain.defines;
       if (!same && first_.empty())
         first_ = testing::PrintToString(text) + " with " + std::string(known) + " gives " +
-                 testing::PrintToString(result) + ", not " + testing::PrintToString(plain.result());
+                 testing::PrintToString(result) + ", not " + testing::PrintToString(plain.text);
     }
   }
   const std::string& first() const { return first_; }
   const std::string& plainReport() const { return plainReport_; }
 
  private:
+  std::vector<std::string_view> known_;
   std::string first_;
   std::string plainReport_;
 };
 
-// Every text of up to that many of the pieces.
-template <typename Expect>
-void forEachText(std::span<const std::string_view> pieces, int count, const std::string& before,
-                 Expect& expect) {
-  expect(before);
-  if (count == 0 || testing::Test::HasFatalFailure()) return;
-  for (const std::string_view piece : pieces)
-    forEachText(pieces, count - 1, before + std::string(piece), expect);
+// Runs the texts and expects no difference, in the report neither.
+template <typename Run>
+std::string expectPlainSimulation(std::vector<std::string_view> known, Run run) {
+  SimulationDifference difference(std::move(known));
+  std::string report = support::stdoutOf([&] { run(difference); });
+  EXPECT_EQ(difference.first(), "");
+  EXPECT_TRUE(report == difference.plainReport());
+  return report;
 }
 
-template <typename Expect>
-void forRandomTexts(std::span<const std::string_view> pieces, std::size_t maxPieces, int texts,
-                    Expect& expect) {
-  std::mt19937 random(20240229);
-  for (int i = 0; i < texts && !testing::Test::HasFatalFailure(); ++i) {
-    std::string text;
-    for (std::size_t left = random() % (maxPieces + 1); left > 0; --left)
-      text += pieces[random() % pieces.size()];
-    expect(text);
-  }
+TEST(CleanerPlainReading, DirectivesOfAllShortTexts) {
+  expectPlainSimulation({""}, [](SimulationDifference& difference) {
+    forEachText("# \n\\a(\t", 8, [&](const std::string& text) { difference(text); });
+    forEachText("# \n\\a\xE9", 6, [&](const std::string& text) { difference(text); });
+    for (const char filler : {'a', ' ', '#', '\n'})
+      support::forEachTextInARun("# \na\t\xE9", 3, filler,
+                                 [&](const std::string& text) { difference(text); });
+  });
 }
 
-constexpr std::string_view kPageBytes[] = {"<", "!", "-", ">", "\n", "a"};
-constexpr std::string_view kPagePieces[] = {"<!--", "-->", "<",  "!", "--", "-",
-                                            ">",    "\n",  "\r", "a", "//"};
-
-TEST(CleanerPlainReading, PageComments) {
-  forEachText(kPageBytes, 6, "<!--", expectPlainPageComments);
-  forEachText(kPageBytes, 5, "", expectPlainPageComments);
-  forRandomTexts(kPagePieces, 40, 20'000, expectPlainPageComments);
-}
-
-constexpr std::string_view kScriptBytes[] = {"/", "*", "'",  "\"", "\\",
-                                             "[", ";", "\n", "a",  "\xE9"};
-constexpr std::string_view kScriptPieces[] = {
-    "/", "*", "\n", "'", "\"", "\\", "[",  "]",  ";",    "T",    "TTTTT", "d",
-    " ", "x", "}",  "{", "\r", "//", "/*", "*/", "\xE9", "\0"sv, "\x7F",  "abc"};
-constexpr std::string_view kMarkerPieces[] = {"[", "d",  "x",  "T",  "TTTTT", "TTTTTT", ";",
-                                              " ", "\n", "//", "/*", "\xE9",  "*/",     "'"};
-
-TEST(CleanerPlainReading, CommentStripping) {
-  forEachText(kScriptBytes, 5, "", expectPlainStripping);
-  forRandomTexts(kScriptPieces, 40, 50'000, expectPlainStripping);
-  forRandomTexts(kMarkerPieces, 12, 50'000, expectPlainStripping);
-}
-
-constexpr std::string_view kDirectivePieces[] = {"#if A\n",
-                                                 "#ifdef B\n",
-                                                 "#ifndef C\n",
-                                                 "#elif C\n",
-                                                 "#elif A\n",
-                                                 "#else\n",
-                                                 "#endif\n",
-                                                 "#ifndef D",
-                                                 "x\n",
-                                                 "  y\n",
-                                                 "  \n",
-                                                 "\n",
-                                                 " ",
-                                                 "1 #endif\n",
-                                                 "z #if A\n",
-                                                 "#include <a>\n",
-                                                 "#define A \\\n",
-                                                 "\\\n",
-                                                 "#",
-                                                 "1(",
-                                                 "\t",
-                                                 "\xE9",
-                                                 "q",
-                                                 "                    "};
 constexpr std::string_view kConditionPieces[] = {"#ifdef A\n", "#ifndef A\n", "#elif B\n",
                                                  "#else\n",    "#endif\n",    "x\n"};
 
-TEST(CleanerPlainReading, PreprocessorSimulation) {
-  SimulationDifference difference;
-  const std::string report = support::stdoutOf([&difference] {
-    forEachText(kConditionPieces, 5, "", difference);
-    forRandomTexts(kConditionPieces, 30, 5'000, difference);
-    forRandomTexts(kDirectivePieces, 30, 10'000, difference);
+TEST(CleanerPlainReading, ConditionsOfAllShortTexts) {
+  expectPlainSimulation({"", "A", "B"}, [](SimulationDifference& difference) {
+    forEachText(kConditionPieces, 7, "", [&](const std::string& text) { difference(text); });
   });
-  EXPECT_EQ(difference.first(), "");
-  EXPECT_TRUE(report == difference.plainReport());
+}
+
+// clang-format off
+constexpr std::string_view kDirectivePieces[] = {
+    "#if A\n", "#ifdef B\n", "#ifndef C\n", "#elif C\n", "#elif A\n", "#else\n", "#endif\n",
+    "#ifndef D", "x\n", "  y\n", "  \n", "\n", " ", "1 #endif\n", "z #if A\n", "#include <a>\n",
+    "#define A \\\n", "\\\n", "#", "1(", "\t", "\xE9", "q", "                    ", "#if(A)\n",
+    "# ifdef  B \n", "#if defined(A)\n", "#elif\n", "#ifdef\n", "\\  \n", "\0"sv};
+// clang-format on
+
+TEST(CleanerPlainReading, DirectivesOfRandomTexts) {
+  const std::string report =
+      expectPlainSimulation({"", "A", "B,C"}, [](SimulationDifference& difference) {
+        const auto compare = [&](const std::string& text) { difference(text); };
+        forRandomTexts(kConditionPieces, 30, 30'000, compare);
+        forRandomTexts(kDirectivePieces, 30, 100'000, compare);
+      });
+  EXPECT_NE(report, "") << "no text was long enough to be reported";
+}
+
+void expectPlainDirective(const std::string& line) {
+  std::vector<std::string> parts;
+  Cleaner().CleanerPartsList(line, parts);
+  ASSERT_EQ(parts, reference::directiveParts(line)) << testing::PrintToString(line);
+}
+
+void expectPlainLiveBranch(const std::string& line) {
+  for (const int previousState : {-1, 0, 1, 2}) {
+    for (const std::string_view known : {"", "A", "B,A"}) {
+      const std::vector<std::string> names = support::names(known);
+      ASSERT_EQ(Cleaner().GetPreProcessorDirectiveActiveState(line, previousState, names),
+                reference::opensLiveBranch(line, previousState, names))
+          << testing::PrintToString(line) << " after " << previousState << " with " << known;
+    }
+  }
+}
+
+constexpr std::string_view kWordPieces[] = {
+    "#", "if",  "ifdef", "ifndef",   "elif",    "else",  "include", "define", " ",
+    "A", "(A)", "  ",    "1",        "#if",     "B",     "(",       ")",      "\\",
+    "!", "\t",  "endif", "#ifdef A", "#elif A", "#else", "#include"};
+
+TEST(CleanerPlainReading, DirectiveWords) {
+  forEachText("#if( 1\t", 7, expectPlainDirective);
+  forRandomTexts(kWordPieces, 10, 500'000, expectPlainDirective);
+  forEachText(kWordPieces, 3, "", expectPlainLiveBranch);
+}
+
+constexpr std::string_view kFilePieces[] = {"                                  ",
+                                            "averylongwordwithoutanyotherbytesinit",
+                                            "<!--",
+                                            "-->",
+                                            "//",
+                                            "/*",
+                                            "*/",
+                                            "'",
+                                            "\"",
+                                            "\\",
+                                            "\r\n",
+                                            "\n",
+                                            "\n",
+                                            "\t",
+                                            "    ",
+                                            " ",
+                                            "#if A",
+                                            "#else",
+                                            "#endif",
+                                            "#ifndef B",
+                                            "x = 1;",
+                                            "[a]",
+                                            "TTTTT",
+                                            "TTTTTx;",
+                                            "\xC3\xA9",
+                                            "<a>",
+                                            "</a>",
+                                            "\0"sv,
+                                            "`",
+                                            "{",
+                                            "}",
+                                            ";"};
+
+TEST(CleanerPlainReading, AllPasses) {
+  std::string first;
+  std::string plainReport;
+  const std::string report = support::stdoutOf([&] {
+    forRandomTexts(kFilePieces, 60, 100'000, [&](const std::string& text) {
+      const reference::Simulated plain = reference::cleanText(text, {}, {"A"});
+      std::vector<std::string> defines{"A"};
+      const std::string result = Cleaner().CleanText(text, {}, defines);
+      plainReport += plain.report;
+      if (first.empty() && (result != plain.text || defines != plain.defines))
+        first = testing::PrintToString(text) + " gives " + testing::PrintToString(result) +
+                ", not " + testing::PrintToString(plain.text);
+    });
+  });
+  EXPECT_EQ(first, "");
+  EXPECT_TRUE(report == plainReport);
   EXPECT_NE(report, "") << "no text was long enough to be reported";
 }
 

@@ -56,7 +56,7 @@ constexpr std::string_view kBytes[] = {"a ", "{", "}", ";", "return ", "= ", "' 
 
 TEST(InlineFunctionsPlainReading, OfAllShortTexts) {
   std::set<std::string> labels;
-  support::forEachText(kBytes, 5, "", [&labels](const std::string& text) {
+  support::forEachText(kBytes, 6, "", [&labels](const std::string& text) {
     expectPlainSplit(text, "define", labels);
   });
 }
@@ -72,7 +72,7 @@ constexpr std::string_view kPieces[] = {
 TEST(InlineFunctionsPlainReading, OfRandomTexts) {
   std::mt19937 random(20240312);
   std::set<std::string> labels;
-  for (int round = 0; round < 20'000 && !HasFatalFailure(); ++round) {
+  for (int left = support::textCount(100'000); left > 0 && !HasFatalFailure(); --left) {
     const std::string text = support::randomText(kPieces, 30, random);
     expectPlainSplit(text, random() % 2 == 0 ? "define" : "namespace", labels);
   }

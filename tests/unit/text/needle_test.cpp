@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "support/many_texts.h"
+
 namespace {
 
 using text::contains;
@@ -43,6 +45,15 @@ TEST(Needle, OfOneByte) {
   EXPECT_TRUE(contains(std::string_view("a\0", 2), std::string_view("\0", 1)));
 }
 
+TEST(Needle, AgreesWithAPlainSearchOfAllShortTexts) {
+  constexpr Needle kNeedles[] = {"e", "=>", "ee=", "e=e", "aae", "=e>="};
+  support::forEachText("ea=>", 8, [&](const std::string& haystack) {
+    for (const Needle& needle : kNeedles)
+      ASSERT_EQ(contains(haystack, needle), haystack.find(needle.text()) != std::string::npos)
+          << haystack << " holds " << needle.text();
+  });
+}
+
 // Every needle of the table in random texts of its own bytes, where near misses are frequent.
 TEST(Needle, AgreesWithAPlainSearch) {
   constexpr Needle kNeedles[] = {"class", "exports.",  "=>",      "require(", "aaa",
@@ -51,7 +62,7 @@ TEST(Needle, AgreesWithAPlainSearch) {
   std::mt19937 random(20);
   for (const Needle& needle : kNeedles) {
     const std::string_view bytes = needle.text();
-    for (int round = 0; round < 4'000; ++round) {
+    for (int round = 0; round < 20'000; ++round) {
       std::string haystack;
       while (haystack.size() < 30) {
         // Mostly pieces of the needle, so that whole ones come up.

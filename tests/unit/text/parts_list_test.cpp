@@ -1,10 +1,7 @@
 #include "text/parts_list.h"
 
-#include <cstddef>
-#include <random>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -241,131 +238,6 @@ TEST(PartsList, AppendsToTheList) {
 TEST(PartsList, KeepsNothingBetweenCalls) {
   EXPECT_EQ(partsOf("'open \\"), (Parts{"''open \\"}));
   EXPECT_EQ(partsOf("a"), (Parts{"a"}));
-}
-
-// The plain reading: the rules one byte at a time, with every part built as a string.
-class PlainSplitter {
- public:
-  Parts split(std::string_view statement) {
-    for (std::size_t i = 0; i < statement.size(); ++i)
-      take(statement[i], i > 0 ? statement[i - 1] : statement[i]);
-    flush();
-    return parts_;
-  }
-
- private:
-  static bool isOneOf(char byte, std::string_view bytes) {
-    return bytes.find(byte) != std::string_view::npos;
-  }
-  bool inString() const { return inSingle_ || inDouble_ || inBack_; }
-
-  void flush(std::string next = "") {
-    if (!part_.empty()) parts_.push_back(part_);
-    part_ = std::move(next);
-  }
-
-  void close(bool& inThis, char byte) {
-    if (escaped_) {
-      escaped_ = false;
-    } else {
-      inThis = false;
-    }
-    part_ += byte;
-  }
-
-  void open(bool& inThis, std::string opening) {
-    inThis = true;
-    flush(std::move(opening));
-  }
-
-  void operate(char byte, std::string_view gluesTo) {
-    if (!wasInWord_ && (part_.empty() || isOneOf(part_.back(), gluesTo))) {
-      part_ += byte;
-    } else {
-      flush(std::string(1, byte));
-    }
-  }
-
-  void take(char byte, char previous) {
-    wasInWord_ = inWord_;
-    inWord_ = false;
-    if (byte == '\\' && inString()) {
-      escaped_ = !escaped_;
-      part_ += byte;
-    } else if (byte == '`' && inBack_) {
-      close(inBack_, byte);
-    } else if (byte == '\'' && inSingle_) {
-      close(inSingle_, byte);
-    } else if (byte == '"' && inDouble_) {
-      close(inDouble_, byte);
-    } else if (inString()) {
-      if (byte != '`') escaped_ = false;
-      part_ += byte;
-    } else if (byte == '`') {
-      open(inBack_, "``");
-    } else if (byte == '\'') {
-      open(inSingle_, "''");
-    } else if (byte == '"') {
-      open(inDouble_, "\"");
-    } else if (isOneOf(byte, ":();[]{},")) {
-      flush(std::string(1, byte));
-    } else if (byte == '.' && isOneOf(previous, "0123456789")) {
-      inWord_ = true;
-      part_ += byte;
-    } else if (byte == '.') {
-      flush(".");
-    } else if (isOneOf(byte, "><=!")) {
-      operate(byte, "><=!+/*-%");
-    } else if (isOneOf(byte, "+*%/-")) {
-      operate(byte, "+*%/-=");
-    } else if (isOneOf(byte, " \t\n\v\f\r")) {
-      flush();
-    } else if (wasInWord_) {
-      inWord_ = true;
-      part_ += byte;
-    } else {
-      inWord_ = true;
-      flush(std::string(1, byte));
-    }
-  }
-
-  Parts parts_;
-  std::string part_;
-  bool inSingle_ = false;
-  bool inDouble_ = false;
-  bool inBack_ = false;
-  bool escaped_ = false;
-  bool inWord_ = false;
-  bool wasInWord_ = false;
-};
-
-constexpr std::string_view kAlphabet = "a1'\"`\\.=<+( ";
-
-TEST(PartsList, EqualsThePlainReadingOfEveryShortText) {
-  std::vector<std::string> shorter{""};
-  for (int length = 1; length <= 5; ++length) {
-    std::vector<std::string> texts;
-    for (const std::string& text : shorter)
-      for (const char byte : kAlphabet) texts.push_back(text + byte);
-    for (const std::string& text : texts)
-      ASSERT_EQ(partsOf(text), PlainSplitter().split(text)) << testing::PrintToString(text);
-    shorter = std::move(texts);
-  }
-}
-
-TEST(PartsList, EqualsThePlainReadingOfRandomText) {
-  std::mt19937 random(20240229);
-  std::uniform_int_distribution<std::size_t> length(5, 40);
-  std::uniform_int_distribution<std::size_t> letter(0, kAlphabet.size() - 1);
-  std::uniform_int_distribution<int> anyByte(1, 255);
-  std::uniform_int_distribution<int> oneInFour(0, 3);
-  for (int round = 0; round < 20000; ++round) {
-    std::string text(length(random), ' ');
-    for (char& byte : text)
-      byte =
-          oneInFour(random) == 0 ? static_cast<char>(anyByte(random)) : kAlphabet[letter(random)];
-    ASSERT_EQ(partsOf(text), PlainSplitter().split(text)) << testing::PrintToString(text);
-  }
 }
 
 }  // namespace

@@ -92,29 +92,6 @@ TEST(ReplaceAll, Table) {
   }
 }
 
-// The plain reading: one replacement after the other, inside the text.
-std::string replacedOneByOne(std::string text, const std::string& from, const std::string& to) {
-  if (from.empty()) return text;
-  for (std::size_t at = text.find(from); at != std::string::npos;
-       at = text.find(from, at + to.size()))
-    text.replace(at, from.size(), to);
-  return text;
-}
-
-TEST(ReplaceAll, EqualsReplacingOneByOne) {
-  const std::vector<std::string> needles = everyText("ab", 3);
-  const std::vector<std::string> replacements = everyText("ab", 2);
-  for (const std::string& text : everyText("ab", 7))
-    for (const std::string& from : needles)
-      for (const std::string& to : replacements) {
-        std::string replaced = text;
-        replaceAll(replaced, from, to);
-        ASSERT_EQ(replaced, replacedOneByOne(text, from, to))
-            << testing::PrintToString(text) << ", " << testing::PrintToString(from) << " by "
-            << testing::PrintToString(to);
-      }
-}
-
 struct TrimCase {
   std::string_view text;
   std::string_view left;

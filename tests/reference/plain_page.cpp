@@ -1,22 +1,19 @@
-#include "reference/page_structure.h"
+#include "reference/plain_page.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
 
-#include "builder/script_content.h"
-#include "html/attributes.h"
-#include "text/string_primitives.h"
+#include "reference/plain_attributes.h"
+#include "reference/plain_script_content.h"
+#include "reference/plain_strings.h"
+#include "reference/plain_tree.h"
 
 namespace reference {
 namespace {
 
 constexpr std::size_t kNone = std::string::npos;
-
-bool beginsWith(const std::string& text, const std::string& word) {
-  return text.compare(0, word.size(), word) == 0;
-}
 
 bool beginsWithOneOf(const std::string& text, const std::vector<std::string>& words) {
   for (const std::string& word : words)
@@ -24,7 +21,7 @@ bool beginsWithOneOf(const std::string& text, const std::vector<std::string>& wo
   return false;
 }
 
-bool isBlank(std::string text) { return TrimAndReduce(text).empty(); }
+bool isBlank(const std::string& text) { return trimAndReduce(text).empty(); }
 
 class Page {
  public:
@@ -62,8 +59,8 @@ class Page {
 
   void takeText(const std::string& text) {
     std::string& contents = open_.back()->contents;
-    if (isBlank(text) || Contains(contents, ": \"")) return;
-    contents += ": \"" + ExtractTextPreview(text, 30) + "\"";
+    if (isBlank(text) || contains(contents, ": \"")) return;
+    contents += ": \"" + textPreview(text, 30) + "\"";
   }
 
   // position_ stands behind the tag.
@@ -84,11 +81,11 @@ class Page {
     }
 
     ObjectBranch* element = addNode(open_.back(), kBranchHtmlElement, "htmlelement", line_);
-    element->contents = GetElementIdentifier(tag);
-    addLink(element, "href", ExtractHrefValue(tag));
-    addLink(element, "src", ExtractSrcValue(tag));
+    element->contents = elementIdentifier(tag);
+    addLink(element, "href", hrefValue(tag));
+    addLink(element, "src", srcValue(tag));
 
-    if (beginsWith(tag, "script") && !Contains(tag, "src=")) {
+    if (beginsWith(tag, "script") && !contains(tag, "src=")) {
       const std::size_t close = text_.find("</script>", position_);
       if (close != kNone && close < limit_) {
         takeScript(element, tag, close);
@@ -104,7 +101,7 @@ class Page {
     ObjectBranch* node = addNode(element, kBranchClass, "class", line_ + 1);
     node->contents = tag;
     node->tags = "\n      \"inline-script\"\n";
-    if (!isBlank(script)) ParseScriptContent(script, node, path_, line_ + 1);
+    if (!isBlank(script)) parseScriptContent(script, node, path_, line_ + 1);
     countLines(position_, std::min(close + 9, limit_));
     position_ = close + 9;
   }
@@ -118,8 +115,7 @@ class Page {
 
   ObjectBranch* addNode(ObjectBranch* parent, std::uint32_t code, const std::string& label,
                         std::int32_t line) const {
-    ObjectBranch* node = allocateObjectBranch();
-    node->nodeID = currentIndex++;
+    ObjectBranch* node = newNode();
     node->parent = parent;
     node->branchType = code;
     node->branchTypeAsString = label;

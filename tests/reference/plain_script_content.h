@@ -1,0 +1,15 @@
+// The script route in its plain reading: a stream of lines, and a copy of the line for each
+// question.
+#pragma once
+
+#include <string>
+
+#include "tree/object_branch.h"
+
+namespace reference {
+
+void parsePureJavaScript(const std::string& text, ObjectBranch* root, const std::string& path);
+void parseScriptContent(const std::string& text, ObjectBranch* parent, const std::string& path,
+                        int startLine);
+
+}  // namespace reference
