@@ -243,13 +243,16 @@ RecordText generate(ObjectBranch* root, const detect::AnswerTable& answers, cons
   return out;
 }
 
+RecordText generate(ObjectBranch* root) {
+  return generate(root, detect::AnswerTable(0), [](ObjectBranch&, std::size_t) {});
+}
+
 }  // namespace records
 
 std::ostringstream StartGeneratingObjects(ObjectBranch* root, std::string className) {
   static_cast<void>(className);
-  const auto nothing = [](ObjectBranch&, std::size_t) {};
   std::ostringstream stream;
-  stream << records::generate(root, detect::AnswerTable(0), nothing).view();
+  stream << records::generate(root).view();
   return stream;
 }
 

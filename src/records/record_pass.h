@@ -31,6 +31,9 @@ namespace records {
 // the root.
 using Prepare = std::function<void(ObjectBranch& node, std::size_t depth)>;
 
+// The record array of a tree of which nothing is known.
+RecordText generate(ObjectBranch* root);
+
 // The record array, behind what out holds. answers may know the texts of the run's nodes.
 RecordText generate(ObjectBranch* root, const detect::AnswerTable& answers, const Prepare& prepare,
                     RecordText out = {});
