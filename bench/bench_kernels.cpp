@@ -145,10 +145,11 @@ ObjectBranch* makeRoot(const Text& text) {
   return root;
 }
 
-ObjectBranch* makeScope(ObjectBranch* root, const Text& text) {
+// The wrappers of a route. What their texts hold decides how far the walk for classes goes.
+ObjectBranch* makeScope(ObjectBranch* root, const Text& text, std::string title) {
   ObjectBranch* const scope =
-      builder::addScope(root, kBranchNamespace, "namespace", "namespace global", {}, text.path);
-  return builder::addScope(scope, kBranchClass, "class", "class GlobalScope", {}, text.path);
+      builder::addScope(root, kBranchNamespace, "namespace", "namespace", {}, text.path);
+  return builder::addScope(scope, kBranchClass, "class", std::move(title), {}, text.path);
 }
 
 using Build = void (*)(const Text&, ObjectBranch* root);
@@ -158,12 +159,13 @@ void buildScript(const Text& text, ObjectBranch* root) {
 }
 
 void buildPage(const Text& text, ObjectBranch* root) {
-  html::parseStructure(text.cleaned, makeScope(root, text), text.path, 0);
+  html::parseStructure(text.cleaned, makeScope(root, text, "HTMLDocument"), text.path, 0);
 }
 
 void scan(const Text& text, ObjectBranch* root) {
   std::string scanned;
-  builder::scanCharacters(text.cleaned, root, makeScope(root, text), true, scanned);
+  ObjectBranch* const scope = makeScope(root, text, "class GlobalScope");
+  builder::scanCharacters(text.cleaned, root, scope, true, scanned);
 }
 
 void buildOther(const Text& text, ObjectBranch* root) {

@@ -7,13 +7,15 @@ them is part of the project. Below the folder:
 
   runs/ROUTE/SIZE/  one text for each of script, page, c and markdown, whole and in pieces of about
                     10 KB, 100 KB and 1 MB, cut between documents where these are smaller and else
-                    at line ends; the pieces together are the whole
-  runs/small/KIND/  200 files of 1 to 30 KB of each of five kinds, just as they are; the folders
-                    named KIND-joined hold them as one file
+                    at line ends; the pieces together are the whole, so that all sizes are the same
+                    text
+  runs/small/KIND/  200 files of 1 to 30 KB of each of five kinds; KIND-joined/ holds them as one
 """
 import base64
 import hashlib
+import itertools
 import pathlib
+import re
 import shutil
 import sys
 import tarfile
@@ -31,23 +33,25 @@ PACKAGES = {
     "npm-10.9.0": ("npm", "ZanDioFylI9helNhl2LNd+ErmVD+H5I53ry41ixlLyCBgkuYb+58CvbAp99hW+zr5L9W4X7C"
                    "chSoeqKdngOLSw=="),
 }
-SCRIPT = ("typescript-5.4.5", "package/lib/typescript.js")
+SCRIPT = ("typescript-5.4.5", "package/lib/tsc.js")
 SCRIPT_BYTES, SCRIPT_LINES = 5_000_000, 99_990  # the route reads 100,000 lines and no more
 TEXT_BYTES = 10_000_000
-ROUTES = {  # (packages, extensions of the documents, extension of the pieces)
-    "page": (("dojox-1.17.3", "npm-10.9.0"), (".html",), ".html"),
-    "c": (("nodegit-0.27.0",), (".c", ".h"), ".c"),
-    "markdown": (("aws-cdk-lib-2.150.0", "npm-10.9.0", "nodegit-0.27.0"), (".md",), ".md"),
+FILE_END, PARAGRAPH_END = rb"\Z", rb"(?<=\n)\n+"
+ROUTES = {  # (packages, extensions, what ends a part of a document)
+    "page": (("dojox-1.17.3", "npm-10.9.0"), (".html",), None),
+    "c": (("nodegit-0.27.0",), (".c", ".h"), FILE_END),
+    "markdown": (("aws-cdk-lib-2.150.0", "npm-10.9.0", "nodegit-0.27.0"), (".md",), PARAGRAPH_END),
 }
+AMBIGUOUS = re.compile(rb"/\*|\*/|\\")  # globs and escapes, which each reading takes its own way
 SIZES = {"10KB": 10_000, "100KB": 100_000, "1MB": 1_000_000}
 SMALL_BYTES = range(1_000, 30_001)
 SMALL_FILES = 200
-SMALL = {  # (packages, extension)
-    "script": (("dojox-1.17.3", "npm-10.9.0"), ".js"),
-    "page": (("dojox-1.17.3", "npm-10.9.0"), ".html"),
-    "css": (("dojox-1.17.3",), ".css"),
-    "c": (("nodegit-0.27.0",), ".c"),
-    "markdown": (("aws-cdk-lib-2.150.0", "npm-10.9.0"), ".md"),
+SMALL = {  # as above
+    "script": (("dojox-1.17.3", "npm-10.9.0"), (".js",), None),
+    "page": ROUTES["page"],
+    "css": (("dojox-1.17.3",), (".css",), None),
+    "c": (("nodegit-0.27.0",), (".c",), FILE_END),
+    "markdown": ROUTES["markdown"],
 }
 
 
@@ -118,36 +122,77 @@ def write_route(folder, documents, extension):
 def script_text(archives):
     package, name = SCRIPT
     text = dict(archives(package, (".js",)))[name][:SCRIPT_BYTES]
-    return b"".join(text.splitlines(keepends=True)[:SCRIPT_LINES])
+    text = b"".join(text.splitlines(keepends=True)[:SCRIPT_LINES])
+    return text[:text.rindex(b"\nfunction ") + 1]  # where no statement is open
 
 
-def documents_of(archives, packages, extensions):
-    """Documents of TEXT_BYTES together; they begin anew where there are not so many."""
-    found = [text if text.endswith(b"\n") else text + b"\n" for package in packages
-             for _, text in archives(package, extensions) if keeps_balance(text, extensions)]
-    documents, left = [], TEXT_BYTES
-    while left > 0:
-        for text in found:
-            documents.append(text[:left])
-            left -= len(documents[-1])
-            if left == 0:
-                break
-    return documents
+# What encloses text, for the readings of a run: comments go first, and backticks are no strings to
+# that; then directives go. The groups endless and open are there where one has no end.
+COMMENT = rb"//[^\n]*|/\*.*?(?:\*/|(?P<endless>\Z))"
+STRING = rb"(?P<quote>[%s])(?:\\.|(?!(?P=quote)).)*(?:(?P=quote)|(?P<open>\Z))"
+COMMENT_OR_STRING = re.compile(COMMENT + b"|" + STRING % b"\"'", re.S)
+CONDITION = re.compile(rb"^\s*#\s*(if|endif)", re.M)  # also in prose
+DIRECTIVE = re.compile(rb"^\s*#.*$", re.M)  # or heading: the line goes
+STRING_OR_BRACKET = re.compile(STRING % b"\"'`" + b"|[{}()]", re.S)
 
 
-def keeps_balance(text, extensions):
-    """A closing brace too many ends the scan of all that is behind it."""
-    return ".c" not in extensions or text.count(b"{") == text.count(b"}")
+def closes_all(text):
+    """Whether all comments, strings, brackets and conditions of the text have both ends."""
+    conditions = [match[1] for match in CONDITION.finditer(text)]
+    if conditions.count(b"if") != conditions.count(b"endif"):
+        return False
+    code, start = [], 0
+    for match in COMMENT_OR_STRING.finditer(text):
+        if match["endless"] is not None or match["open"] is not None:
+            return False
+        if not match["quote"]:
+            code.append(text[start:match.start()])
+            start = match.end()
+    code.append(text[start:])
+    open_brackets = []
+    for match in STRING_OR_BRACKET.finditer(DIRECTIVE.sub(b"", b"".join(code))):
+        if match["open"] is not None:
+            return False
+        if match[0] in (b"(", b"{"):
+            open_brackets.append(match[0])
+        elif not match["quote"]:
+            if not open_brackets or open_brackets.pop() != {b")": b"(", b"}": b"{"}[match[0]]:
+                return False
+    return not open_brackets
+
+
+def documents_of(archives, packages, extensions, part_end):
+    """The documents of the packages. With part_end, without the parts that leave something open.
+
+    What one part of a text leaves open hides all that stands behind it from the scanner route, and
+    a "}" too many ends its work: a large text would be read in no time.
+    """
+    documents = [text for package in packages for _, text in archives(package, extensions)]
+    if part_end:
+        documents = [b"\n".join(part for part in re.split(part_end, text) if closes_all(part)
+                                and (part_end == FILE_END or not AMBIGUOUS.search(part)))
+                     for text in documents]
+    return [text if text.endswith(b"\n") else text + b"\n" for text in documents if text]
+
+
+def fill(documents, size):
+    """Whole documents of at most size bytes together; they begin anew where there are too few."""
+    taken = []
+    for text in itertools.cycle(documents):
+        size -= len(text)
+        if size < 0:
+            return taken
+        taken.append(text)
 
 
 def write_small(folder, archives):
-    for kind, (packages, extension) in SMALL.items():
-        found = [text for package in packages for _, text in archives(package, (extension,))
+    for kind, (packages, extensions, part_end) in SMALL.items():
+        found = [text for text in documents_of(archives, packages, extensions, part_end)
                  if len(text) in SMALL_BYTES]
         assert len(found) >= SMALL_FILES, (kind, len(found))
         chosen = [found[i * len(found) // SMALL_FILES] for i in range(SMALL_FILES)]
-        write_all(folder / kind, chosen, extension)
-        write_all(folder / (kind + "-joined"), [b"".join(chosen)], extension)
+        write_all(folder / kind, chosen, extensions[0])
+        write_all(folder / (kind + "-joined"), [b"".join(chosen)], extensions[0])
 
 
 def make(folder, downloads):
@@ -155,9 +200,9 @@ def make(folder, downloads):
         return read_archive(fetch(package, downloads), extensions)
 
     write_route(folder / "runs" / "script", [script_text(archives)], ".js")
-    for route, (packages, extensions, extension) in ROUTES.items():
-        write_route(folder / "runs" / route, documents_of(archives, packages, extensions),
-                    extension)
+    for route, (packages, extensions, part_end) in ROUTES.items():
+        documents = fill(documents_of(archives, packages, extensions, part_end), TEXT_BYTES)
+        write_route(folder / "runs" / route, documents, extensions[0])
     write_small(folder / "runs" / "small", archives)
 
 
