@@ -95,21 +95,26 @@ def print_runs(runs):
 
 
 def print_small(runs):
-    rows, files, total, above = [], 0, 0, 0
+    rows, sums = [], [0.0, 0.0, 0.0]
     for kind in texts.SMALL:
-        small, joined = runs.get("small/" + kind), runs.get("small/%s-joined" % kind)
-        if not small or not joined:
+        found = [runs.get("small/" + kind + part) for part in ("", "-joined", "-heads")]
+        if not all(found):
             continue
-        count = texts.SMALL_FILES
-        difference = small["cpu_ms"] - joined["cpu_ms"]
-        rows.append([kind, "%d" % count, small["source_bytes"] / count * 1e-3, small["cpu_ms"],
-                     joined["cpu_ms"], small["cpu_ms"] / count * 1e3, difference / count * 1e3])
-        files, total, above = files + count, total + small["cpu_ms"], above + difference
+        times = [run["cpu_ms"] for run in found]
+        sums = [whole + part for whole, part in zip(sums, times)]
+        rows.append(small_row(kind, texts.SMALL_FILES, found[0]["source_bytes"], times))
     if rows:
-        rows.append(["all", "%d" % files, "", total, total - above, total / files * 1e3,
-                     above / files * 1e3])
+        rows.append(small_row("all", texts.SMALL_FILES * len(rows), None, sums))
         print_table("Small files, all of a kind in one process (processor time)", [
-            "kind", "files", "KB each", "ms", "ms joined", "us a file", "us above joined"], rows)
+            "kind", "files", "KB each", "ms", "ms joined", "us a file", "us above joined",
+            "us fixed"], rows)
+
+
+def small_row(kind, files, source_bytes, times):
+    small, joined, heads = times
+    size = source_bytes / files * 1e-3 if source_bytes else ""
+    return [kind, "%d" % files, size, small, joined, small / files * 1e3,
+            (small - joined) / files * 1e3, heads / files * 1e3]
 
 
 def print_kernels(steps):

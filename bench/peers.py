@@ -78,7 +78,10 @@ def compare_route(route, file, chosen, rounds, out):
     for _ in range(rounds):
         for name, command in chosen:
             if name in samples:
-                samples[name].append(run_once([*command, file], out))
+                sample = run_once([*command, file], out)
+                if sample is None:
+                    sys.exit("%s ran on %s and then failed" % (name, file))
+                samples[name].append(sample)
     medians = {name: [statistics.median(values) for values in zip(*runs)]
                for name, runs in samples.items()}
     own = medians["quorl-js"]

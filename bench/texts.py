@@ -9,7 +9,8 @@ them is part of the project. Below the folder:
                     10 KB, 100 KB and 1 MB, cut between documents where these are smaller and else
                     at line ends; the pieces together are the whole, so that all sizes are the same
                     text
-  runs/small/KIND/  200 files of 1 to 30 KB of each of five kinds; KIND-joined/ holds them as one
+  runs/small/KIND/  200 files of 1 to 30 KB of each of five kinds; KIND-joined/ holds them as one,
+                    and KIND-heads/ the first bytes of each
 """
 import base64
 import hashlib
@@ -46,6 +47,7 @@ AMBIGUOUS = re.compile(rb"/\*|\*/|\\")  # globs and escapes, which each reading 
 SIZES = {"10KB": 10_000, "100KB": 100_000, "1MB": 1_000_000}
 SMALL_BYTES = range(1_000, 30_001)
 SMALL_FILES = 200
+HEAD_BYTES = 64  # as good as nothing: what such a file takes is the price of a file
 SMALL = {  # as above
     "script": (("dojox-1.17.3", "npm-10.9.0"), (".js",), None),
     "page": ROUTES["page"],
@@ -193,6 +195,7 @@ def write_small(folder, archives):
         chosen = [found[i * len(found) // SMALL_FILES] for i in range(SMALL_FILES)]
         write_all(folder / kind, chosen, extensions[0])
         write_all(folder / (kind + "-joined"), [b"".join(chosen)], extensions[0])
+        write_all(folder / (kind + "-heads"), [text[:HEAD_BYTES] for text in chosen], extensions[0])
 
 
 def make(folder, downloads):
