@@ -1,0 +1,85 @@
+// Whole runs through ParseJS of a module opened at run time, reading of the file and the full
+// answer included. With a second module, both run in turn.
+//
+// usage: bench_runs TEXTS ROUNDS MODULE [MODULE] [--benchmark_...]
+//
+// TEXTS/runs/ROUTE/SIZE holds the files of one benchmark: the same text for every size of a route,
+// in pieces of that size. One sample hands all of them to one process, file by file.
+#include <benchmark/benchmark.h>
+#include <dlfcn.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <exception>
+#include <filesystem>
+#include <iostream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "plugin/plugin_api.h"
+#include "report.h"
+
+namespace bench {
+namespace {
+
+template <typename Symbol>
+Symbol find(void* module, const char* name) {
+  void* const symbol = dlsym(module, name);
+  if (symbol == nullptr) throw std::runtime_error(dlerror());
+  return reinterpret_cast<Symbol>(symbol);
+}
+
+void runFiles(Sample& sample, const std::string& path, const std::vector<std::string>& files) {
+  void* const module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+  if (module == nullptr) throw std::runtime_error(dlerror());
+  const auto parse = find<decltype(&ParseJS)>(module, "ParseJS");
+  const auto* nextId = find<const std::int32_t*>(module, "currentIndex");
+  for (const std::string& file : files) {
+    const char* answer = nullptr;
+    addTime(sample, [&] { answer = parse(file.c_str(), nullptr); });
+    if (answer == nullptr || std::strncmp(answer, "[\n", 2) != 0)
+      throw std::runtime_error(file + " was not read");
+    sample.sourceBytes += static_cast<double>(std::filesystem::file_size(file));
+    sample.recordBytes += static_cast<double>(std::strlen(answer));
+    sample.nodes += *nextId;
+  }
+}
+
+int run(int argc, char** argv) {
+  benchmark::Initialize(&argc, argv);
+  if (argc != 4 && argc != 5) {
+    std::cerr << "usage: bench_runs TEXTS ROUNDS MODULE [MODULE] [--benchmark_...]\n";
+    return 2;
+  }
+  const int rounds = std::atoi(argv[2]);
+  for (const std::string& route : filesOf(std::filesystem::path(argv[1]) / "runs")) {
+    for (const std::string& size : filesOf(route)) {
+      const std::vector<std::string> files = filesOf(size);
+      std::vector<Variant> variants;
+      for (int i = 3; i < argc; ++i) {
+        const std::string module = argv[i];
+        variants.push_back({i == 3 ? "" : "against_",
+                            [module, files](Sample& sample) { runFiles(sample, module, files); }});
+      }
+      const std::string name = std::filesystem::path(route).filename().string() + "/" +
+                               std::filesystem::path(size).filename().string();
+      registerBenchmark(name, variants, rounds);
+    }
+  }
+  runRegistered();
+  return 0;
+}
+
+}  // namespace
+}  // namespace bench
+
+int main(int argc, char** argv) {
+  try {
+    return bench::run(argc, argv);
+  } catch (const std::exception& error) {
+    std::cerr << "bench_runs: " << error.what() << "\n";
+    return 1;
+  }
+}

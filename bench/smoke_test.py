@@ -1,0 +1,52 @@
+"""Runs both benchmark programs once on short texts and looks at what they counted.
+
+usage: smoke_test.py BENCH_RUNS BENCH_KERNELS MODULE
+"""
+import json
+import pathlib
+import subprocess
+import sys
+import tempfile
+
+TEXTS = {
+    "script": ("a.js", b"function Greeter(name) {\n  var label = name;\n}\n"),
+    "page": ("a.html", b"<html><body><p>text</p></body></html>\n"),
+    "c": ("a.c", b"int main(void) {\n  return 0;\n}\n"),
+    "markdown": ("a.md", b"# Title\n\nA line of text;\nand another.\n"),
+}
+
+
+def counters(scratch, command):
+    out = scratch / "out.json"
+    subprocess.run([*command, "--benchmark_out=%s" % out], check=True, stderr=subprocess.DEVNULL)
+    return {run["name"].split("/iterations:")[0]: run
+            for run in json.loads(out.read_text())["benchmarks"]}
+
+
+def main():
+    runs_program, kernels_program, module = sys.argv[1:]
+    with tempfile.TemporaryDirectory() as folder:
+        scratch = pathlib.Path(folder)
+        for route, (name, text) in TEXTS.items():
+            whole = scratch / "runs" / route / "whole"
+            whole.mkdir(parents=True)
+            (whole / name).write_bytes(text)
+        runs = counters(scratch, [runs_program, folder, "2", module, module])
+        kernels = counters(scratch, [kernels_program, folder, "1"])
+    assert set(runs) == {route + "/whole" for route in TEXTS}, runs.keys()
+    for route, (_, text) in TEXTS.items():
+        run = runs[route + "/whole"]
+        assert run["iterations"] == 2, run
+        assert run["source_bytes"] == len(text), run
+        assert run["record_bytes"] == run["against_record_bytes"] > len(text), run
+        assert run["nodes"] == run["against_nodes"] > 3, run
+        assert min(run["ms"], run["against_ms"], run["peak_bytes"]) > 0, run
+        records = kernels["records/" + route]
+        assert records["record_bytes"] > len(text) and records["ms"] > 0, records
+    # The root, two wrappers, the function and its variable; a line that only closes makes no node.
+    assert kernels["script-content/script"]["nodes"] == 5, kernels["script-content/script"]
+    print("%d whole runs and %d kernels were measured" % (len(runs), len(kernels)))
+
+
+if __name__ == "__main__":
+    main()
