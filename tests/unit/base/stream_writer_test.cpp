@@ -1,7 +1,8 @@
 #include "base/stream_writer.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <cstdio>
-#include <cstdlib>
 #include <limits>
 #include <string>
 #include <string_view>
@@ -11,27 +12,27 @@
 
 namespace {
 
-// What reaches a stream of which every write is seen at once.
+// A file of which every write is seen at once.
 class Stream {
  public:
-  Stream() : file_(open_memstream(&bytes_, &size_)) { std::setvbuf(file_, nullptr, _IONBF, 0); }
+  Stream() : file_(std::tmpfile()) { std::setvbuf(file_, nullptr, _IONBF, 0); }
   Stream(const Stream&) = delete;
   Stream& operator=(const Stream&) = delete;
-  ~Stream() {
-    std::fclose(file_);
-    std::free(bytes_);
-  }
+  ~Stream() { std::fclose(file_); }
 
   std::FILE* file() const { return file_; }
+
+  // All that was written; what follows goes behind it.
   std::string text() const {
-    std::fflush(file_);
-    return std::string(bytes_, size_);
+    std::string text(static_cast<std::size_t>(std::ftell(file_)), '\0');
+    std::rewind(file_);
+    text.resize(std::fread(text.data(), 1, text.size(), file_));
+    std::fseek(file_, 0, SEEK_END);
+    return text;
   }
 
  private:
-  char* bytes_ = nullptr;
-  std::size_t size_ = 0;
-  std::FILE* file_;
+  std::FILE* const file_;
 };
 
 struct PiecesCase {
