@@ -187,15 +187,18 @@ class Runner:
 def read_explanations(path):
     """{(file, line of source, what it becomes): why no test can tell}.
 
-    An entry is three lines and the reason, indented: the file, the line as it is, the line as the
-    mutant has it. Entries end in an empty line; "#" begins a comment.
+    An entry is the file, the line as it is, a line behind "=> " for each mutant of it, and the
+    reason. Entries end in an empty line; "#" begins a comment.
     """
     explanations = {}
     text = re.sub(r"^#[^\n]*\n", "", path.read_text(), flags=re.M)
     for entry in filter(str.strip, re.split(r"\n\s*\n", text)):
-        name, before, after, *reason = [line.strip() for line in entry.strip().splitlines()]
-        assert reason, "an entry without a reason: " + entry
-        explanations[name, before, after] = " ".join(reason)
+        name, before, *rest = [" ".join(line.split()) for line in entry.strip().splitlines()]
+        reason = " ".join(line for line in rest if not line.startswith("=> "))
+        assert reason and len(rest) > 1, "not a whole entry: " + entry
+        for line in rest:
+            if line.startswith("=> "):
+                explanations[name, before, line[3:]] = reason
     return explanations
 
 
