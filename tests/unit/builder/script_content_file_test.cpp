@@ -46,6 +46,7 @@ constexpr ClassNameCase kClassNames[] = {
     {"/a/aBc.ts", "ABc", ""},
     {"/a/a b.js", "Ab", ""},
     {"/a/$scope.js", "scope", ""},
+    {"/a/{a.js", "a", "the neighbour behind the letters is not raised either"},
     {"/a/a9z0AZ.js", "A9z0AZ", "both ends of each range stay"},
     {"/a/x@[`{:y.js", "Xy", "the neighbours of each range go"},
     {"/a/\xC3\xA9t\xC3\xA9.js", "t", "bytes above 0x7F are neither raised nor kept"},

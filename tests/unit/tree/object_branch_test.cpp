@@ -167,15 +167,18 @@ TEST(ObjectBranch, SafeStringAllocWithoutMemory) {
 #ifdef BUILT_WITH_ADDRESS_SANITIZER
   GTEST_SKIP() << "the sanitizer ends the program at a request of that size";
 #else
-  std::string message;
-  try {
-    // Volatile, or a compiler may see that nobody needs the memory and leave the request out.
-    char* volatile memory = safeStringAlloc(std::numeric_limits<std::size_t>::max() - 1);
-    std::free(memory);
-  } catch (const std::runtime_error& error) {
-    message = error.what();
+  constexpr std::size_t kLargest = std::numeric_limits<std::size_t>::max();
+  for (const std::size_t size : {kLargest - 1, kLargest}) {  // with its zero byte, the last is 0
+    std::string message;
+    try {
+      // Volatile, or a compiler may see that nobody needs the memory and leave the request out.
+      char* volatile memory = safeStringAlloc(size);
+      std::free(memory);
+    } catch (const std::runtime_error& error) {
+      message = error.what();
+    }
+    EXPECT_EQ(message, "String allocation failed") << size;
   }
-  EXPECT_EQ(message, "String allocation failed");
 #endif
 }
 
