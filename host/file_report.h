@@ -13,7 +13,7 @@ enum class FileStatus {
   kCrashed,      // the worker died over it
   kTimedOut,     // longer than --timeout
   kOutOfMemory,  // more than --max-memory
-  kTooLarge,     // an answer longer than --max-output
+  kTooLarge,     // larger than --max-size, or an answer longer than --max-output
 };
 
 // Views, valid as long as their maker says.
