@@ -1,0 +1,16 @@
+// How the lines of the ndjson format begin, for those who write them and those who read them again.
+// Behind the start of a record's or file's line comes the file's number, then a comma.
+#pragma once
+
+#include <string_view>
+
+namespace host {
+
+inline constexpr int kSchemaVersion = 1;
+inline constexpr std::string_view kToolName = "quorl-js";
+
+inline constexpr std::string_view kHeaderLineStart = "{\"type\":\"header\",";
+inline constexpr std::string_view kRecordLineStart = "{\"type\":\"record\",\"file\":";
+inline constexpr std::string_view kFileLineStart = "{\"type\":\"file\",\"file\":";
+
+}  // namespace host
