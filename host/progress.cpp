@@ -5,21 +5,12 @@
 #include "output.h"
 #include "platform.h"
 #include "run_end.h"
+#include "shown_text.h"
 
 namespace host {
 namespace {
 
 constexpr std::chrono::milliseconds kInterval{100};
-
-// The text cut to so many columns. A byte that goes on with a character of UTF-8 takes none.
-std::string_view cut(std::string_view text, std::size_t columns) {
-  std::size_t end = 0;
-  for (; end < text.size(); ++end) {
-    const bool startsCharacter = (static_cast<unsigned char>(text[end]) & 0xc0U) != 0x80U;
-    if (startsCharacter && columns-- == 0) break;
-  }
-  return text.substr(0, end);
-}
 
 }  // namespace
 
@@ -35,10 +26,12 @@ void Progress::show(std::uint64_t done, std::uint64_t failed, std::string_view p
   next_ = now + kInterval;
   std::string text = std::to_string(done) + "/" + std::to_string(fileCount_);
   if (failed > 0) text += ", " + std::to_string(failed) + " failed";
-  text += ": " + onOneLine(path);
+  text.append(": ").append(path);
+  std::string line(kEraseLine);
+  appendShown(line, text, true, width_ - 1);  // a full line would move the cursor to the next
   isThere_ = true;
   notePassingLine(true);
-  writeAll(STDERR_FILENO, kEraseLine + std::string(cut(text, width_ - 1)));
+  writeAll(STDERR_FILENO, line);
 }
 
 void Progress::erase() {

@@ -42,7 +42,7 @@ std::string crashText(const ProcessEnd& end) {
   if (WIFSIGNALED(end.state)) {
     return std::string("crashed the plug-in: ") + ::strsignal(WTERMSIG(end.state));
   }
-  return "ended the plug-in's process with status " + std::to_string(WEXITSTATUS(end.state));
+  return "ended its process with status " + std::to_string(WEXITSTATUS(end.state));
 }
 
 std::size_t bytesOf(const FileResult& result) {
