@@ -19,6 +19,7 @@
 #include "completions.h"
 #include "help_text.h"
 #include "man_page.h"
+#include "merge.h"
 #include "name_list.h"
 #include "output.h"
 #include "plugin_module.h"
@@ -101,6 +102,7 @@ int main(int argc, char** argv) {
   std::signal(SIGPIPE, SIG_IGN);
   std::signal(SIGXFSZ, SIG_IGN);
   try {
+    if (argc > 1 && argv[1] == std::string_view("merge")) return host::runMerge(argc - 1, argv + 1);
     return host::run(host::readCommandLine(argc, argv));
   } catch (const std::exception& failure) {
     host::complain(failure.what());
