@@ -11,10 +11,11 @@
 namespace host {
 namespace {
 
-void appendHeaderMembers(std::string& out) {
+void appendHeaderMembers(std::string& out, std::string_view version) {
   out += "\"schema\":";
   appendNumber(out, kSchemaVersion);
-  out.append(",\"tool\":\"").append(kToolName).append("\",\"version\":\"" QUORL_VERSION "\"");
+  out.append(",\"tool\":\"").append(kToolName).append("\",");
+  appendJsonMember(out, "version", version);
 }
 
 // What the format says of a file, which is the report's word unless its answer cannot be read.
@@ -115,7 +116,7 @@ std::string appendJsonFile(std::string& out, const FileReport& report, const Out
 
 void beginJson(const FormatSettings& /*settings*/, std::string& out) {
   out += "{";
-  appendHeaderMembers(out);
+  appendHeaderMembers(out, QUORL_VERSION);
   out += ",\"files\":[\n";
 }
 
@@ -131,12 +132,16 @@ void writeJsonFile(const FileReport& report, const FormatSettings& /*settings*/,
 
 void endJson(const FormatSettings& /*settings*/, std::string& out) { out += "\n]}\n"; }
 
-void beginNdjson(const FormatSettings& settings, std::string& out) {
+void appendNdjsonHeader(std::string& out, std::string_view version, std::uint64_t fileCount) {
   out += kHeaderLineStart;
-  appendHeaderMembers(out);
+  appendHeaderMembers(out, version);
   out += ",\"fileCount\":";
-  appendNumber(out, settings.fileCount);
+  appendNumber(out, fileCount);
   out += "}\n";
+}
+
+void beginNdjson(const FormatSettings& settings, std::string& out) {
+  appendNdjsonHeader(out, QUORL_VERSION, settings.fileCount);
 }
 
 void writeNdjsonFile(const FileReport& report, const FormatSettings& /*settings*/,

@@ -24,6 +24,7 @@
 #include "help_text.h"
 #include "inputs.h"
 #include "man_page.h"
+#include "merge.h"
 #include "name_list.h"
 #include "output.h"
 #include "platform.h"
@@ -147,6 +148,7 @@ int main(int argc, char** argv) {
   std::signal(SIGXFSZ, SIG_IGN);
   host::endRunOnSignals();
   try {
+    if (argc > 1 && argv[1] == std::string_view("merge")) return host::runMerge(argc - 1, argv + 1);
     return host::run(host::readCommandLine(argc, argv));
   } catch (const std::exception& failure) {
     host::complain(failure.what());
