@@ -49,9 +49,12 @@ std::vector<std::string> withEmptyValues(const CLI::App& app, std::vector<std::s
   return result;
 }
 
-std::string join(const std::vector<std::string>& lines) {
+std::string join(const std::vector<std::string>& parts, std::string_view separator) {
   std::string text;
-  for (const std::string& line : lines) text += (&line == &lines.front() ? "" : "\n") + line;
+  for (const std::string& part : parts) {
+    if (&part != &parts.front()) text += separator;
+    text += part;
+  }
   return text;
 }
 
@@ -106,6 +109,13 @@ bool takeSize(const std::string& text, std::uint64_t& size) {
   const std::optional<std::uint64_t> value = parseSize(text);
   if (value) size = *value;
   return value.has_value();
+}
+
+bool takeDepth(const std::string& text, std::optional<std::size_t>& depth) {
+  unsigned levels = 0;
+  if (!parseNumber(text, levels)) return false;
+  depth = levels;
+  return true;
 }
 
 bool takeColor(const std::string& text, Color& color) {
@@ -170,11 +180,13 @@ CommandLine readCommandLine(int argc, const char* const* argv) {
   result.walkRules.hidden = isGiven(app, "--hidden");
   result.walkRules.nodeModules = isGiven(app, "--node-modules");
   result.outDirectory = valueOf(app, "--out-dir");
-  result.defines = join(app.get_option("--defines")->results());
+  result.defines = join(app.get_option("--defines")->results(), "\n");
   result.plugin = valueOf(app, "--plugin");
   result.diagnostics = valueOf(app, "--diagnostics").value_or(result.diagnostics);
   result.format = findFormat("raw");
   withValue(app, "--format", [&](const auto& text) { return takeFormat(text, result.format); });
+  withValue(app, "--depth", [&](const auto& text) { return takeDepth(text, result.depth); });
+  result.onlyLabels = join(app.get_option("--only")->results(), ",");
   result.times = isGiven(app, "--times");
   result.jobs = availableCores();
   withValue(app, "--jobs", [&](const auto& text) { return takeJobs(text, result.jobs); });

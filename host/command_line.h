@@ -1,6 +1,7 @@
 // What the user asked for.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -28,6 +29,8 @@ struct CommandLine {
   std::optional<std::string> plugin;  // without it the program finds its own
   std::string diagnostics = "none";
   const Format* format = nullptr;  // set by readCommandLine
+  std::optional<std::size_t> depth;  // of the outline
+  std::string onlyLabels;            // the values of --only, joined by commas
   bool times = false;
   unsigned jobs = 1;
   FileLimits limits;

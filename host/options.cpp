@@ -5,8 +5,9 @@
 namespace host {
 namespace {
 
-constexpr std::array<std::string_view, 2> kSynopsisTable = {
-    "quorl-js FILE... [OPTION]...", "quorl-js --files-from LIST [FILE]... [OPTION]..."};
+constexpr std::array<std::string_view, 3> kSynopsisTable = {
+    "quorl-js FILE... [OPTION]...", "quorl-js --files-from LIST [FILE]... [OPTION]...",
+    "quorl-js merge SHARD... [OPTION]..."};
 
 constexpr std::array kOptionTable = {
     Option{.name = "--recursive",
@@ -33,6 +34,14 @@ constexpr std::array kOptionTable = {
            .words = "raw json ndjson tree",
            .help = "the form of the output: raw (the plug-in's own text, as without this option), "
                    "json (one document), ndjson (one object a line) or tree (an outline to read)"},
+    Option{.name = "--depth",
+           .argument = "N",
+           .help = "of an outline, the N uppermost levels only"},
+    Option{.name = "--only",
+           .argument = "LABEL",
+           .mayRepeat = true,
+           .help = "of an outline, the records with that label only; several stand with commas "
+                   "between them or each with an --only of its own"},
     Option{.name = "--times",
            .help = "give in json and ndjson how long the plug-in took over each file"},
     Option{.name = "--out-dir",
@@ -110,9 +119,11 @@ constexpr std::array kStatusTable = {
 
 constexpr std::array kExampleTable = {
     Example{"The records of two files, one after the other:", "quorl-js a.js b.html"},
-    Example{"All files below a directory as lines of JSON, of which jq takes the functions:",
+    Example{"All functions below a directory, out of lines of JSON:",
             "quorl-js --recursive src --format ndjson |\n"
             "  jq 'select(.branchTypeAsString == \"function\").contents'"},
+    Example{"The classes and functions of a file, to look at:",
+            "quorl-js a.js --format tree --only class,function"},
     Example{"All files below a directory, with an answer file for each:",
             "mkdir records\nquorl-js --recursive src --out-dir records"},
     Example{"The scripts that git knows, whatever their names hold:",
@@ -127,7 +138,8 @@ constexpr std::array kExampleTable = {
 
 constinit const std::span<const std::string_view> kSynopses = kSynopsisTable;
 constinit const std::string_view kPurpose =
-    "Prints the structure records of each FILE on standard output, one answer after the other.";
+    "Prints the structure records of each FILE on standard output, one answer after the other. "
+    "merge joins the output of several ndjson runs; see quorl-js merge --help.";
 constinit const std::span<const Option> kOptions = kOptionTable;
 constinit const Option kEndOfOptions = {.name = "--", .help = "every argument behind it is a FILE"};
 constinit const std::span<const ExitStatus> kExitStatuses = kStatusTable;

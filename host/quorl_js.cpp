@@ -75,6 +75,8 @@ bool isColorWanted(Color color) {
 FormatSettings settingsFor(const CommandLine& commandLine) {
   FormatSettings settings;
   settings.color = isColorWanted(commandLine.color);
+  settings.depth = commandLine.depth;
+  settings.onlyLabels = commandLine.onlyLabels;
   if (!commandLine.outDirectory) {
     settings.width = terminalWidth(STDOUT_FILENO);
     settings.escapeControlBytes = settings.width != 0;
