@@ -54,8 +54,8 @@ class Batch {
       return;
     }
     const bool isIrregular = input.kind != InputKind::kUnreadableDirectory;
-    const std::string message = isIrregular ? irregularFileMessage(input.path)
-                                            : input.path + ": " + input.reason.message();
+    const std::string message =
+        isIrregular ? irregularFileMessage(input.path) : input.path + ": " + input.reason.message();
     if (input.kind == InputKind::kPassedOver) {
       tell(message);
       warned_ = true;

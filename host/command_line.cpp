@@ -141,7 +141,8 @@ void readLimits(const CLI::App& app, FileLimits& limits) {
   });
   withValue(app, "--max-output",
             [&](const auto& text) { return takeSize(text, limits.answerBytes); });
-  withValue(app, "--max-size", [&](const auto& text) { return takeSize(text, limits.sourceBytes); });
+  withValue(app, "--max-size",
+            [&](const auto& text) { return takeSize(text, limits.sourceBytes); });
 }
 
 }  // namespace

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "directory_walk.h"
-#include "format.h"
 #include "file_limits.h"
+#include "format.h"
 #include "name_list.h"
 
 namespace host {
@@ -28,7 +28,7 @@ struct CommandLine {
   std::string defines;                // the values of --defines, joined by line feeds
   std::optional<std::string> plugin;  // without it the program finds its own
   std::string diagnostics = "none";
-  const Format* format = nullptr;  // set by readCommandLine
+  const Format* format = nullptr;    // set by readCommandLine
   std::optional<std::size_t> depth;  // of the outline
   std::string onlyLabels;            // the values of --only, joined by commas
   bool times = false;

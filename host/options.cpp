@@ -34,9 +34,8 @@ constexpr std::array kOptionTable = {
            .words = "raw json ndjson tree",
            .help = "the form of the output: raw (the plug-in's own text, as without this option), "
                    "json (one document), ndjson (one object a line) or tree (an outline to read)"},
-    Option{.name = "--depth",
-           .argument = "N",
-           .help = "of an outline, the N uppermost levels only"},
+    Option{
+        .name = "--depth", .argument = "N", .help = "of an outline, the N uppermost levels only"},
     Option{.name = "--only",
            .argument = "LABEL",
            .mayRepeat = true,
@@ -64,7 +63,8 @@ constexpr std::array kOptionTable = {
            .completion = Completion::kFiles,
            .words = "none stderr",
            .help = "where the plug-in's diagnostic lines go: none (as without this option), "
-                   "stderr, or the name of a file, which is overwritten; for their order, files are read one at a time with "
+                   "stderr, or the name of a file, which is overwritten; for their order, files "
+                   "are read one at a time with "
                    "the last two"},
     Option{.name = "--jobs",
            .shortName = "-j",

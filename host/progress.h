@@ -1,4 +1,5 @@
-// A line on the terminal that tells how far a run is, and goes when anything else is to stand there.
+// A line on the terminal that tells how far a run is, and goes when anything else is to stand
+// there.
 #pragma once
 
 #include <chrono>

@@ -36,8 +36,7 @@ void endRun(int number) {
   const int directory = temporaryDirectory;
   if (directory >= 0) ::unlinkat(directory, temporaryName.data(), 0);
   if (passingLine) {
-    [[maybe_unused]] const auto written =
-        ::write(STDERR_FILENO, kEraseLine, sizeof kEraseLine - 1);
+    [[maybe_unused]] const auto written = ::write(STDERR_FILENO, kEraseLine, sizeof kEraseLine - 1);
   }
   std::signal(number, SIG_DFL);
   std::raise(number);  // is delivered when this function returns

@@ -12,7 +12,8 @@ namespace host {
 
 void endRunOnSignals();
 
-// Undoes that in a worker, which leaves SIGINT, meant for all that the terminal runs, to its parent.
+// Undoes that in a worker, which leaves SIGINT, meant for all that the terminal runs, to its
+// parent.
 void endWorkerOnSignals();
 
 // While it lives the signals wait: what is noted below must agree with what there is.

@@ -27,6 +27,9 @@ namespace {
 constexpr unsigned kMaxFiles = 1000;
 constexpr std::uint64_t kMaxMemoryKept = std::uint64_t{256} << 20U;
 
+// To load the module, and to end with it.
+constexpr std::chrono::seconds kTimeBesidesFiles{60};
+
 constexpr std::size_t kRequestsAtOnce = 64;
 constexpr std::string_view kRecordsOpening = "[\n";
 constexpr std::string_view kErrorOpening = R"([{"error": ")";
@@ -198,11 +201,11 @@ void work(const WorkerTask& task, int requests, int results) {
   if (task.limits.memory != 0) limitMemory(task.limits.memory);
   std::set_new_handler([] { ::_exit(kWorkerOutOfMemory); });
   try {
-    limitTime(task.limits.time);
+    limitTime(kTimeBesidesFiles);
     Worker worker(task, results);
     limitTime(kNoLimit);
     if (writeFrame(results, Frame{}) == 0) answerRequests(worker, requests);
-    limitTime(task.limits.time);  // to the very end
+    limitTime(kTimeBesidesFiles);  // to the very end
   } catch (const Failure& failure) {
     Frame unusable;
     unusable.kind = FrameKind::kUnusable;

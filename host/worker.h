@@ -5,10 +5,10 @@
 #include <cstdint>
 #include <string>
 
+#include "file_limits.h"
 #include "file_report.h"
 #include "format.h"
 #include "inputs.h"
-#include "file_limits.h"
 
 namespace host {
 

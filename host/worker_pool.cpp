@@ -175,10 +175,9 @@ void WorkerPool::receiveFrom(Slot& slot) {
     Frame frame;
     const FrameReader::State state = slot.process->frames().next(frame);
     if (state == FrameReader::State::kOpen) return;
-    const bool isExpected =
-        state == FrameReader::State::kWhole &&
-        (frame.kind != FrameKind::kFile ||
-         (!slot.files.empty() && frame.index == slot.files.front()));
+    const bool isExpected = state == FrameReader::State::kWhole &&
+                            (frame.kind != FrameKind::kFile ||
+                             (!slot.files.empty() && frame.index == slot.files.front()));
     if (!isExpected) {
       lose(slot, true);
       return;
@@ -193,8 +192,9 @@ void WorkerPool::accept(Slot& slot, Frame frame) {
   if (frame.kind != FrameKind::kFile) return;
   slot.files.pop_front();
   slot.isAlone = false;
-  FileResult result{frame.status, frame.hasAnswer, frame.diagnosticsLost,
-                    std::move(frame.message), std::move(frame.text), {}};
+  FileResult result{frame.status,          frame.hasAnswer,
+                    frame.diagnosticsLost, std::move(frame.message),
+                    std::move(frame.text), {}};
   if (const auto failure = firstFailures_.extract(frame.index)) {
     result.firstFailure = failure.mapped();
   }

@@ -73,8 +73,8 @@ class WorkerPool {
   const bool lockstep_;
   std::vector<Slot> slots_;
   std::vector<std::unique_ptr<WorkerProcess>> retired_;
-  std::uint64_t nextFile_ = 0;             // the first that was never handed out
-  std::set<std::uint64_t> givenBack_;      // by workers that ended before their turn
+  std::uint64_t nextFile_ = 0;         // the first that was never handed out
+  std::set<std::uint64_t> givenBack_;  // by workers that ended before their turn
   std::map<std::uint64_t, FileResult> finished_;
   std::size_t finishedBytes_ = 0;
   std::map<std::uint64_t, std::string> firstFailures_;

@@ -75,8 +75,7 @@ WorkerProcess::~WorkerProcess() {
 }
 
 void WorkerProcess::becomeWorker(const WorkerTask& task, pid_t parent, int requestsEnd,
-                                 int resultsEnd,
-                                 std::span<const WorkerProcess* const> siblings) {
+                                 int resultsEnd, std::span<const WorkerProcess* const> siblings) {
   endWithParent(parent);
   endWorkerOnSignals();
   closeOurEnds();
@@ -93,8 +92,7 @@ void WorkerProcess::closeOurEnds() const {
 
 void WorkerProcess::request(std::uint64_t index) {
   // A worker that is gone is noticed by the end of its frames.
-  writeAll(requests_,
-           std::string_view(reinterpret_cast<const char*>(&index), sizeof index));
+  writeAll(requests_, std::string_view(reinterpret_cast<const char*>(&index), sizeof index));
 }
 
 void WorkerProcess::endRequests() { closeIfOpen(std::exchange(requests_, -1)); }

@@ -44,8 +44,7 @@ class WorkerProcess {
 
  private:
   [[noreturn]] void becomeWorker(const WorkerTask& task, pid_t parent, int requestsEnd,
-                                 int resultsEnd,
-                                 std::span<const WorkerProcess* const> siblings);
+                                 int resultsEnd, std::span<const WorkerProcess* const> siblings);
   void closeOurEnds() const;
 
   pid_t pid_ = 0;  // 0 once its end is known

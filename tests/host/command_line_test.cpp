@@ -187,14 +187,27 @@ TEST_F(Arguments, WithValuesThatAreNoneAreRefused) {
 }
 
 TEST_F(Arguments, WithValuesAreTakenInEachSpelling) {
-  for (const Words& arguments :
-       {Words{"-j1"}, Words{"-j", "256"}, Words{"--jobs=2"}, Words{"--jobs", "3"},
-        Words{"--timeout=0"}, Words{"--timeout", "59.999999"}, Words{"--timeout=1000000000"}, Words{"--max-memory=0"}, Words{"--max-memory", "8G"},
-        Words{"--max-output=0"}, Words{"--max-output=8"}, Words{"--max-output=1K"},
-        Words{"--max-size=0"}, Words{"--max-size=1M"}, Words{"--format=raw"},
-        Words{"--color", "auto"}, Words{"--color=always"}, Words{"--color=never"},
-        Words{"--depth=0", "--only", "line,class", "--only=link"}, Words{"--times"},
-        Words{"--quiet", "-q", "--no-progress", "--strict"}}) {
+  for (const Words& arguments : {Words{"-j1"},
+                                 Words{"-j", "256"},
+                                 Words{"--jobs=2"},
+                                 Words{"--jobs", "3"},
+                                 Words{"--timeout=0"},
+                                 Words{"--timeout", "59.999999"},
+                                 Words{"--timeout=1000000000"},
+                                 Words{"--max-memory=0"},
+                                 Words{"--max-memory", "8G"},
+                                 Words{"--max-output=0"},
+                                 Words{"--max-output=8"},
+                                 Words{"--max-output=1K"},
+                                 Words{"--max-size=0"},
+                                 Words{"--max-size=1M"},
+                                 Words{"--format=raw"},
+                                 Words{"--color", "auto"},
+                                 Words{"--color=always"},
+                                 Words{"--color=never"},
+                                 Words{"--depth=0", "--only", "line,class", "--only=link"},
+                                 Words{"--times"},
+                                 Words{"--quiet", "-q", "--no-progress", "--strict"}}) {
     SCOPED_TRACE(joined(arguments));
     Words all = arguments;
     all.emplace_back("f");
@@ -212,11 +225,27 @@ TEST_F(Help, ListsOptionsAndExitStatuses) {
                               0),
             0U)
       << outcome;
-  for (const char* line :
-       {"--recursive ", "--hidden ", "--node-modules ", "--files-from LIST ", "-0, --null ",
-        "--out-dir DIR ", "--defines NAME ", "--plugin PATH ", "--diagnostics WHERE ",
-        "--format FORMAT ", "-j, --jobs N ", "--timeout SECONDS ", "-q, --quiet ", "--strict ",
-        "--help ", "--version ", "-- ", "0 ", "1 ", "2 ", "  quorl-js a.js b.html\n"}) {
+  for (const char* line : {"--recursive ",
+                           "--hidden ",
+                           "--node-modules ",
+                           "--files-from LIST ",
+                           "-0, --null ",
+                           "--out-dir DIR ",
+                           "--defines NAME ",
+                           "--plugin PATH ",
+                           "--diagnostics WHERE ",
+                           "--format FORMAT ",
+                           "-j, --jobs N ",
+                           "--timeout SECONDS ",
+                           "-q, --quiet ",
+                           "--strict ",
+                           "--help ",
+                           "--version ",
+                           "-- ",
+                           "0 ",
+                           "1 ",
+                           "2 ",
+                           "  quorl-js a.js b.html\n"}) {
     EXPECT_NE(outcome.out.find(std::string("\n  ") + line), std::string::npos) << line;
   }
   EXPECT_NE(outcome.out.find(

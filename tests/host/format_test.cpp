@@ -58,7 +58,8 @@ TEST(RawFormat, IsTheAnswerAsItIs) {
 }
 
 TEST(RawFormat, HasNothingForAFileThatFailedWithoutAnAnswer) {
-  EXPECT_EQ(write("raw", {.path = "pipe", .status = FileStatus::kFailed, .message = "skipped"}), "");
+  EXPECT_EQ(write("raw", {.path = "pipe", .status = FileStatus::kFailed, .message = "skipped"}),
+            "");
 }
 
 TEST(RawFormat, MakesAnErrorAnswerForALostWorker) {

@@ -62,12 +62,12 @@ std::set<std::string> optionsInHelp(const std::string& help) {
 TEST_F(GeneratedTexts, HaveEveryOptionOfTheHelp) {
   const std::set<std::string> names = optionsInHelp(run({"--help"}).out);
   EXPECT_EQ(names,
-            (std::set<std::string>{
-                "--recursive", "--hidden", "--node-modules", "--files-from", "--null", "--format",
-                "--depth", "--only", "--times", "--out-dir", "--defines", "--plugin",
-                "--diagnostics", "--jobs", "--timeout", "--max-memory", "--max-output",
-                "--max-size", "--strict", "--quiet", "--no-progress", "--color", "--help",
-                "--version"}));
+            (std::set<std::string>{"--recursive",   "--hidden",   "--node-modules", "--files-from",
+                                   "--null",        "--format",   "--depth",        "--only",
+                                   "--times",       "--out-dir",  "--defines",      "--plugin",
+                                   "--diagnostics", "--jobs",     "--timeout",      "--max-memory",
+                                   "--max-output",  "--max-size", "--strict",       "--quiet",
+                                   "--no-progress", "--color",    "--help",         "--version"}));
   for (const char* kind : {"bash", "zsh", "fish", "man"}) {
     const std::string text = generated(kind);
     EXPECT_EQ(text.back(), '\n') << kind;
@@ -146,15 +146,16 @@ TEST_F(Completions, OfZsh) {
   // The specifications as zsh reads them out of the quotes.
   const std::string read =
       printedBy("zsh", "_arguments() { printf '%s\\n' \"$@\" }; . ./_quorl-js");
-  for (const std::string& line : Words{
-           "-S", "(-0 --null)-0[names in LIST end in NUL bytes instead of line feeds]",
-           "(-0 --null)--null[names in LIST end in NUL bytes instead of line feeds]",
-           "*--defines=[a name for the record of the defines]:NAME: ",
-           "--out-dir=[write the output for each FILE to a file of its own in the directory "
-           "DIR]:DIR:_files -/",
-           "(-j --jobs)-j+[read N files at a time, 1 to 256]:N: ",
-           "(-j --jobs)--jobs=[read N files at a time, 1 to 256]:N: ",
-           "--color=[colour the outline]:WHEN:(auto always never)", diagnostics, "--help[print this text and stop]", "*:FILE:_files"}) {
+  for (const std::string& line :
+       Words{"-S", "(-0 --null)-0[names in LIST end in NUL bytes instead of line feeds]",
+             "(-0 --null)--null[names in LIST end in NUL bytes instead of line feeds]",
+             "*--defines=[a name for the record of the defines]:NAME: ",
+             "--out-dir=[write the output for each FILE to a file of its own in the directory "
+             "DIR]:DIR:_files -/",
+             "(-j --jobs)-j+[read N files at a time, 1 to 256]:N: ",
+             "(-j --jobs)--jobs=[read N files at a time, 1 to 256]:N: ",
+             "--color=[colour the outline]:WHEN:(auto always never)", diagnostics,
+             "--help[print this text and stop]", "*:FILE:_files"}) {
     EXPECT_NE(("\n" + read).find("\n" + line + "\n"), std::string::npos) << line << "\nis not in\n"
                                                                          << read;
   }

@@ -90,11 +90,17 @@ struct Misdeed {
 
 constexpr std::array kMisdeeds = {
     Misdeed{"crash", crash},
-    Misdeed{"crash-once", [] { if (leaveMark("crashed")) crash(); }},
+    Misdeed{"crash-once",
+            [] {
+              if (leaveMark("crashed")) crash();
+            }},
     Misdeed{"exit", [] { ::_exit(7); }},
     Misdeed{"hang", hang},
     Misdeed{"hang\x1b[2J\n", hang},
-    Misdeed{"hang-once", [] { if (leaveMark("hung")) hang(); }},
+    Misdeed{"hang-once",
+            [] {
+              if (leaveMark("hung")) hang();
+            }},
     Misdeed{"slow", [] { std::this_thread::sleep_for(std::chrono::milliseconds(100)); }},
     Misdeed{"hog", [] { takeMemory(kGreediestBlocks); }},
     Misdeed{"keep", [] { takeMemory(kKeptBlocks); }},

@@ -104,6 +104,12 @@ void RunningProgram::send(int signal) const { checked(::kill(pid_, signal), "kil
 
 void RunningProgram::leaveStandardOutput() { ::close(std::exchange(out_, -1)); }
 
+std::string RunningProgram::readErrorsUpTo(const std::string& text) const {
+  std::string seen;
+  for (char byte = 0; !seen.ends_with(text) && ::read(err_, &byte, 1) == 1;) seen += byte;
+  return seen;
+}
+
 std::string RunningProgram::errorsToTheEnd() { return readToEnd(err_); }
 
 std::string RunningProgram::outputToTheEnd() { return readToEnd(out_); }

@@ -29,6 +29,9 @@ class RunningProgram {
   void send(int signal) const;
   void leaveStandardOutput();  // as a reader who has seen enough
 
+  // What is written to standard error until its end is the text given.
+  std::string readErrorsUpTo(const std::string& text) const;
+
   // What was written to standard error until each process that has it ended, children too.
   std::string errorsToTheEnd();
 
