@@ -92,7 +92,8 @@ constexpr std::array kOptionTable = {
                    "nothing to read at all"},
     Option{.name = "--quiet",
            .shortName = "-q",
-           .help = "tell nothing of single files on standard error; the exit status does"},
+           .help = "tell nothing of single files on standard error, and let the plug-in tell "
+                   "nothing there either; the exit status stays"},
     Option{.name = "--no-progress",
            .help = "do not show how far the run is; that is shown on standard error if it is a "
                    "terminal and the output goes elsewhere"},

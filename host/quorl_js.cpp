@@ -26,6 +26,7 @@
 #include "man_page.h"
 #include "merge.h"
 #include "name_list.h"
+#include "option_tables.h"
 #include "output.h"
 #include "platform.h"
 #include "plugin_module.h"
@@ -47,7 +48,8 @@ struct GeneratedText {
 
 constexpr std::array kGeneratedTexts = {
     GeneratedText{"bash", bashCompletion}, GeneratedText{"fish", fishCompletion},
-    GeneratedText{"man", manPage}, GeneratedText{"zsh", zshCompletion}};
+    GeneratedText{"man", manPage}, GeneratedText{"tables", optionTables},
+    GeneratedText{"zsh", zshCompletion}};
 
 std::string generatedText(const std::string& kind) {
   const auto* const row =
@@ -94,6 +96,7 @@ WorkerTask taskFor(const CommandLine& commandLine, const Diagnostics& diagnostic
   task.settings = settingsFor(commandLine);
   task.wholeDocuments = commandLine.outDirectory.has_value();
   task.times = commandLine.times;
+  task.quiet = commandLine.quiet;
   return task;
 }
 

@@ -1,5 +1,6 @@
 #include "worker.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/time.h>
 #include <unistd.h>
@@ -59,6 +60,14 @@ std::string errorMessage(const std::string& file, std::string_view answer) {
 // What C's stdout still holds goes out. The module does not look at the result of its writes, but
 // the stream remembers a failed one.
 bool areDiagnosticsLost() { return std::fflush(stdout) != 0 || std::ferror(stdout) != 0; }
+
+void silenceStandardError() {
+  const int nowhere = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
+  if (nowhere != STDERR_FILENO) {
+    ::dup2(nowhere, STDERR_FILENO);
+    ::close(nowhere);
+  }
+}
 
 class Worker {
  public:
@@ -198,6 +207,7 @@ std::string textFor(const FileReport& report, const WorkerTask& task) {
 
 void work(const WorkerTask& task, int requests, int results) {
   if (::dup2(task.diagnostics, STDOUT_FILENO) < 0) ::_exit(EXIT_FAILURE);
+  if (task.quiet) silenceStandardError();
   if (task.limits.memory != 0) limitMemory(task.limits.memory);
   std::set_new_handler([] { ::_exit(kWorkerOutOfMemory); });
   try {

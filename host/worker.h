@@ -22,6 +22,7 @@ struct WorkerTask {
   FormatSettings settings;
   bool wholeDocuments = false;  // each file is an output of its own
   bool times = false;
+  bool quiet = false;  // the module's standard error leads nowhere
 };
 
 // Asks for the module's version instead of for a file.

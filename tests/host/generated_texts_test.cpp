@@ -15,6 +15,7 @@
 namespace {
 
 namespace fs = std::filesystem;
+using host_test::contentsOf;
 using host_test::Outcome;
 using host_test::runProgram;
 using host_test::StandardOutput;
@@ -77,6 +78,17 @@ TEST_F(GeneratedTexts, HaveEveryOptionOfTheHelp) {
       EXPECT_NE(text.find(sought), std::string::npos) << kind << name;
     }
   }
+}
+
+TEST_F(GeneratedTexts, StandInTheDocumentation) {
+  const std::string tables = generated("tables");
+  EXPECT_NE(
+      tables.find("| `-0`, `--null` | names in LIST end in NUL bytes instead of line feeds |\n"),
+      std::string::npos);
+  EXPECT_NE(tables.find("| 0 | every file was read |\n"), std::string::npos);
+  EXPECT_NE(contentsOf(QUORL_DOCS "/cli.md").find("\n\n" + tables + "\n"), std::string::npos)
+      << "docs/cli.md should hold what quorl-js --generate tables prints:\n"
+      << tables;
 }
 
 TEST_F(GeneratedTexts, NeedNothingElse) {

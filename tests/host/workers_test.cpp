@@ -451,6 +451,7 @@ TEST_F(Strictness, MakesAFailureOfWhatIsOnlyTold) {
 TEST_F(Strictness, IsNotChangedByQuiet) {
   EXPECT_EQ(runOdd({"a", "error", "no-memory", "--quiet"}),
             (Outcome{1, answerTo("a") + R"([{"error": "it\'s \"odd\": x"}])", ""}));
+  EXPECT_EQ(runOdd({"warning", "--quiet"}), (Outcome{0, answerTo("warning"), ""}));
   EXPECT_EQ(runOdd({"a", "--quiet", "--files-from=gone"}),
             (Outcome{2, "", "quorl-js: list gone: No such file or directory\n"}));
 }
