@@ -36,7 +36,9 @@ constexpr std::string_view kHelp =
     "\n"
     "Joins the ndjson outputs of several runs into one with one header and the files numbered\n"
     "anew, and writes it to standard output. A SHARD may hold several outputs, one after the\n"
-    "other. Nothing is written when a SHARD is cut or lacks a file that its header tells of.\n"
+    "other. Nothing is written when a SHARD is cut or lacks a file that its header tells of, or "
+    "is\n"
+    "empty and there is no LIST.\n"
     "\n"
     "  --files-from LIST  the names of all files, one a line, - being standard input: the files\n"
     "                     come in its order, and each must be in a SHARD as often as in LIST;\n"
@@ -154,8 +156,11 @@ Plan readShards(const MergeOptions& options) {
       }
       plan.places[place] = found;
     });
+    // With a list it is seen by name what is not there.
+    if (!order && lines.offset() == 0) throw Failure(lines.path() + ": empty, not even a header");
   }
   if (order) checkAllAreThere(plan, *order, *options.list);
+  if (plan.version.empty()) plan.version = QUORL_VERSION;  // an empty list, and no header
   return plan;
 }
 

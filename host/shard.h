@@ -17,10 +17,10 @@ struct ShardFile {
   std::uint64_t bytes = 0;   // of all its lines
 };
 
-// Reads the shard once and gives its files in their order. Every line has to be whole and strict
-// JSON, and nothing may be missing that a header or a file's line tells of; else throws Failure.
-// version is that of the tool: all headers have to name the same, and an empty one is set by the
-// first.
+// Reads the shard once and gives its files in their order; an empty one has none. Every line has to
+// be whole and strict JSON, and nothing may be missing that a header or a file's line tells of;
+// else throws Failure. version is that of the tool: all headers have to name the same, and an empty
+// one is set by the first.
 void readShard(LineReader& lines, std::string& version,
                const std::function<void(const ShardFile& file)>& take);
 

@@ -4,6 +4,7 @@ usage: merge_test.py QUORL_JS SCRATCH
 
 Every case writes its shards into files called a, b and so on, and its list into one called list.
 """
+import json
 import os
 import pathlib
 import subprocess
@@ -51,6 +52,7 @@ GOOD = [
      header(2) + B[len(header(1)):] + record(1, "c") + file(1, "three.js", 1)),
     ("a line of a million bytes", [LONG, B], b"three.js\nlong.js\n", [], 0,
      header(2) + B[len(header(1)):] + record(1, "z" * 1_000_000) + file(1, "long.js", 1)),
+    ("an empty shard beside a list", [B, b""], b"three.js\n", [], 0, B),
     ("a version of its own", [header(1, "7.8.9") + file(0, "x")], None, [], 0,
      header(1, "7.8.9") + file(0, "x")),
 ]
@@ -61,6 +63,8 @@ BAD = [
     ("a folder", [A], None, ["."], ".: not a regular file"),
     ("a device", [A], None, ["/dev/zero"], "/dev/zero: not a regular file"),
     ("an empty shard", [A, b""], None, [], "b: empty, not even a header"),
+    ("an empty shard and nothing else", [b"", b""], b"three.js\n", [],
+     "1 files of list list are in no SHARD; the first is three.js"),
     ("no ndjson", [b"[\n]\n"], None, [], "a: line 1: no line of the ndjson format"),
     ("no header", [A[len(header(2)):]], None, [],
      "a: line 1: more files than the header tells of"),
@@ -140,6 +144,9 @@ def faults(quorl_js, folder):
         is_one_line = says.startswith("quorl-js: ") and says.count("\n") == 1 and says[-1] == "\n"
         if (done.returncode, done.stdout) != (2, b"") or not is_one_line or message not in says:
             yield "%s: %d %r %r" % (name, done.returncode, done.stdout[:400], says)
+    done = run(quorl_js, folder, [b""], b"", [])
+    if done.returncode != 0 or json.loads(done.stdout)["fileCount"] != 0:
+        yield "nothing asked for and nothing there: %r" % done
     with open("/dev/full", "wb") as full:
         done = run(quorl_js, folder, [A], None, [], stdout=full)
     if (done.returncode, done.stderr) != (2, b"quorl-js: standard output: No space left on "
