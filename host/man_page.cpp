@@ -54,8 +54,8 @@ A reader of standard output that has gone ends it with exit status 2.
 # LIMITS
 
 *--timeout* counts from the moment a worker begins with the file. *--max-memory* is a limit on the
-address space of a worker (RLIMIT_AS), program and plug-in included, about 20 MiB; macOS does not
-hold processes to it. *--max-output* counts the bytes of the plug-in's own text, whatever the
+address space of a worker (RLIMIT_AS), including program and plug-in, about 20 MiB, and the names of
+all files; macOS does not hold processes to it. *--max-output* counts the bytes of the plug-in's own text, whatever the
 format. *--max-size* is held against the size of the file before it is opened.
 
 # OPTIONS

@@ -50,6 +50,7 @@ void replaceNote(pid_t from, pid_t to) {
 }  // namespace
 
 void endRunOnSignals() {
+  std::signal(SIGCHLD, SIG_DFL);  // ignored, it would keep how workers end from their parent
   for (const int number : kSignals) {
     struct sigaction action {};
     if (::sigaction(number, nullptr, &action) == 0 && action.sa_handler == SIG_IGN) continue;

@@ -114,10 +114,10 @@ class Worker {
     frame.status = report.status;
     frame.text = textFor(report, task_);
     limitTime(kNoLimit);
-    const std::uint64_t memory = peakMemory();
+    const std::uint64_t grownBy = peakMemory() - memoryAtStart_;
     const std::uint64_t halfOfLimit = task_.limits.memory / 2;
-    isWornOut_ = files_ >= kMaxFiles || memory >= kMaxMemoryKept ||
-                 (halfOfLimit != 0 && memory >= halfOfLimit);
+    isWornOut_ = files_ >= kMaxFiles || grownBy >= kMaxMemoryKept ||
+                 (halfOfLimit != 0 && grownBy >= halfOfLimit);
     frame.isLast = isWornOut_;
     send(frame);
   }
@@ -169,6 +169,7 @@ class Worker {
   const WorkerTask& task_;
   int results_;
   PluginModule plugin_;
+  std::uint64_t memoryAtStart_ = peakMemory();  // with all that the parent has
   unsigned files_ = 0;
   bool isWornOut_ = false;
 };

@@ -419,6 +419,12 @@ TEST_F(Signals, ThatWereIgnoredBeforeStayIgnored) {
   EXPECT_EQ(program.waitForEnd(), 1);
 }
 
+TEST_F(Signals, OfEndingChildrenMayBeIgnoredBefore) {
+  EXPECT_EQ(host_test::runProgram("/bin/sh", {"-c", "trap '' CHLD; exec \"$@\"", "sh",
+                                              QUORL_JS_PATH, "--plugin", ODD_PLUGIN_PATH, "crash"}),
+            (Outcome{1, errorAnswer("crash: " + kKilled), "quorl-js: crash: " + kKilled + "\n"}));
+}
+
 TEST_F(Signals, AreNotNeededWhenTheReaderHasGone) {
   RunningProgram program(QUORL_JS_PATH, oddArguments({"hang", "--timeout=0"}));
   RunningProgram::waitForFile("hanging");
