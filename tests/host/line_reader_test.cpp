@@ -75,9 +75,9 @@ TEST_F(LineReaderTest, GoesToAPlaceAndNoFurtherThanAsked) {
 }
 
 TEST_F(LineReaderTest, RefusesWhatIsNoFile) {
-  EXPECT_THROW(host::LineReader("/dev/null"), host::Failure);
-  EXPECT_THROW(host::LineReader(testing::TempDir()), host::Failure);
-  EXPECT_THROW(host::LineReader(testing::TempDir() + "/no/such/file"), host::Failure);
+  EXPECT_THROW(host::LineReader{"/dev/null"}, host::Failure);
+  EXPECT_THROW(host::LineReader{testing::TempDir()}, host::Failure);
+  EXPECT_THROW(host::LineReader{testing::TempDir() + "/no/such/file"}, host::Failure);
 }
 
 }  // namespace
