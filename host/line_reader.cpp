@@ -32,14 +32,14 @@ LineReader::LineReader(std::string path)
 
 LineReader::~LineReader() { ::close(descriptor_); }
 
-void LineReader::seek(std::uint64_t offset) {
-  if (offset == offset_) return;
+void LineReader::seek(std::uint64_t offset, std::uint64_t bytes) {
   if (::lseek(descriptor_, static_cast<off_t>(offset), SEEK_SET) < 0) {
     throw systemFailure(path_, errno);
   }
   buffer_.clear();
   begin_ = 0;
   offset_ = offset;
+  end_ = offset + bytes;
 }
 
 bool LineReader::next(std::string_view& line) {
@@ -63,7 +63,8 @@ bool LineReader::readMore() {
   buffer_.erase(0, begin_);
   begin_ = 0;
   const std::size_t kept = buffer_.size();
-  buffer_.resize(kept + std::max(kept, kMinReadBytes));
+  const std::uint64_t left = end_ - (offset_ + kept);
+  buffer_.resize(kept + std::min<std::uint64_t>(left, std::max(kept, kMinReadBytes)));
   ssize_t count = 0;
   do {
     count = ::read(descriptor_, buffer_.data() + kept, buffer_.size() - kept);

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <string>
 #include <string_view>
 
@@ -16,17 +17,17 @@ class LineReader {
   LineReader& operator=(const LineReader&) = delete;
   ~LineReader();
 
-  // The next line goes on from this byte of the file.
-  void seek(std::uint64_t offset);
+  // Goes on from this byte of the file and takes no more than so many: the rest is as if not there.
+  void seek(std::uint64_t offset, std::uint64_t bytes);
 
-  // Takes the next line, without its line feed, which it must have. False at the end of the file,
-  // or where the rest of it has no line feed. The view is valid until the next call.
+  // Takes the next line, without its line feed, which it must have. False at the end, or where the
+  // rest has no line feed. The view is valid until the next call.
   bool next(std::string_view& line);
 
   // The byte behind the line that was taken last.
   std::uint64_t offset() const { return offset_; }
 
-  // Whether all bytes of the file were taken.
+  // Whether all bytes were taken.
   bool isAtEnd() const { return begin_ == buffer_.size(); }
 
   const std::string& path() const { return path_; }
@@ -38,7 +39,8 @@ class LineReader {
   int descriptor_;
   std::string buffer_;  // of which the bytes from begin_ on are still to be taken
   std::size_t begin_ = 0;
-  std::uint64_t offset_ = 0;  // of begin_, in the file
+  std::uint64_t offset_ = 0;                                       // of begin_, in the file
+  std::uint64_t end_ = std::numeric_limits<std::uint64_t>::max();  // no byte from here on is read
 };
 
 }  // namespace host

@@ -208,13 +208,14 @@ void writePlan(const Plan& plan, const std::vector<std::string>& shards) {
       lines.emplace(shards[place.shard]);
       opened = place.shard;
     }
-    lines->seek(place.offset);
+    lines->seek(place.offset, place.bytes);
     std::string_view line;
-    while (lines->offset() < place.offset + place.bytes) {
-      if (!lines->next(line)) throw Failure(lines->path() + ": changed while it was read");
+    while (lines->next(line)) {
       appendRenumbered(output.buffer(), line, number, lines->path());
       output.flushIfLarge();
     }
+    const bool isWhole = lines->offset() == place.offset + place.bytes;
+    if (!isWhole) throw Failure(lines->path() + ": changed while it was read");
   }
   output.flush();
 }

@@ -8,7 +8,7 @@
 namespace host {
 
 inline constexpr std::string_view kAnsweredWord = "answered";
-// An answer that is no record text: the module stops its text at a NUL byte of the source.
+// The word for an answer that leaves the record format, as only another module's may.
 inline constexpr std::string_view kUnreadableWord = "unreadable";
 
 std::string_view statusWord(FileStatus status);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -154,6 +155,15 @@ TEST(JsonFormat, PutsExactBytesBesidePaths) {
             std::string::npos);
   EXPECT_NE(json.find("\"contents\":\"a\xef\xbf\xbd\",\"contentsBytes\":\"Yf4=\",\"simple"),
             std::string::npos);
+}
+
+TEST(JsonFormat, TellsEachRecordsOwnPath) {
+  const std::string answer = answerText({{.filePath = "a.js"}, {.nodeId = 1, .filePath = "b.js"}});
+  const std::string json = write("json", {.path = "a.js", .answer = answer});
+  const std::size_t first = json.find(R"("filePath":"a.js")");
+  const std::size_t second = json.find(R"("filePath":"b.js")");
+  EXPECT_LT(first, second) << json;
+  EXPECT_NE(second, std::string::npos) << json;
 }
 
 TEST(NdjsonFormat, HasALineForEachThing) {
