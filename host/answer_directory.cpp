@@ -8,6 +8,7 @@
 
 #include "answer_name.h"
 #include "output.h"
+#include "run_end.h"
 
 namespace host {
 namespace {
@@ -18,12 +19,14 @@ struct TemporaryFile {
 };
 
 TemporaryFile makeTemporaryFile(int directory) {
+  const SignalsHeld held;
   // A process with the same number, on another machine or before this one, may have left a file.
   for (unsigned attempt = 0;; ++attempt) {
     const std::string name =
         ".quorl-js-" + std::to_string(::getpid()) + "-" + std::to_string(attempt);
     const int file =
         ::openat(directory, name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (file >= 0) noteTemporaryFile(directory, name);
     if (file >= 0 || errno != EEXIST) return {name, file};
   }
 }
@@ -36,21 +39,28 @@ int fill(const TemporaryFile& file, std::string_view text) {
 }
 
 // Gives 0, or the number of the error for which there is no such file.
-int writeWhole(int directory, const std::string& name, std::string_view text) {
-  const TemporaryFile file = makeTemporaryFile(directory);
-  if (file.descriptor < 0) return errno;
-  int error = fill(file, text);
+int finish(int directory, const TemporaryFile& file, const std::string& name, int error) {
+  const SignalsHeld held;
   if (error == 0 && ::renameat(directory, file.name.c_str(), directory, name.c_str()) != 0) {
     error = errno;
   }
   if (error != 0) ::unlinkat(directory, file.name.c_str(), 0);
+  forgetTemporaryFile();
   return error;
+}
+
+int writeWhole(int directory, const std::string& name, std::string_view text) {
+  const TemporaryFile file = makeTemporaryFile(directory);
+  if (file.descriptor < 0) return errno;
+  return finish(directory, file, name, fill(file, text));
 }
 
 }  // namespace
 
-AnswerDirectory::AnswerDirectory(const std::string& path)
-    : path_(path), directory_(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
+AnswerDirectory::AnswerDirectory(const std::string& path, std::string_view extension)
+    : path_(path),
+      extension_(extension),
+      directory_(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
   const std::string subject = "output directory " + path;
   if (directory_ < 0) throw systemFailure(subject, errno);
   if (::faccessat(directory_, ".", W_OK | X_OK, AT_EACCESS) != 0) {
@@ -63,7 +73,7 @@ AnswerDirectory::AnswerDirectory(const std::string& path)
 AnswerDirectory::~AnswerDirectory() { ::close(directory_); }
 
 void AnswerDirectory::write(std::string_view sourceFile, std::string_view answer) const {
-  const std::string name = answerName(sourceFile);
+  const std::string name = answerName(sourceFile, extension_);
   const int error = writeWhole(directory_, name, answer);
   if (error != 0) throw systemFailure("answer file " + path_ + "/" + name, error);
 }

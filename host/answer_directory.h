@@ -8,8 +8,9 @@ namespace host {
 
 class AnswerDirectory {
  public:
-  // Throws Failure when the path is no directory that files can be made in.
-  explicit AnswerDirectory(const std::string& path);
+  // Answer files have the extension. Throws Failure when the path is no directory that files can be
+  // made in.
+  AnswerDirectory(const std::string& path, std::string_view extension);
   AnswerDirectory(const AnswerDirectory&) = delete;
   AnswerDirectory& operator=(const AnswerDirectory&) = delete;
   ~AnswerDirectory();
@@ -22,6 +23,7 @@ class AnswerDirectory {
 
  private:
   std::string path_;
+  std::string extension_;
   int directory_;
 };
 

@@ -6,7 +6,6 @@
 namespace host {
 namespace {
 
-constexpr std::string_view kExtension = ".records";
 constexpr std::size_t kMaxNameBytes = 200;  // file systems take 255, of which others want some too
 constexpr std::size_t kHashDigits = 16;
 
@@ -39,9 +38,9 @@ std::string hashOf(std::string_view text) {
 
 }  // namespace
 
-std::string answerName(std::string_view path) {
+std::string answerName(std::string_view path, std::string_view extension) {
   constexpr std::size_t kMaxBytesBeforeHash = kMaxNameBytes - 1 - kHashDigits;
-  if (path.empty()) return std::string("%").append(kExtension);
+  if (path.empty()) return std::string("%").append(extension);
   std::string name;
   std::size_t bytesBeforeHash = 0;  // ends behind a whole byte of the path
   for (const char byte : path) {
@@ -56,7 +55,7 @@ std::string answerName(std::string_view path) {
     name.resize(bytesBeforeHash);
     name += kCutMark + hashOf(path);
   }
-  return name.append(kExtension);
+  return name.append(extension);
 }
 
 }  // namespace host

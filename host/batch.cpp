@@ -1,106 +1,159 @@
 #include "batch.h"
 
-#include <filesystem>
-#include <string_view>
-#include <system_error>
+#include <unistd.h>
 
-#include "directory_walk.h"
+#include <string>
+#include <string_view>
+
+#include "platform.h"
+#include "progress.h"
+#include "worker_pool.h"
 
 namespace host {
 namespace {
 
-constexpr std::string_view kRecordsOpening = "[\n";
-
-// What is wrong with a file whose answer holds no records: the text of its error answer.
-std::string errorMessage(const std::string& file, std::string_view answer) {
-  constexpr std::string_view kOpening = R"([{"error": ")";
-  constexpr std::string_view kClosing = R"("}])";
-  if (!answer.starts_with(kOpening) || !answer.ends_with(kClosing)) {
-    return file + ": the answer is neither records nor an error";
-  }
-  answer.remove_prefix(kOpening.size());
-  answer.remove_suffix(kClosing.size());
-  return std::string(answer);
-}
+// How often is looked at what tells nothing of itself: a reader that has gone, a hidden wait.
+constexpr int kIdleMilliseconds = 500;
+constexpr int kProgressMilliseconds = 100;
 
 class Batch {
  public:
-  Batch(const CommandLine& commandLine, const PluginModule& plugin, Output& output,
-        const AnswerDirectory* answerDirectory)
-      : commandLine_(commandLine),
-        plugin_(plugin),
+  Batch(const WorkerTask& task, const CommandLine& commandLine, const Diagnostics& diagnostics,
+        Output& output, const AnswerDirectory* answerDirectory)
+      : task_(task),
+        commandLine_(commandLine),
+        diagnostics_(diagnostics),
         output_(output),
-        answerDirectory_(answerDirectory) {}
+        answerDirectory_(answerDirectory),
+        progress_(isProgressWanted(), task.inputs->reportCount),
+        pool_(task, commandLine.jobs, diagnostics.areKept()) {}
 
-  void take(const std::string& name) {
-    const FileKind kind = kindOf(name);
-    if (kind == FileKind::kOther) {
-      skip(name);
-      allGood_ = false;
-    } else if (kind == FileKind::kDirectory && commandLine_.recursive) {
-      walk(name, commandLine_.walkRules,
-           {[this](const std::string& path) { return !isAnswerDirectory(path); },
-            [this](const std::string& path) { answer(path); },
-            [](const std::string& path) { skip(path); },
-            [this](const std::string& path, const std::error_code& reason) {
-              fail(path + ": " + reason.message());
-            }});
-    } else {
-      answer(name);
+  bool run() {
+    const auto& inputs = task_.inputs->all;
+    for (std::uint64_t index = 0; index < inputs.size(); ++index) take(index, inputs[index]);
+    if (!pool_.finish()) throw diagnostics_.failure();
+    if (answerDirectory_ == nullptr) finishOutput();
+    if (commandLine_.strict && task_.inputs->reportCount == 0) {
+      tell("nothing to read");
+      warned_ = true;
     }
+    return failed_ == 0 && !(commandLine_.strict && warned_);
   }
-
-  bool allGood() const { return allGood_; }
 
  private:
-  // Answers are not read as sources, should their directory lie in the one that is walked.
-  bool isAnswerDirectory(const std::string& path) const {
-    std::error_code unseen;
-    return answerDirectory_ != nullptr &&
-           std::filesystem::equivalent(path, answerDirectory_->path(), unseen);
+  // What else is written to the terminal would run into the line.
+  bool isProgressWanted() const {
+    const bool isOutputSeen = answerDirectory_ == nullptr && terminalWidth(STDOUT_FILENO) != 0;
+    return commandLine_.progress && !commandLine_.quiet && !isOutputSeen &&
+           diagnostics_.where() != "stderr";
   }
 
-  static void skip(const std::string& path) { complain(path + ": not a regular file, skipped"); }
-
-  void fail(const std::string& message) {
-    complain(message);
-    allGood_ = false;
-  }
-
-  void answer(const std::string& file) {
-    const char* const text = plugin_.parse(file, commandLine_.defines);
-    if (text != nullptr) deliver(file, text);
-    output_.checkDiagnostics();
-    if (text == nullptr) {
-      fail(file + ": no memory for the answer");
-    } else if (!std::string_view(text).starts_with(kRecordsOpening)) {
-      fail(errorMessage(file, text));
+  void take(std::uint64_t index, const Input& input) {
+    if (input.kind == InputKind::kFile) {
+      takeResult(input, pool_.take(index, idleOver(input)));
+      return;
     }
-  }
-
-  void deliver(const std::string& file, std::string_view text) {
-    if (answerDirectory_ != nullptr) {
-      answerDirectory_->write(file, text);
+    const bool isIrregular = input.kind != InputKind::kUnreadableDirectory;
+    const std::string message =
+        isIrregular ? irregularFileMessage(input.path) : input.path + ": " + input.reason.message();
+    if (input.kind == InputKind::kPassedOver) {
+      tell(message);
+      warned_ = true;
     } else {
-      output_.write(text);
+      takeResult(input, resultWithout(input, message));
     }
   }
 
+  Idle idleOver(const Input& input) {
+    return {progress_.isShown() ? kProgressMilliseconds : kIdleMilliseconds, [this, &input] {
+              progress_.show(done_, failed_, input.path);
+              if (answerDirectory_ == nullptr) output_.checkReader();
+            }};
+  }
+
+  // Of an input that the module is not asked for.
+  FileResult resultWithout(const Input& input, const std::string& message) const {
+    FileResult result;
+    result.status = FileStatus::kFailed;
+    result.message = onOneLine(message);
+    FileReport report;
+    report.index = input.place;
+    report.path = input.path;
+    report.status = result.status;
+    report.message = result.message;
+    result.text = textFor(report, task_);
+    return result;
+  }
+
+  void takeResult(const Input& input, const FileResult& result) {
+    deliver(input, result);
+    ++done_;
+    if (result.diagnosticsLost) throw diagnostics_.failure();
+    if (!result.firstFailure.empty()) {
+      tell(input.path + ": answered at the second attempt; the first: " + result.firstFailure);
+      warned_ = true;
+    }
+    if (result.status != FileStatus::kAnswered) {
+      ++failed_;
+      tell(result.message);
+    }
+    progress_.show(done_, failed_, input.path);
+  }
+
+  void deliver(const Input& input, const FileResult& result) {
+    if (answerDirectory_ != nullptr) {
+      if (result.hasAnswer || !result.text.empty()) {
+        answerDirectory_->write(input.path, result.text);
+      }
+      return;
+    }
+    if (!isBegun_) {
+      begin();
+    } else {
+      output_.write(task_.format->separator);
+    }
+    output_.write(result.text);
+  }
+
+  void begin() {
+    isBegun_ = true;
+    std::string text;
+    task_.format->begin(task_.settings, text);
+    output_.write(text);
+  }
+
+  void finishOutput() {
+    if (!isBegun_) begin();
+    std::string text;
+    task_.format->end(task_.settings, text);
+    output_.write(text);
+  }
+
+  void tell(std::string_view message) {
+    if (commandLine_.quiet) return;
+    progress_.erase();
+    complain(message);
+  }
+
+  const WorkerTask& task_;
   const CommandLine& commandLine_;
-  const PluginModule& plugin_;
+  const Diagnostics& diagnostics_;
   Output& output_;
   const AnswerDirectory* answerDirectory_;
-  bool allGood_ = true;
+  Progress progress_;
+  WorkerPool pool_;
+  std::uint64_t done_ = 0;
+  std::uint64_t failed_ = 0;
+  bool warned_ = false;
+  bool isBegun_ = false;
 };
 
 }  // namespace
 
-bool answerFiles(const std::vector<std::string>& names, const CommandLine& commandLine,
-                 const PluginModule& plugin, Output& output,
+bool answerFiles(const WorkerTask& task, const CommandLine& commandLine,
+                 const Diagnostics& diagnostics, Output& output,
                  const AnswerDirectory* answerDirectory) {
-  Batch batch(commandLine, plugin, output, answerDirectory);
-  for (const std::string& name : names) batch.take(name);
-  return batch.allGood();
+  return Batch(task, commandLine, diagnostics, output, answerDirectory).run();
 }
 
 }  // namespace host

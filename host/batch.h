@@ -1,20 +1,20 @@
 // The run over all files that the user named.
 #pragma once
 
-#include <string>
-#include <vector>
+#include <cstdint>
 
 #include "answer_directory.h"
 #include "command_line.h"
+#include "diagnostics.h"
 #include "output.h"
-#include "plugin_module.h"
+#include "worker.h"
 
 namespace host {
 
 // Has each file answered, in order, and complains of those that fail. With answerDirectory, which
-// may be null, the answers go there and not to output. Gives false if any file failed.
-bool answerFiles(const std::vector<std::string>& names, const CommandLine& commandLine,
-                 const PluginModule& plugin, Output& output,
+// may be null, the texts go there and not to output. Gives false if the run is to count as failed.
+bool answerFiles(const WorkerTask& task, const CommandLine& commandLine,
+                 const Diagnostics& diagnostics, Output& output,
                  const AnswerDirectory* answerDirectory);
 
 }  // namespace host

@@ -2,12 +2,18 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <array>
+#include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <iterator>
+#include <string_view>
 #include <utility>
 
+#include "option_values.h"
 #include "options.h"
 #include "output.h"
+#include "platform.h"
 
 namespace host {
 
@@ -43,9 +49,12 @@ std::vector<std::string> withEmptyValues(const CLI::App& app, std::vector<std::s
   return result;
 }
 
-std::string join(const std::vector<std::string>& lines) {
+std::string join(const std::vector<std::string>& parts, std::string_view separator) {
   std::string text;
-  for (const std::string& line : lines) text += (&line == &lines.front() ? "" : "\n") + line;
+  for (const std::string& part : parts) {
+    if (&part != &parts.front()) text += separator;
+    text += part;
+  }
   return text;
 }
 
@@ -76,6 +85,64 @@ std::optional<std::string> valueOf(const CLI::App& app, const char* name) {
   const CLI::Option* option = app.get_option(name);
   if (option->count() == 0) return std::nullopt;
   return option->results().front();
+}
+
+// Calls take with the value of the option, if it is given.
+template <typename Take>
+void withValue(const CLI::App& app, const char* name, Take take) {
+  const std::optional<std::string> value = valueOf(app, name);
+  if (value && !take(*value)) throw usageFailure(std::string(name) + " cannot be " + *value);
+}
+
+bool takeJobs(const std::string& text, unsigned& jobs) {
+  constexpr unsigned kMaxJobs = 256;
+  return parseNumber(text, jobs) && jobs >= 1 && jobs <= kMaxJobs;
+}
+
+bool takeSeconds(const std::string& text, std::chrono::microseconds& time) {
+  const std::optional<std::chrono::microseconds> value = parseSeconds(text);
+  if (value) time = *value;
+  return value.has_value();
+}
+
+bool takeSize(const std::string& text, std::uint64_t& size) {
+  const std::optional<std::uint64_t> value = parseSize(text);
+  if (value) size = *value;
+  return value.has_value();
+}
+
+bool takeDepth(const std::string& text, std::optional<std::size_t>& depth) {
+  unsigned levels = 0;
+  if (!parseNumber(text, levels)) return false;
+  depth = levels;
+  return true;
+}
+
+bool takeColor(const std::string& text, Color& color) {
+  constexpr std::array<std::pair<std::string_view, Color>, 3> kColors = {
+      {{"auto", Color::kAuto}, {"always", Color::kAlways}, {"never", Color::kNever}}};
+  const auto* const row = std::find_if(kColors.begin(), kColors.end(),
+                                       [&](const auto& known) { return known.first == text; });
+  if (row == kColors.end()) return false;
+  color = row->second;
+  return true;
+}
+
+bool takeFormat(const std::string& text, const Format*& format) {
+  format = findFormat(text);
+  return format != nullptr;
+}
+
+void readLimits(const CLI::App& app, FileLimits& limits) {
+  constexpr std::uint64_t kMinMemory = std::uint64_t{64} << 20U;
+  withValue(app, "--timeout", [&](const auto& text) { return takeSeconds(text, limits.time); });
+  withValue(app, "--max-memory", [&](const auto& text) {
+    return takeSize(text, limits.memory) && (limits.memory == 0 || limits.memory >= kMinMemory);
+  });
+  withValue(app, "--max-output",
+            [&](const auto& text) { return takeSize(text, limits.answerBytes); });
+  withValue(app, "--max-size",
+            [&](const auto& text) { return takeSize(text, limits.sourceBytes); });
 }
 
 }  // namespace
@@ -114,9 +181,21 @@ CommandLine readCommandLine(int argc, const char* const* argv) {
   result.walkRules.hidden = isGiven(app, "--hidden");
   result.walkRules.nodeModules = isGiven(app, "--node-modules");
   result.outDirectory = valueOf(app, "--out-dir");
-  result.defines = join(app.get_option("--defines")->results());
+  result.defines = join(app.get_option("--defines")->results(), "\n");
   result.plugin = valueOf(app, "--plugin");
   result.diagnostics = valueOf(app, "--diagnostics").value_or(result.diagnostics);
+  result.format = findFormat("raw");
+  withValue(app, "--format", [&](const auto& text) { return takeFormat(text, result.format); });
+  withValue(app, "--depth", [&](const auto& text) { return takeDepth(text, result.depth); });
+  result.onlyLabels = join(app.get_option("--only")->results(), ",");
+  result.times = isGiven(app, "--times");
+  result.jobs = availableCores();
+  withValue(app, "--jobs", [&](const auto& text) { return takeJobs(text, result.jobs); });
+  readLimits(app, result.limits);
+  result.strict = isGiven(app, "--strict");
+  result.quiet = isGiven(app, "--quiet");
+  result.progress = !isGiven(app, "--no-progress");
+  withValue(app, "--color", [&](const auto& text) { return takeColor(text, result.color); });
   const bool needsFile = !result.version && !result.generate && !result.list;
   if (needsFile && result.files.empty()) throw usageFailure("no FILE given");
   return result;

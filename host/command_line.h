@@ -1,14 +1,19 @@
 // What the user asked for.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "directory_walk.h"
+#include "file_limits.h"
+#include "format.h"
 #include "name_list.h"
 
 namespace host {
+
+enum class Color { kAuto, kAlways, kNever };
 
 struct CommandLine {
   bool help = false;                    // the rest is as if not given
@@ -23,6 +28,16 @@ struct CommandLine {
   std::string defines;                // the values of --defines, joined by line feeds
   std::optional<std::string> plugin;  // without it the program finds its own
   std::string diagnostics = "none";
+  const Format* format = nullptr;    // set by readCommandLine
+  std::optional<std::size_t> depth;  // of the outline
+  std::string onlyLabels;            // the values of --only, joined by commas
+  bool times = false;
+  unsigned jobs = 1;
+  FileLimits limits;
+  bool strict = false;
+  bool quiet = false;
+  bool progress = true;
+  Color color = Color::kAuto;
 };
 
 // Throws Failure for a command line that cannot be followed.

@@ -46,6 +46,9 @@ std::string bashReply(std::string_view words) {
 }
 
 std::string bashAction(const Option& option) {
+  if (!option.words.empty() && option.completion == Completion::kNothing) {
+    return "compopt +o default; " + bashReply(option.words);
+  }
   if (!option.words.empty()) return bashReply(option.words);
   switch (option.completion) {
     case Completion::kFiles:
@@ -74,6 +77,9 @@ std::string zshText(std::string_view text) {
 }
 
 std::string zshAction(const Option& option) {
+  if (!option.words.empty() && option.completion == Completion::kNothing) {
+    return "(" + std::string(option.words) + ")";
+  }
   if (!option.words.empty()) {
     return R"x({_alternative "words\:word\:()x" + std::string(option.words) +
            R"x()" "files\:file\:_files"})x";
@@ -93,8 +99,11 @@ std::string zshSpecification(const Option& option) {
   const std::string name(option.name);
   const std::string description = "[" + zshText(summary(option)) + "]";
   if (!option.argument.empty()) {
-    return (option.mayRepeat ? "'*" : "'") + name + "=" + description + ":" +
-           std::string(option.argument) + ":" + zshAction(option) + "'";
+    const std::string value =
+        description + ":" + std::string(option.argument) + ":" + zshAction(option) + "'";
+    if (option.shortName.empty()) return (option.mayRepeat ? "'*" : "'") + name + "=" + value;
+    const std::string shortName(option.shortName);
+    return "'(" + shortName + " " + name + ")'{" + shortName + "+," + name + "=}'" + value;
   }
   if (option.shortName.empty()) return "'" + name + description + "'";
   const std::string shortName(option.shortName);
@@ -124,8 +133,9 @@ std::string bashCompletion() {
       if (!name.empty()) names.append(names.empty() ? "" : " ").append(name);
     }
     if (option.argument.empty()) continue;
-    script.append("        ").append(option.name).append(") ").append(bashAction(option));
-    script += " ;;\n";
+    script += "        ";
+    if (!option.shortName.empty()) script.append(option.shortName).append(" | ");
+    script.append(option.name).append(") ").append(bashAction(option)).append(" ;;\n");
   }
   script += "        *) [[ $current == -* ]] && " + bashReply(names) + " ;;\n";
   return script.append(kBashClosing);

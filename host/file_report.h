@@ -13,19 +13,18 @@ enum class FileStatus {
   kCrashed,      // the worker died over it
   kTimedOut,     // longer than --timeout
   kOutOfMemory,  // more than --max-memory
-  kTooLarge,     // an answer longer than --max-output
+  kTooLarge,     // larger than --max-size, or an answer longer than --max-output
 };
 
 // Views, valid as long as their maker says.
 struct FileReport {
-  std::uint64_t index = 0;  // the file's place among all files of the run, zero-based
-  std::string_view path;    // the bytes as given or found, which need not be UTF-8
+  std::uint64_t index = 0;     // the file's place among all files of the run, zero-based
+  std::string_view path = {};  // the bytes as given or found, which need not be UTF-8
   FileStatus status = FileStatus::kAnswered;
-  std::string_view message;  // one line for a person; empty when answered
-  std::string_view
-      answer;  // the module's text, records or its error answer; empty when there is none
+  std::string_view message = {};  // one line for a person; empty when answered
+  std::string_view answer = {};   // the module's text, records or its error answer; may be empty
   std::uint64_t sourceBytes = 0;
-  std::optional<std::uint64_t> microseconds;  // only where the user asked for times
+  std::optional<std::uint64_t> microseconds = {};  // only where the user asked for times
 };
 
 }  // namespace host

@@ -15,10 +15,10 @@ namespace host {
 struct FormatSettings {
   std::uint64_t fileCount = 0;  // all files of the run, for a header
   bool color = false;
-  bool escapeControlBytes = false;   // the output is a terminal
-  std::size_t width = 0;             // in columns; 0 for no limit
-  std::optional<std::size_t> depth;  // of the outline
-  std::string_view onlyLabels;       // separated by commas; empty for all
+  bool escapeControlBytes = false;        // the output is a terminal
+  std::size_t width = 0;                  // in columns; 0 for no limit
+  std::optional<std::size_t> depth = {};  // of the outline
+  std::string_view onlyLabels = {};       // separated by commas; empty for all
 };
 
 // Each function appends to out. A file's bytes depend on its report and the settings only, so that

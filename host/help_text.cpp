@@ -39,6 +39,16 @@ void appendEntry(std::string& out, std::string_view label, std::string_view text
   appendWrapped(out, text, 2 * kMargin.size() + labelBytes);
 }
 
+void appendExample(std::string& out, const Example& example) {
+  out.append(kMargin).append(example.purpose).append("\n");
+  std::string_view rest = example.commands;
+  while (!rest.empty()) {
+    const std::string_view line = rest.substr(0, rest.find('\n'));
+    out.append(kMargin).append(kMargin).append(line).append("\n");
+    rest.remove_prefix(std::min(line.size() + 1, rest.size()));
+  }
+}
+
 }  // namespace
 
 std::string helpText() {
@@ -58,6 +68,8 @@ std::string helpText() {
   appendEntry(text, labelOf(kEndOfOptions), kEndOfOptions.help, labelBytes);
   text += "\nExit status:\n";
   for (const ExitStatus& row : kExitStatuses) appendEntry(text, row.status, row.meaning, 1);
+  text += "\nExamples:\n";
+  for (const Example& example : kExamples) appendExample(text, example);
   return text;
 }
 

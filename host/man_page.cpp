@@ -1,6 +1,5 @@
 #include "man_page.h"
 
-#include <array>
 #include <cstddef>
 #include <string_view>
 
@@ -42,27 +41,26 @@ whole path, behind it. An answer is written under another name, which begins wit
 renamed when it is complete; what bore its name before is replaced. A file that is given twice has
 one answer.
 
-The plug-in keeps the tree of every file in memory until the run ends, several times the size of the
-file. Let *xargs*(1) split a very large number of files into several runs.
+Files are read by worker processes, which are replaced now and then, since the plug-in keeps what it
+has read in memory. The output is in the order of the files and has the same bytes whatever
+*--jobs* says. A file over which a worker dies, takes longer than *--timeout* or needs more than
+*--max-memory* or *--max-output* is tried once more, in a worker of its own, and then reported: in
+its place is an error answer, and the other files are done. _SIZE_ is a number of bytes, or of
+KiB, MiB or GiB with K, M or G behind it.
+
+SIGINT, SIGTERM and SIGHUP end the run, its workers too, and leave no half-written file in _DIR_.
+A reader of standard output that has gone ends it with exit status 2.
+
+# LIMITS
+
+*--timeout* counts from the moment a worker begins with the file. *--max-memory* is a limit on the
+address space of a worker (RLIMIT_AS), including program and plug-in, about 20 MiB, and the names of
+all files; macOS does not hold processes to it. *--max-output* counts the bytes of the plug-in's own text, whatever the
+format. *--max-size* is held against the size of the file before it is opened.
 
 # OPTIONS
 
 )";
-
-struct Example {
-  std::string_view purpose;
-  std::string_view commands;
-};
-
-constexpr std::array kExamples = {
-    Example{"The records of two files, one after the other:", "quorl-js a.js b.html"},
-    Example{"All files below a directory, with an answer file for each:",
-            "mkdir records\nquorl-js --recursive src --out-dir records"},
-    Example{"The scripts that git knows, whatever their names hold:",
-            "git ls-files -z '*.js' | quorl-js --files-from - --null"},
-    Example{"Defines, and the plug-in's diagnostic lines in a file:",
-            "quorl-js a.js --defines DEBUG --defines 'LEVEL 2' --diagnostics lines.txt"},
-};
 
 constexpr std::string_view kClosing = R"(# SEE ALSO
 

@@ -5,8 +5,9 @@
 namespace host {
 namespace {
 
-constexpr std::array<std::string_view, 2> kSynopsisTable = {
-    "quorl-js FILE... [OPTION]...", "quorl-js --files-from LIST [FILE]... [OPTION]..."};
+constexpr std::array<std::string_view, 3> kSynopsisTable = {
+    "quorl-js FILE... [OPTION]...", "quorl-js --files-from LIST [FILE]... [OPTION]...",
+    "quorl-js merge SHARD... [OPTION]..."};
 
 constexpr std::array kOptionTable = {
     Option{.name = "--recursive",
@@ -28,12 +29,27 @@ constexpr std::array kOptionTable = {
            .shortName = "-0",
            .neededName = "--files-from",
            .help = "names in LIST end in NUL bytes instead of line feeds"},
+    Option{.name = "--format",
+           .argument = "FORMAT",
+           .words = "raw json ndjson tree",
+           .help = "the form of the output: raw (the plug-in's own text, as without this option), "
+                   "json (one document), ndjson (one object a line) or tree (an outline to read)"},
+    Option{
+        .name = "--depth", .argument = "N", .help = "of an outline, the N uppermost levels only"},
+    Option{.name = "--only",
+           .argument = "LABEL",
+           .mayRepeat = true,
+           .help = "of an outline, the records with that label only; several stand with commas "
+                   "between them or each with an --only of its own"},
+    Option{.name = "--times",
+           .help = "give in json and ndjson how long the plug-in took over each file"},
     Option{.name = "--out-dir",
            .argument = "DIR",
            .completion = Completion::kDirectories,
-           .help = "write each answer to a file of its own in the directory DIR; nothing goes to "
-                   "standard output, and the file is named after FILE as given, with bytes other "
-                   "than A-Z, a-z, 0-9, \".\", \"_\" and \"-\" as %XX, and .records behind it"},
+           .help = "write the output for each FILE to a file of its own in the directory DIR; "
+                   "nothing goes to standard output, and the file is named after FILE as given, "
+                   "with bytes other than A-Z, a-z, 0-9, \".\", \"_\" and \"-\" as %XX, and "
+                   ".records or, for another format than raw, the format's name behind it"},
     Option{.name = "--defines",
            .argument = "NAME",
            .mayRepeat = true,
@@ -47,7 +63,45 @@ constexpr std::array kOptionTable = {
            .completion = Completion::kFiles,
            .words = "none stderr",
            .help = "where the plug-in's diagnostic lines go: none (as without this option), "
-                   "stderr, or the name of a file, which is overwritten"},
+                   "stderr, or the name of a file, which is overwritten; for their order, files "
+                   "are read one at a time with "
+                   "the last two"},
+    Option{.name = "--jobs",
+           .shortName = "-j",
+           .argument = "N",
+           .help = "read N files at a time, 1 to 256; without this option, as many as there are "
+                   "processor cores to use"},
+    Option{.name = "--timeout",
+           .argument = "SECONDS",
+           .help = "the most time for a file, also as a fraction; 60 without this option, and 0 "
+                   "for no limit"},
+    Option{.name = "--max-memory",
+           .argument = "SIZE",
+           .help = "the most memory for a file, that is, the address space of the process that "
+                   "reads it; 4G without this option, at least 64M, and 0 for no limit"},
+    Option{.name = "--max-output",
+           .argument = "SIZE",
+           .help = "the longest text that the plug-in may give for a file; 1G without this option, "
+                   "and 0 for no limit"},
+    Option{.name = "--max-size",
+           .argument = "SIZE",
+           .help = "the largest file that is read; 256M without this option, and 0 for no limit"},
+    Option{.name = "--strict",
+           .help = "let the run fail by what is only told otherwise: an entry below a directory "
+                   "that is no regular file, a file that was answered at the second attempt only, "
+                   "nothing to read at all"},
+    Option{.name = "--quiet",
+           .shortName = "-q",
+           .help = "tell nothing of single files on standard error, and let the plug-in tell "
+                   "nothing there either; the exit status stays"},
+    Option{.name = "--no-progress",
+           .help = "do not show how far the run is; that is shown on standard error if it is a "
+                   "terminal and the output goes elsewhere"},
+    Option{.name = "--color",
+           .argument = "WHEN",
+           .words = "auto always never",
+           .help = "colour the outline: auto (as without this option: on a terminal, unless the "
+                   "environment variable NO_COLOR is set), always or never"},
     Option{.name = "--help", .help = "print this text and stop"},
     Option{.name = "--version",
            .help = "print the versions of quorl-js and of the plug-in and stop"},
@@ -58,20 +112,39 @@ constexpr std::array kStatusTable = {
     ExitStatus{"1",
                "a file was not: its error answer is written as its answer, the message to standard "
                "error; a directory that cannot be read and a FILE that is neither a regular file "
-               "nor a directory count too"},
+               "nor a directory count too, and see --strict"},
     ExitStatus{"2",
                "wrong usage, no working plug-in, a LIST that cannot be read, or output that could "
                "not be written"},
+};
+
+constexpr std::array kExampleTable = {
+    Example{"The records of two files, one after the other:", "quorl-js a.js b.html"},
+    Example{"All functions below a directory, out of lines of JSON:",
+            "quorl-js --recursive src --format ndjson |\n"
+            "  jq 'select(.branchTypeAsString == \"function\").contents'"},
+    Example{"The classes and functions of a file, to look at:",
+            "quorl-js a.js --format tree --only class,function"},
+    Example{"All files below a directory, with an answer file for each:",
+            "mkdir records\nquorl-js --recursive src --out-dir records"},
+    Example{"The scripts that git knows, whatever their names hold:",
+            "git ls-files -z '*.js' | quorl-js --files-from - --null"},
+    Example{"Files that nobody vouches for, with less for each:",
+            "quorl-js --recursive uploads --timeout 5 --max-memory 512M --max-size 1M"},
+    Example{"Defines, and the plug-in's diagnostic lines in a file:",
+            "quorl-js a.js --defines DEBUG --defines 'LEVEL 2' --diagnostics lines.txt"},
 };
 
 }  // namespace
 
 constinit const std::span<const std::string_view> kSynopses = kSynopsisTable;
 constinit const std::string_view kPurpose =
-    "Prints the structure records of each FILE on standard output, one answer after the other.";
+    "Prints the structure records of each FILE on standard output, one answer after the other. "
+    "merge joins the output of several ndjson runs; see quorl-js merge --help.";
 constinit const std::span<const Option> kOptions = kOptionTable;
 constinit const Option kEndOfOptions = {.name = "--", .help = "every argument behind it is a FILE"};
 constinit const std::span<const ExitStatus> kExitStatuses = kStatusTable;
+constinit const std::span<const Example> kExamples = kExampleTable;
 
 std::string_view summary(const Option& option) {
   return option.help.substr(0, option.help.find_first_of(":;"));

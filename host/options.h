@@ -26,11 +26,17 @@ struct ExitStatus {
   std::string_view meaning;
 };
 
+struct Example {
+  std::string_view purpose;   // with a colon behind it
+  std::string_view commands;  // one a line
+};
+
 extern const std::span<const std::string_view> kSynopses;  // the forms of the command line
 extern const std::string_view kPurpose;                    // what the program does, in a sentence
 extern const std::span<const Option> kOptions;             // in the order of --help
 extern const Option kEndOfOptions;                         // "--", which is no option to look up
 extern const std::span<const ExitStatus> kExitStatuses;
+extern const std::span<const Example> kExamples;
 
 // The option's help up to its first colon or semicolon: as much as a completion has room for.
 std::string_view summary(const Option& option);

@@ -7,42 +7,14 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
-#include <cstdio>
 #include <system_error>
-#include <utility>
+
+#include "platform.h"
 
 namespace host {
 namespace {
 
 constexpr std::size_t kMaxWriteBytes = std::size_t{1} << 30;  // macOS refuses 2 GiB at once
-constexpr int kFirstFreeDescriptor = 3;  // keeps clear of 0 and 2, should they be closed
-
-// Makes file descriptor 1 lead to target.
-void pointStandardOutputAt(int target, const std::string& name) {
-  if (::dup2(target, STDOUT_FILENO) < 0) throw systemFailure(name, errno);
-}
-
-void pointStandardOutputAtFile(const std::string& path) {
-  const std::string name = "diagnostics file " + path;
-  const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
-  if (file < 0) throw systemFailure(name, errno);
-  pointStandardOutputAt(file, name);
-  ::close(file);
-}
-
-std::string onOneLine(std::string_view text) {
-  constexpr std::string_view kHexDigits = "0123456789abcdef";
-  std::string line;
-  for (const char byte : text) {
-    const auto code = static_cast<unsigned char>(byte);
-    if (code >= 0x20 && code != 0x7f) {
-      line += byte;
-    } else {
-      line += {'\\', 'x', kHexDigits[code >> 4U], kHexDigits[code & 0xfU]};
-    }
-  }
-  return line;
-}
 
 }  // namespace
 
@@ -70,38 +42,44 @@ void complain(std::string_view message) {
   writeAll(STDERR_FILENO, "quorl-js: " + onOneLine(message) + "\n");
 }
 
-Output::Output(std::string_view diagnostics)
-    : diagnostics_(diagnostics),
-      answers_(::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, kFirstFreeDescriptor)) {
-  if (answers_ < 0) throw systemFailure("standard output", errno);
-  if (diagnostics == "none") {
-    pointStandardOutputAtFile("/dev/null");
-  } else if (diagnostics == "stderr") {
-    pointStandardOutputAt(STDERR_FILENO, "standard error");
-  } else {
-    pointStandardOutputAtFile(diagnostics_);
+std::string onOneLine(std::string_view text) {
+  constexpr std::string_view kHexDigits = "0123456789abcdef";
+  std::string line;
+  for (const char byte : text) {
+    const auto code = static_cast<unsigned char>(byte);
+    if (code >= 0x20 && code != 0x7f) {
+      line += byte;
+    } else {
+      line += {'\\', 'x', kHexDigits[code >> 4U], kHexDigits[code & 0xfU]};
+    }
   }
+  return line;
 }
 
-Output::~Output() {
-  if (answers_ >= 0) ::close(answers_);
+int outOfTheWay(int descriptor) {
+  const int copy = ::fcntl(descriptor, F_DUPFD_CLOEXEC, kFirstFreeDescriptor);
+  const int error = errno;
+  ::close(descriptor);
+  errno = error;
+  return copy;
+}
+
+Output::Output() {
+  if (::fcntl(STDOUT_FILENO, F_GETFD) < 0) throw systemFailure("standard output", errno);
 }
 
 void Output::write(std::string_view text) {
-  if (const int error = writeAll(answers_, text)) throw systemFailure("standard output", error);
+  if (const int error = writeAll(STDOUT_FILENO, text)) {
+    throw systemFailure("standard output", error);
+  }
 }
 
-void Output::checkDiagnostics() {
-  // The module does not look at the result of its writes, but the stream remembers a failed one.
-  if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
-    throw Failure("diagnostics could not be written: " + diagnostics_);
-  }
+void Output::checkReader() const {
+  if (isAbandoned(STDOUT_FILENO)) throw systemFailure("standard output", EPIPE);
 }
 
 void Output::close() {
-  if (::close(std::exchange(answers_, -1)) != 0 && errno != EINTR) {
-    throw systemFailure("standard output", errno);
-  }
+  if (::close(STDOUT_FILENO) != 0 && errno != EINTR) throw systemFailure("standard output", errno);
 }
 
 }  // namespace host

@@ -1,5 +1,4 @@
-// Where the program's bytes go. Answers share the process with a module that writes to standard
-// output itself, so the two are kept apart here.
+// Where the program's bytes go.
 #pragma once
 
 #include <stdexcept>
@@ -23,30 +22,30 @@ int writeAll(int descriptor, std::string_view text);
 // the message become \xNN, so that it is one line whatever a file is called.
 void complain(std::string_view message);
 
-// The standard output of the run. While it lives, file descriptor 1 leads to the diagnostics and
-// the answers go through a descriptor that nobody else knows: no byte of the module, whenever and
-// however it writes, gets between them.
+// The message as complain writes it.
+std::string onOneLine(std::string_view text);
+
+// Keeps clear of 0 and 2, should they be closed.
+inline constexpr int kFirstFreeDescriptor = 3;
+
+// The same as descriptor, which is closed, with a number from kFirstFreeDescriptor on and closed in
+// programs that are run; negative, with errno set, if there is none.
+int outOfTheWay(int descriptor);
+
+// The standard output of the run.
 class Output {
  public:
-  // diagnostics: "none", "stderr", or the file to overwrite. Throws Failure when standard output
-  // is closed or the diagnostics cannot be opened.
-  explicit Output(std::string_view diagnostics);
-  Output(const Output&) = delete;
-  Output& operator=(const Output&) = delete;
-  ~Output();
+  // Throws Failure when standard output is closed.
+  Output();
 
   // Writes all of the text, or throws Failure: a full disk, a reader that has gone.
   void write(std::string_view text);
 
-  // Hands over what C's stdout still holds. Throws Failure when diagnostics were lost.
-  void checkDiagnostics();
+  // Throws Failure when the reader has gone, which nothing tells while nothing is written.
+  void checkReader() const;
 
-  // Ends the answers. Throws Failure for what a file system only tells now.
+  // Ends the output. Throws Failure for what a file system only tells now.
   void close();
-
- private:
-  std::string diagnostics_;
-  int answers_;
 };
 
 }  // namespace host

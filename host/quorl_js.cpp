@@ -1,10 +1,13 @@
-// quorl-js: the plug-in for the command line. It uses the module through its C face only and so
-// shows what a host has to do: copy or print an answer before the next call, keep its own standard
-// output away from the module's, and clean up at the end.
+// quorl-js: the plug-in for the command line. It uses the module through its C face only, in
+// processes of their own: the module writes on standard output, keeps what it has read and may end
+// its process, and none of that is to reach who runs this program.
+
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <csignal>
+#include <cstdlib>
 #include <exception>
 #include <iterator>
 #include <optional>
@@ -17,11 +20,19 @@
 #include "batch.h"
 #include "command_line.h"
 #include "completions.h"
+#include "diagnostics.h"
 #include "help_text.h"
+#include "inputs.h"
 #include "man_page.h"
+#include "merge.h"
 #include "name_list.h"
+#include "option_tables.h"
 #include "output.h"
+#include "platform.h"
 #include "plugin_module.h"
+#include "run_end.h"
+#include "worker.h"
+#include "worker_process.h"
 
 namespace host {
 namespace {
@@ -37,7 +48,8 @@ struct GeneratedText {
 
 constexpr std::array kGeneratedTexts = {
     GeneratedText{"bash", bashCompletion}, GeneratedText{"fish", fishCompletion},
-    GeneratedText{"man", manPage}, GeneratedText{"zsh", zshCompletion}};
+    GeneratedText{"man", manPage}, GeneratedText{"tables", optionTables},
+    GeneratedText{"zsh", zshCompletion}};
 
 std::string generatedText(const std::string& kind) {
   const auto* const row =
@@ -45,16 +57,6 @@ std::string generatedText(const std::string& kind) {
                    [&](const GeneratedText& text) { return text.kind == kind; });
   if (row == kGeneratedTexts.end()) throw Failure("nothing to generate is called " + kind);
   return row->make();
-}
-
-PluginModule loadPlugin(const CommandLine& commandLine) {
-  return PluginModule(commandLine.plugin ? *commandLine.plugin : findPlugin());
-}
-
-std::string versions(const PluginModule& plugin) {
-  const char* const info = plugin.info();
-  if (info == nullptr) throw Failure("no memory for the plug-in's version");
-  return "quorl-js " QUORL_VERSION "\n" + std::string(info);
 }
 
 std::vector<std::string> namesOf(const CommandLine& commandLine) {
@@ -66,29 +68,78 @@ std::vector<std::string> namesOf(const CommandLine& commandLine) {
   return names;
 }
 
+bool isColorWanted(Color color) {
+  if (color != Color::kAuto) return color == Color::kAlways;
+  const char* const noColor = std::getenv("NO_COLOR");
+  return terminalWidth(STDOUT_FILENO) != 0 && (noColor == nullptr || *noColor == '\0');
+}
+
+FormatSettings settingsFor(const CommandLine& commandLine) {
+  FormatSettings settings;
+  settings.color = isColorWanted(commandLine.color);
+  settings.depth = commandLine.depth;
+  settings.onlyLabels = commandLine.onlyLabels;
+  if (!commandLine.outDirectory) {
+    settings.width = terminalWidth(STDOUT_FILENO);
+    settings.escapeControlBytes = settings.width != 0;
+  }
+  return settings;
+}
+
+WorkerTask taskFor(const CommandLine& commandLine, const Diagnostics& diagnostics) {
+  WorkerTask task;
+  task.plugin = commandLine.plugin ? *commandLine.plugin : findPlugin();
+  task.defines = commandLine.defines;
+  task.limits = commandLine.limits;
+  task.diagnostics = diagnostics.descriptor();
+  task.format = commandLine.format;
+  task.settings = settingsFor(commandLine);
+  task.wholeDocuments = commandLine.outDirectory.has_value();
+  task.times = commandLine.times;
+  task.quiet = commandLine.quiet;
+  return task;
+}
+
+int tellVersions(const CommandLine& commandLine, Output& output) {
+  const Diagnostics diagnostics(commandLine.diagnostics);
+  const Version version = askVersion(taskFor(commandLine, diagnostics));
+  output.write("quorl-js " QUORL_VERSION "\n" + version.text);
+  if (version.diagnosticsLost) throw diagnostics.failure();
+  return kAllGood;
+}
+
+std::string extensionFor(const Format& format) {
+  return format.name == "raw" ? ".records" : "." + std::string(format.name);
+}
+
 int runBatch(const CommandLine& commandLine, Output& output) {
+  const Diagnostics diagnostics(commandLine.diagnostics);
   const std::vector<std::string> names = namesOf(commandLine);
   std::optional<AnswerDirectory> answerDirectory;
-  if (commandLine.outDirectory) answerDirectory.emplace(*commandLine.outDirectory);
-  const PluginModule plugin = loadPlugin(commandLine);
-  const bool allGood = answerFiles(names, commandLine, plugin, output,
-                                   answerDirectory ? &*answerDirectory : nullptr);
-  return allGood ? kAllGood : kFileFailed;
+  if (commandLine.outDirectory) {
+    answerDirectory.emplace(*commandLine.outDirectory, extensionFor(*commandLine.format));
+  }
+  const Inputs inputs = findInputs(names, commandLine, commandLine.outDirectory.value_or(""));
+  WorkerTask task = taskFor(commandLine, diagnostics);
+  task.inputs = &inputs;
+  task.settings.fileCount = inputs.reportCount;
+  const bool isGood = answerFiles(task, commandLine, diagnostics, output,
+                                  answerDirectory ? &*answerDirectory : nullptr);
+  return isGood ? kAllGood : kFileFailed;
 }
 
 int run(const CommandLine& commandLine) {
-  Output output(commandLine.diagnostics);
+  Output output;
   int status = kAllGood;
   if (commandLine.help) {
     output.write(helpText());
   } else if (commandLine.generate) {
     output.write(generatedText(*commandLine.generate));
   } else if (commandLine.version) {
-    output.write(versions(loadPlugin(commandLine)));
+    status = tellVersions(commandLine, output);
   } else {
     status = runBatch(commandLine, output);
   }
-  output.checkDiagnostics();
   output.close();
   return status;
 }
@@ -100,7 +151,9 @@ int main(int argc, char** argv) {
   // A reader that has gone and a limit on the size of files are noticed where answers are written.
   std::signal(SIGPIPE, SIG_IGN);
   std::signal(SIGXFSZ, SIG_IGN);
+  host::endRunOnSignals();
   try {
+    if (argc > 1 && argv[1] == std::string_view("merge")) return host::runMerge(argc - 1, argv + 1);
     return host::run(host::readCommandLine(argc, argv));
   } catch (const std::exception& failure) {
     host::complain(failure.what());

@@ -5,8 +5,8 @@ usage: docs_test.py PROJECT_ROOT BUILD_FOLDER MODULE
 A block fenced as "console" holds commands behind "$ ", each followed by its output, standard error
 included. One shell runs a block, in the project's root, with quorl-js on the path, PLUGIN set to
 the module, BUILD to the build folder and SCRATCH to a folder that is empty at first. A block fenced
-as "c" or "python" must be a file of examples/ whole, and each line of one fenced as "cmake" must
-stand in the project that the tests build from an installed tree. Links to files must lead
+as "c", "python" or "bash" must be a file of examples/ whole, and each line of one fenced as "cmake"
+must stand in the project that the tests build from an installed tree. Links to files must lead
 somewhere. Of "./dev run" only the program that it ends in is run, that of the build at hand; the
 one command that is shown and not run here is the one that runs this.
 """
@@ -54,7 +54,7 @@ def check_block(language, block, root, run):
         known = (root / CONSUMER).read_text().splitlines()
         return ["not in %s: %s" % (CONSUMER, line) for line in block.splitlines()
                 if line and not line.startswith("#") and line not in known]
-    if language in ("c", "python"):
+    if language in ("c", "python", "bash"):
         files = [path.read_text() for path in (root / "examples").iterdir() if path.is_file()]
         return [] if block in files else ["no file of examples/ holds this block whole:\n" + block]
     return ["no rule for blocks fenced as " + language]

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -163,19 +164,88 @@ TEST_F(Arguments, ThatDoNotGoTogetherAreRefusedInOneLine) {
   }
 }
 
+TEST_F(Arguments, WithValuesThatAreNoneAreRefused) {
+  const std::vector<std::pair<const char*, Words>> rows = {
+      {"--jobs", {"", "0", "257", "-1", "+1", "1.0", " 1", "all", "99999999999"}},
+      {"-j", {"0", "x"}},
+      {"--timeout", {"", "-1", "1s", "1.", ".5", "1.0000001", "1e3", "inf", "1000000001"}},
+      {"--max-memory", {"", "1", "63M", "67108863", "4T", "4g", "1.5G", "-1", "17179869184G"}},
+      {"--max-output", {"", "K", "1KB", "0x10", "18446744073709551616"}},
+      {"--max-size", {"", "M", "1 M"}},
+      {"--depth", {"", "-1", "all"}},
+      {"--format", {"", "xml", "JSON"}},
+      {"--color", {"", "yes", "Always"}},
+  };
+  for (const auto& [option, values] : rows) {
+    for (const std::string& value : values) {
+      const std::string name = option == std::string("-j") ? "--jobs" : option;
+      EXPECT_EQ(run({"f", option, value}),
+                (Outcome{2, "",
+                         "quorl-js: " + name + " cannot be " + value + "; see quorl-js --help\n"}));
+    }
+  }
+}
+
+TEST_F(Arguments, WithValuesAreTakenInEachSpelling) {
+  for (const Words& arguments : {Words{"-j1"},
+                                 Words{"-j", "256"},
+                                 Words{"--jobs=2"},
+                                 Words{"--jobs", "3"},
+                                 Words{"--timeout=0"},
+                                 Words{"--timeout", "59.999999"},
+                                 Words{"--timeout=1000000000"},
+                                 Words{"--max-memory=0"},
+                                 Words{"--max-memory", "8G"},
+                                 Words{"--max-output=0"},
+                                 Words{"--max-output=8"},
+                                 Words{"--max-output=1K"},
+                                 Words{"--max-size=0"},
+                                 Words{"--max-size=1M"},
+                                 Words{"--format=raw"},
+                                 Words{"--color", "auto"},
+                                 Words{"--color=always"},
+                                 Words{"--color=never"},
+                                 Words{"--depth=0", "--only", "line,class", "--only=link"},
+                                 Words{"--times"},
+                                 Words{"--quiet", "-q", "--no-progress", "--strict"}}) {
+    SCOPED_TRACE(joined(arguments));
+    Words all = arguments;
+    all.emplace_back("f");
+    EXPECT_EQ(runOdd(all), (Outcome{0, "[\nf|\n]\n", ""}));
+  }
+}
+
 TEST_F(Help, ListsOptionsAndExitStatuses) {
   const Outcome outcome = run({"--help"});
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.err, "");
   EXPECT_EQ(outcome.out.rfind("Usage: quorl-js FILE... [OPTION]...\n"
-                              "       quorl-js --files-from LIST [FILE]... [OPTION]...\n",
+                              "       quorl-js --files-from LIST [FILE]... [OPTION]...\n"
+                              "       quorl-js merge SHARD... [OPTION]...\n",
                               0),
             0U)
       << outcome;
-  for (const char* line :
-       {"--recursive ", "--hidden ", "--node-modules ", "--files-from LIST ", "-0, --null ",
-        "--out-dir DIR ", "--defines NAME ", "--plugin PATH ", "--diagnostics WHERE ", "--help ",
-        "--version ", "-- ", "0 ", "1 ", "2 "}) {
+  for (const char* line : {"--recursive ",
+                           "--hidden ",
+                           "--node-modules ",
+                           "--files-from LIST ",
+                           "-0, --null ",
+                           "--out-dir DIR ",
+                           "--defines NAME ",
+                           "--plugin PATH ",
+                           "--diagnostics WHERE ",
+                           "--format FORMAT ",
+                           "-j, --jobs N ",
+                           "--timeout SECONDS ",
+                           "-q, --quiet ",
+                           "--strict ",
+                           "--help ",
+                           "--version ",
+                           "-- ",
+                           "0 ",
+                           "1 ",
+                           "2 ",
+                           "  quorl-js a.js b.html\n"}) {
     EXPECT_NE(outcome.out.find(std::string("\n  ") + line), std::string::npos) << line;
   }
   EXPECT_NE(outcome.out.find(

@@ -15,6 +15,7 @@
 namespace {
 
 namespace fs = std::filesystem;
+using host_test::contentsOf;
 using host_test::Outcome;
 using host_test::runProgram;
 using host_test::StandardOutput;
@@ -61,9 +62,13 @@ std::set<std::string> optionsInHelp(const std::string& help) {
 
 TEST_F(GeneratedTexts, HaveEveryOptionOfTheHelp) {
   const std::set<std::string> names = optionsInHelp(run({"--help"}).out);
-  EXPECT_EQ(names, (std::set<std::string>{"--recursive", "--hidden", "--node-modules",
-                                          "--files-from", "--null", "--out-dir", "--defines",
-                                          "--plugin", "--diagnostics", "--help", "--version"}));
+  EXPECT_EQ(names,
+            (std::set<std::string>{"--recursive",   "--hidden",   "--node-modules", "--files-from",
+                                   "--null",        "--format",   "--depth",        "--only",
+                                   "--times",       "--out-dir",  "--defines",      "--plugin",
+                                   "--diagnostics", "--jobs",     "--timeout",      "--max-memory",
+                                   "--max-output",  "--max-size", "--strict",       "--quiet",
+                                   "--no-progress", "--color",    "--help",         "--version"}));
   for (const char* kind : {"bash", "zsh", "fish", "man"}) {
     const std::string text = generated(kind);
     EXPECT_EQ(text.back(), '\n') << kind;
@@ -73,6 +78,17 @@ TEST_F(GeneratedTexts, HaveEveryOptionOfTheHelp) {
       EXPECT_NE(text.find(sought), std::string::npos) << kind << name;
     }
   }
+}
+
+TEST_F(GeneratedTexts, StandInTheDocumentation) {
+  const std::string tables = generated("tables");
+  EXPECT_NE(
+      tables.find("| `-0`, `--null` | names in LIST end in NUL bytes instead of line feeds |\n"),
+      std::string::npos);
+  EXPECT_NE(tables.find("| 0 | every file was read |\n"), std::string::npos);
+  EXPECT_NE(contentsOf(QUORL_DOCS "/cli.md").find("\n\n" + tables + "\n"), std::string::npos)
+      << "docs/cli.md should hold what quorl-js --generate tables prints:\n"
+      << tables;
 }
 
 TEST_F(GeneratedTexts, NeedNothingElse) {
@@ -102,10 +118,12 @@ TEST_F(Completions, OfBash) {
     std::string offered;
   };
   const std::vector<Row> rows = {
-      {"options", "--n", "--node-modules --null"},
+      {"options", "--n", "--node-modules --null --no-progress"},
       {"the short option too", "-0", "-0"},
       {"files are left to the shell", "f", ""},
       {"the words of an option", "--diagnostics ''", "none stderr"},
+      {"words that are all there is", "--color ''", "(+o default)auto always never"},
+      {"nothing for a number", "-j ''", "(+o default)"},
       {"a word that has begun", "--diagnostics s", "stderr"},
       {"joined to its option", "--diagnostics =", "none stderr"},
       {"joined and begun", "--diagnostics = n", "none"},
@@ -140,12 +158,16 @@ TEST_F(Completions, OfZsh) {
   // The specifications as zsh reads them out of the quotes.
   const std::string read =
       printedBy("zsh", "_arguments() { printf '%s\\n' \"$@\" }; . ./_quorl-js");
-  for (const std::string& line : Words{
-           "-S", "(-0 --null)-0[names in LIST end in NUL bytes instead of line feeds]",
-           "(-0 --null)--null[names in LIST end in NUL bytes instead of line feeds]",
-           "*--defines=[a name for the record of the defines]:NAME: ",
-           "--out-dir=[write each answer to a file of its own in the directory DIR]:DIR:_files -/",
-           diagnostics, "--help[print this text and stop]", "*:FILE:_files"}) {
+  for (const std::string& line :
+       Words{"-S", "(-0 --null)-0[names in LIST end in NUL bytes instead of line feeds]",
+             "(-0 --null)--null[names in LIST end in NUL bytes instead of line feeds]",
+             "*--defines=[a name for the record of the defines]:NAME: ",
+             "--out-dir=[write the output for each FILE to a file of its own in the directory "
+             "DIR]:DIR:_files -/",
+             "(-j --jobs)-j+[read N files at a time, 1 to 256]:N: ",
+             "(-j --jobs)--jobs=[read N files at a time, 1 to 256]:N: ",
+             "--color=[colour the outline]:WHEN:(auto always never)", diagnostics,
+             "--help[print this text and stop]", "*:FILE:_files"}) {
     EXPECT_NE(("\n" + read).find("\n" + line + "\n"), std::string::npos) << line << "\nis not in\n"
                                                                          << read;
   }
@@ -164,9 +186,11 @@ TEST_F(Completions, OfFish) {
   const std::vector<Row> rows = {
       {"quorl-js --n",
        "--node-modules\twith --recursive, take entries called node_modules too\n"
+       "--no-progress\tdo not show how far the run is\n"
        "--null\tnames in LIST end in NUL bytes instead of line feeds\n"},
       {"quorl-js --diagnostics s", "stderr\twhere the plug-in's diagnostic lines go\n"},
       {"quorl-js --plugin folder/", "folder/f.js\n"},
+      {"quorl-js --format j", "json\tthe form of the output\n"},
       {"quorl-js --out-dir folder/", ""},
       {"quorl-js --defines folder/", ""},
       {"quorl-js folder/", "folder/f.js\n"},
@@ -188,11 +212,13 @@ TEST_F(ManualPage, HasItsSections) {
   for (std::string line; std::getline(lines, line);) {
     if (line.rfind("# ", 0) == 0) sections.push_back(line.substr(2));
   }
-  EXPECT_EQ(sections, (Words{"NAME", "SYNOPSIS", "DESCRIPTION", "OPTIONS", "EXIT STATUS",
+  EXPECT_EQ(sections, (Words{"NAME", "SYNOPSIS", "DESCRIPTION", "LIMITS", "OPTIONS", "EXIT STATUS",
                              "EXAMPLES", "SEE ALSO"}));
   for (const char* text :
        {"\n*quorl-js* _FILE_... [_OPTION_]...++\n",
-        "\n*quorl-js* *--files-from* _LIST_ [_FILE_]... [_OPTION_]...\n",
+        "\n*quorl-js* *--files-from* _LIST_ [_FILE_]... [_OPTION_]...++\n",
+        "\n*quorl-js* *merge* _SHARD_... [_OPTION_]...\n",
+        "\n*-j*, *--jobs* _N_\n\tread N files at a time",
         "\n*-0*, *--null*\n\tnames in LIST end in NUL bytes instead of line feeds\n\n",
         "\n*--plugin* _PATH_\n\tthe plug-in module", "entries called node\\_modules too\n",
         "\n*0*\n\tevery file was read\n\n"}) {

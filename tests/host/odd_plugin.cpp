@@ -2,16 +2,23 @@
 // the real module does seldom or never, and writes to standard output in every way there is.
 //
 // The path chooses the answer; any path that is not listed is answered by the records text
-// "[\nPATH|DEFINES\n]\n".
+// "[\nPATH|DEFINES\n]\n". Some paths end the process instead, or come to no end.
 
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <csignal>
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
 #include <string>
 #include <string_view>
+#include <thread>
 
 #include "plugin/plugin_api.h"
 
@@ -35,6 +42,78 @@ void makeNoise() {
   std::fputs("by stdio\n", stdout);
 }
 
+constexpr std::size_t kBlockBytes = std::size_t{4} << 20U;
+constexpr int kKeptBlocks = 80;        // 320 MiB
+constexpr int kGreediestBlocks = 512;  // 2 GiB: what a machine can spare, should nothing stop it
+
+// By a signal that no sanitizer gets between.
+void crash() { ::kill(::getpid(), SIGKILL); }
+
+// Makes the file, so that a test sees how far this process is. Gives false if it is there already.
+bool leaveMark(const char* name) {
+  const int file = ::open(name, O_WRONLY | O_CREAT | O_EXCL, 0600);
+  if (file >= 0) ::close(file);
+  return file >= 0;
+}
+
+void takeMemory(int blocks) {
+  for (int count = 0; count < blocks; ++count) {
+    std::fill_n(new char[kBlockBytes], kBlockBytes, 'x');
+  }
+}
+
+void floodStandardOutput() {
+  const std::string block(kBlockBytes, 'x');
+  for (int count = 0; count < 64; ++count) std::fputs(block.c_str(), stdout);
+}
+
+// Writes to each pipe that is not one of the standard streams.
+void spoilPipes() {
+  const std::string bytes(1000, 'x');
+  for (int descriptor = 3; descriptor < 64; ++descriptor) {
+    struct stat status {};
+    if (::fstat(descriptor, &status) == 0 && S_ISFIFO(status.st_mode)) {
+      [[maybe_unused]] const auto written = ::write(descriptor, bytes.data(), bytes.size());
+    }
+  }
+}
+
+void hang() {
+  leaveMark("hanging");
+  while (true) ::pause();
+}
+
+struct Misdeed {
+  std::string_view path;
+  void (*commit)();
+};
+
+constexpr std::array kMisdeeds = {
+    Misdeed{"crash", crash},
+    Misdeed{"crash-once",
+            [] {
+              if (leaveMark("crashed")) crash();
+            }},
+    Misdeed{"exit", [] { ::_exit(7); }},
+    Misdeed{"hang", hang},
+    Misdeed{"hang\x1b[2J\n", hang},
+    Misdeed{"hang-once",
+            [] {
+              if (leaveMark("hung")) hang();
+            }},
+    Misdeed{"slow", [] { std::this_thread::sleep_for(std::chrono::milliseconds(100)); }},
+    Misdeed{"hog", [] { takeMemory(kGreediestBlocks); }},
+    Misdeed{"keep", [] { takeMemory(kKeptBlocks); }},
+    Misdeed{"flood-stdout", floodStandardOutput},
+    Misdeed{"spoil", spoilPipes},
+};
+
+void misbehave(std::string_view path) {
+  for (const Misdeed& misdeed : kMisdeeds) {
+    if (misdeed.path == path) misdeed.commit();
+  }
+}
+
 std::string answer;
 
 }  // namespace
@@ -43,6 +122,7 @@ extern "C" {
 
 EXPORTED const char* ParseJS(const char* path, const char* defines) {
   const std::string_view name = path;
+  misbehave(name);
   if (name == "no-memory") return nullptr;
   if (name == "error") {
     answer = R"([{"error": "it\'s \"odd\": x"}])";
@@ -58,6 +138,8 @@ EXPORTED const char* ParseJS(const char* path, const char* defines) {
     answer = "";
   } else if (name == "no-records") {
     answer = "[\n]\n";
+  } else if (name == "process") {
+    answer = "[\n" + std::to_string(::getpid()) + "\n]\n";
   } else if (name == "big") {
     answer = "[\n" + std::string(kBigAnswerBytes, 'x') + "\n]\n";
   } else {

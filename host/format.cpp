@@ -1,0 +1,30 @@
+#include "format.h"
+
+#include <algorithm>
+#include <array>
+
+#include "format_functions.h"
+
+namespace host {
+namespace {
+
+void writeNothing(const FormatSettings& /*settings*/, std::string& /*out*/) {}
+
+constexpr std::array kFormatTable = {
+    Format{"raw", writeNothing, writeRawFile, writeNothing, ""},
+    Format{"json", beginJson, writeJsonFile, endJson, ",\n"},
+    Format{"ndjson", beginNdjson, writeNdjsonFile, writeNothing, ""},
+    Format{"tree", writeNothing, writeTreeFile, writeNothing, "\n"},
+};
+
+}  // namespace
+
+constinit const std::span<const Format> kFormats = kFormatTable;
+
+const Format* findFormat(std::string_view name) {
+  const auto* const format = std::find_if(kFormatTable.begin(), kFormatTable.end(),
+                                          [name](const Format& row) { return row.name == name; });
+  return format == kFormatTable.end() ? nullptr : format;
+}
+
+}  // namespace host

@@ -1,0 +1,21 @@
+// The functions that the table of formats is made of; see format.h.
+#pragma once
+
+#include <string>
+
+#include "format.h"
+
+namespace host {
+
+void writeRawFile(const FileReport& report, const FormatSettings& settings, std::string& out);
+
+void beginJson(const FormatSettings& settings, std::string& out);
+void writeJsonFile(const FileReport& report, const FormatSettings& settings, std::string& out);
+void endJson(const FormatSettings& settings, std::string& out);
+
+void beginNdjson(const FormatSettings& settings, std::string& out);
+void writeNdjsonFile(const FileReport& report, const FormatSettings& settings, std::string& out);
+
+void writeTreeFile(const FileReport& report, const FormatSettings& settings, std::string& out);
+
+}  // namespace host

@@ -1,0 +1,29 @@
+// Pieces of strict JSON, appended to a text.
+#pragma once
+
+#include <array>
+#include <charconv>
+#include <concepts>
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace host {
+
+// A string in its quotes. The text has to be UTF-8.
+void appendJsonString(std::string& out, std::string_view text);
+
+// "key":"text". Where the text is not UTF-8, its bad bytes become U+FFFD, and the exact bytes stand
+// behind it as base64: "key":"text","keyBytes":"base64".
+void appendJsonMember(std::string& out, std::string_view key, std::string_view text);
+
+void appendNumber(std::string& out, std::integral auto number) {
+  std::array<char, 20> digits;  // as many as 64 bits take, with a sign
+  const char* const end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
+  out.append(digits.data(), static_cast<std::size_t>(end - digits.data()));
+}
+
+// The bytes that the base64 text stands for, as appendJsonMember wrote it; false for other texts.
+bool decodeBase64(std::string_view text, std::string& bytes);
+
+}  // namespace host

@@ -1,0 +1,240 @@
+// The shards are read twice: first to learn where each file's lines stand and that nothing is
+// missing, then to write them. What is kept between is a few dozen bytes a file, whatever its size.
+#include "merge.h"
+
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cerrno>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "json_text.h"
+#include "line_reader.h"
+#include "name_list.h"
+#include "ndjson_lines.h"
+#include "output.h"
+#include "shard.h"
+
+namespace host {
+namespace {
+
+constexpr int kAllAnswered = 0;
+constexpr int kFileFailed = 1;
+constexpr std::size_t kWriteBytes = std::size_t{256} * 1024;
+constexpr std::size_t kNoPlace = static_cast<std::size_t>(-1);
+
+constexpr std::string_view kHelp =
+    "usage: quorl-js merge [--files-from LIST [-0]] SHARD...\n"
+    "\n"
+    "Joins the ndjson outputs of several runs into one with one header and the files numbered\n"
+    "anew, and writes it to standard output. A SHARD may hold several outputs, one after the\n"
+    "other. Nothing is written when a SHARD is cut or lacks a file that its header tells of, or "
+    "is\n"
+    "empty and there is no LIST.\n"
+    "\n"
+    "  --files-from LIST  the names of all files, one a line, - being standard input: the files\n"
+    "                     come in its order, and each must be in a SHARD as often as in LIST;\n"
+    "                     without LIST they come in the order of the SHARDs\n"
+    "  -0, --null         names in LIST end in NUL bytes instead of line feeds\n"
+    "  --help             print this text and stop\n"
+    "\n"
+    "Exit status\n"
+    "  0  every file was answered\n"
+    "  1  the line of a file tells that it was not\n"
+    "  2  wrong usage, a SHARD or LIST that cannot be read, is cut or does not fit the others, or\n"
+    "     output that could not be written\n";
+
+struct MergeOptions {
+  bool help = false;
+  std::vector<std::string> shards;
+  std::optional<std::string> list;
+  NameEnd listNameEnd = NameEnd::kLineFeed;
+};
+
+MergeOptions readOptions(int argc, const char* const* argv) {
+  CLI::App app;
+  MergeOptions options;
+  app.set_help_flag("--help");
+  auto* const list = app.add_option("--files-from", options.list);
+  const auto* const null = app.add_flag("-0,--null")->needs(list);
+  // As many as there are arguments, since any number would have CLI11 split "[a,b]" into two.
+  app.add_option("SHARD", options.shards)
+      ->expected(std::max(argc, 1))
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::CallForHelp&) {
+    options.help = true;
+    return options;
+  } catch (const CLI::ParseError& error) {
+    throw Failure(std::string(error.what()) + "; see quorl-js merge --help");
+  }
+  if (null->count() > 0) options.listNameEnd = NameEnd::kNul;
+  if (options.shards.empty()) throw Failure("no SHARD given; see quorl-js merge --help");
+  return options;
+}
+
+// Where the lines of a file stand. One without bytes is still to be found.
+struct Place {
+  std::size_t shard = 0;
+  std::uint64_t offset = 0;
+  std::uint64_t bytes = 0;
+};
+
+// The names that are asked for, each with the first of its places that is still to be filled.
+class NameOrder {
+ public:
+  explicit NameOrder(std::vector<std::string> names)
+      : names_(std::move(names)), placeAfter_(names_.size(), kNoPlace) {
+    firstPlaces_.reserve(names_.size());
+    for (std::size_t place = names_.size(); place-- > 0;) {
+      const auto [entry, isNew] = firstPlaces_.try_emplace(names_[place], place);
+      if (!isNew) placeAfter_[place] = std::exchange(entry->second, place);
+    }
+  }
+
+  // The place of a file that is called that; kNoPlace when there is none, or none any more.
+  std::size_t take(std::string_view name) {
+    const auto entry = firstPlaces_.find(name);
+    if (entry == firstPlaces_.end() || entry->second == kNoPlace) return kNoPlace;
+    return std::exchange(entry->second, placeAfter_[entry->second]);
+  }
+
+  const std::vector<std::string>& names() const { return names_; }
+
+ private:
+  std::vector<std::string> names_;
+  std::vector<std::size_t> placeAfter_;  // the next place of the same name
+  std::unordered_map<std::string_view, std::size_t> firstPlaces_;
+};
+
+struct Plan {
+  std::vector<Place> places;  // in the order of the output
+  std::string version;
+  bool allAnswered = true;
+};
+
+void checkAllAreThere(const Plan& plan, const NameOrder& order, const std::string& list) {
+  std::size_t missing = 0;
+  std::size_t first = 0;
+  for (std::size_t place = plan.places.size(); place-- > 0;) {
+    if (plan.places[place].bytes > 0) continue;
+    ++missing;
+    first = place;
+  }
+  if (missing == 0) return;
+  throw Failure(std::to_string(missing) + " files of list " + list +
+                " are in no SHARD; the first is " + order.names()[first]);
+}
+
+Plan readShards(const MergeOptions& options) {
+  std::optional<NameOrder> order;
+  if (options.list) order.emplace(readNameList(*options.list, options.listNameEnd));
+  Plan plan;
+  if (order) plan.places.resize(order->names().size());
+  for (std::size_t shard = 0; shard < options.shards.size(); ++shard) {
+    LineReader lines(options.shards[shard]);
+    readShard(lines, plan.version, [&](const ShardFile& file) {
+      plan.allAnswered = plan.allAnswered && file.answered;
+      const Place found{shard, file.offset, file.bytes};
+      if (!order) {
+        plan.places.push_back(found);
+        return;
+      }
+      const std::size_t place = order->take(file.path);
+      if (place == kNoPlace) {
+        throw Failure(lines.path() + ": not in list " + *options.list +
+                      ", or not as often as in the SHARDs: " + file.path);
+      }
+      plan.places[place] = found;
+    });
+    // With a list it is seen by name what is not there.
+    if (!order && lines.offset() == 0) throw Failure(lines.path() + ": empty, not even a header");
+  }
+  if (order) checkAllAreThere(plan, *order, *options.list);
+  if (plan.version.empty()) plan.version = QUORL_VERSION;  // an empty list, and no header
+  return plan;
+}
+
+// Standard output, in large writes.
+class MergedOutput {
+ public:
+  std::string& buffer() { return buffer_; }
+
+  void flushIfLarge() {
+    if (buffer_.size() >= kWriteBytes) flush();
+  }
+
+  void flush() {
+    if (const int error = writeAll(STDOUT_FILENO, buffer_)) {
+      throw systemFailure("standard output", error);
+    }
+    buffer_.clear();
+  }
+
+ private:
+  std::string buffer_;
+};
+
+// The line with another number behind "file":.
+void appendRenumbered(std::string& out, std::string_view line, std::size_t number,
+                      const std::string& shard) {
+  for (const std::string_view start : {kRecordLineStart, kFileLineStart}) {
+    if (!line.starts_with(start)) continue;
+    out += start;
+    appendNumber(out, number);
+    out.append(line.substr(std::min(line.find(',', start.size()), line.size()))).append("\n");
+    return;
+  }
+  throw Failure(shard + ": changed while it was read");
+}
+
+void writePlan(const Plan& plan, const std::vector<std::string>& shards) {
+  MergedOutput output;
+  appendNdjsonHeader(output.buffer(), plan.version, plan.places.size());
+  std::optional<LineReader> lines;  // one shard at a time is open: there may be thousands
+  std::size_t opened = kNoPlace;
+  for (std::size_t number = 0; number < plan.places.size(); ++number) {
+    const Place& place = plan.places[number];
+    if (place.shard != opened) {
+      lines.emplace(shards[place.shard]);
+      opened = place.shard;
+    }
+    lines->seek(place.offset, place.bytes);
+    std::string_view line;
+    while (lines->next(line)) {
+      appendRenumbered(output.buffer(), line, number, lines->path());
+      output.flushIfLarge();
+    }
+    const bool isWhole = lines->offset() == place.offset + place.bytes;
+    if (!isWhole) throw Failure(lines->path() + ": changed while it was read");
+  }
+  output.flush();
+}
+
+}  // namespace
+
+int runMerge(int argc, const char* const* argv) {
+  const MergeOptions options = readOptions(argc, argv);
+  if (options.help) {
+    if (const int error = writeAll(STDOUT_FILENO, kHelp)) {
+      throw systemFailure("standard output", error);
+    }
+    return kAllAnswered;
+  }
+  const Plan plan = readShards(options);
+  writePlan(plan, options.shards);
+  // Some file systems tell only now that a write has failed.
+  if (::close(STDOUT_FILENO) != 0 && errno != EINTR) throw systemFailure("standard output", errno);
+  return plan.allAnswered ? kAllAnswered : kFileFailed;
+}
+
+}  // namespace host

@@ -1,0 +1,44 @@
+// The end of a run by a signal: SIGINT, SIGTERM or SIGHUP. The workers are killed, a file that is
+// half written is removed, and the program ends by the signal itself, as shells expect. A signal
+// that was ignored when the program was started stays so.
+#pragma once
+
+#include <sys/types.h>
+
+#include <csignal>
+#include <string>
+
+namespace host {
+
+void endRunOnSignals();
+
+// Undoes that in a worker, which leaves SIGINT, meant for all that the terminal runs, to its
+// parent.
+void endWorkerOnSignals();
+
+// While it lives the signals wait: what is noted below must agree with what there is.
+class SignalsHeld {
+ public:
+  SignalsHeld();
+  SignalsHeld(const SignalsHeld&) = delete;
+  SignalsHeld& operator=(const SignalsHeld&) = delete;
+  ~SignalsHeld();
+
+ private:
+  sigset_t before_;
+};
+
+void noteWorker(pid_t worker);
+void forgetWorker(pid_t worker);
+
+// One at a time. The name is that of a file in the directory, whose descriptor stays open.
+void noteTemporaryFile(int directory, const std::string& name);
+void forgetTemporaryFile();
+
+// Whether a line that is not to stay is on the terminal behind standard error.
+void notePassingLine(bool isThere);
+
+// Takes the line of a terminal away on which the cursor stands.
+inline constexpr char kEraseLine[] = "\r\x1b[K";
+
+}  // namespace host

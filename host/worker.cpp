@@ -1,0 +1,228 @@
+#include "worker.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/time.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <cstddef>
+#include <cstdio>
+#include <cstdlib>
+#include <new>
+#include <string_view>
+
+#include "output.h"
+#include "platform.h"
+#include "plugin_module.h"
+#include "worker_frame.h"
+
+namespace host {
+namespace {
+
+// The module keeps its trees, so a worker is replaced after so many files or so much memory.
+constexpr unsigned kMaxFiles = 1000;
+constexpr std::uint64_t kMaxMemoryKept = std::uint64_t{256} << 20U;
+
+// To load the module, and to end with it.
+constexpr std::chrono::seconds kTimeBesidesFiles{60};
+
+constexpr std::size_t kRequestsAtOnce = 64;
+constexpr std::string_view kRecordsOpening = "[\n";
+constexpr std::string_view kErrorOpening = R"([{"error": ")";
+constexpr std::string_view kErrorClosing = R"("}])";
+
+// From now on the process has so long; then SIGALRM kills it, whatever it is at. 0 takes that back.
+void limitTime(std::chrono::microseconds time) {
+  const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(time);
+  itimerval timer{};
+  timer.it_value.tv_sec = static_cast<decltype(timer.it_value.tv_sec)>(seconds.count());
+  timer.it_value.tv_usec = static_cast<decltype(timer.it_value.tv_usec)>((time - seconds).count());
+  ::setitimer(ITIMER_REAL, &timer, nullptr);
+}
+
+constexpr std::chrono::microseconds kNoLimit{0};
+
+// The text of an error answer, which is what is wrong with the file.
+std::string errorMessage(const std::string& file, std::string_view answer) {
+  if (!answer.starts_with(kErrorOpening) || !answer.ends_with(kErrorClosing)) {
+    return file + ": the answer is neither records nor an error";
+  }
+  answer.remove_prefix(kErrorOpening.size());
+  answer.remove_suffix(kErrorClosing.size());
+  return std::string(answer);
+}
+
+// What C's stdout still holds goes out. The module does not look at the result of its writes, but
+// the stream remembers a failed one.
+bool areDiagnosticsLost() { return std::fflush(stdout) != 0 || std::ferror(stdout) != 0; }
+
+void silenceStandardError() {
+  const int nowhere = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
+  if (nowhere != STDERR_FILENO) {
+    ::dup2(nowhere, STDERR_FILENO);
+    ::close(nowhere);
+  }
+}
+
+class Worker {
+ public:
+  Worker(const WorkerTask& task, int results)
+      : task_(task), results_(results), plugin_(task.plugin) {}
+
+  void answer(std::uint64_t request) {
+    if (request == kVersionRequest) {
+      tellVersion();
+    } else {
+      ++files_;
+      answerFile(request);
+    }
+  }
+
+  bool isWornOut() const { return isWornOut_; }
+
+ private:
+  void send(Frame& frame) {
+    frame.diagnosticsLost = areDiagnosticsLost();
+    if (writeFrame(results_, frame) != 0) ::_exit(EXIT_FAILURE);  // there is no parent any more
+  }
+
+  void tellVersion() {
+    Frame frame;
+    const char* const info = plugin_.info();
+    frame.kind = info == nullptr ? FrameKind::kUnusable : FrameKind::kVersion;
+    if (info == nullptr) frame.message = "no memory for the plug-in's version";
+    if (info != nullptr) frame.text = info;
+    send(frame);
+  }
+
+  void answerFile(std::uint64_t index) {
+    const Input& input = task_.inputs->all.at(index);
+    FileReport report;
+    report.index = input.place;
+    report.path = input.path;
+    Frame frame;
+    frame.kind = FrameKind::kFile;
+    frame.index = index;
+    limitTime(task_.limits.time);
+    if (mayBeRead(input.path, report, frame)) ask(report, frame);
+    report.message = frame.message;
+    frame.status = report.status;
+    frame.text = textFor(report, task_);
+    limitTime(kNoLimit);
+    const std::uint64_t grownBy = peakMemory() - memoryAtStart_;
+    const std::uint64_t halfOfLimit = task_.limits.memory / 2;
+    isWornOut_ = files_ >= kMaxFiles || grownBy >= kMaxMemoryKept ||
+                 (halfOfLimit != 0 && grownBy >= halfOfLimit);
+    frame.isLast = isWornOut_;
+    send(frame);
+  }
+
+  // The size of a file is looked at before the module reads it whole. So is its kind, which may
+  // have changed since it was named.
+  bool mayBeRead(const std::string& path, FileReport& report, Frame& frame) const {
+    struct stat status {};
+    if (::stat(path.c_str(), &status) != 0) return true;  // the module tells of it
+    report.sourceBytes = S_ISREG(status.st_mode) ? static_cast<std::uint64_t>(status.st_size) : 0;
+    if (!S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode)) {
+      report.status = FileStatus::kFailed;
+      frame.message = onOneLine(irregularFileMessage(path));
+      return false;
+    }
+    if (task_.limits.sourceBytes != 0 && report.sourceBytes > task_.limits.sourceBytes) {
+      report.status = FileStatus::kTooLarge;
+      frame.message = onOneLine(path + ": too large; see --max-size");
+      return false;
+    }
+    return true;
+  }
+
+  void ask(FileReport& report, Frame& frame) {
+    const std::string path(report.path);
+    const auto start = std::chrono::steady_clock::now();
+    const char* const answer = plugin_.parse(path, task_.defines);
+    if (task_.times) {
+      report.microseconds =
+          static_cast<std::uint64_t>(std::chrono::duration_cast<std::chrono::microseconds>(
+                                         std::chrono::steady_clock::now() - start)
+                                         .count());
+    }
+    if (answer == nullptr) {
+      report.status = FileStatus::kFailed;
+      frame.message = onOneLine(path + ": no memory for the answer");
+      return;
+    }
+    report.answer = answer;
+    frame.hasAnswer = true;
+    const std::uint64_t limit = task_.limits.answerBytes;
+    if (limit != 0 && report.answer.size() > limit) ::_exit(kWorkerTooLarge);
+    if (!report.answer.starts_with(kRecordsOpening)) {
+      report.status = FileStatus::kFailed;
+      frame.message = onOneLine(errorMessage(path, report.answer));
+    }
+  }
+
+  const WorkerTask& task_;
+  int results_;
+  PluginModule plugin_;
+  std::uint64_t memoryAtStart_ = peakMemory();  // with all that the parent has
+  unsigned files_ = 0;
+  bool isWornOut_ = false;
+};
+
+void answerRequests(Worker& worker, int requests) {
+  std::array<std::uint64_t, kRequestsAtOnce> indices;
+  while (!worker.isWornOut()) {
+    // Requests are written whole and are far from filling the pipe, so they come whole.
+    const ssize_t count = ::read(requests, indices.data(), sizeof indices);
+    if (count < 0 && errno == EINTR) continue;
+    if (count <= 0) return;
+    const auto* const end = indices.data() + static_cast<std::size_t>(count) / sizeof indices[0];
+    for (const auto* next = indices.data(); next != end && !worker.isWornOut(); ++next) {
+      worker.answer(*next);
+    }
+  }
+}
+
+}  // namespace
+
+std::string textFor(const FileReport& report, const WorkerTask& task) {
+  std::string text;
+  if (!task.wholeDocuments) {
+    task.format->file(report, task.settings, text);
+    return text;
+  }
+  FormatSettings settings = task.settings;
+  settings.fileCount = 1;
+  FileReport alone = report;
+  alone.index = 0;
+  task.format->begin(settings, text);
+  task.format->file(alone, settings, text);
+  task.format->end(settings, text);
+  return text;
+}
+
+void work(const WorkerTask& task, int requests, int results) {
+  if (::dup2(task.diagnostics, STDOUT_FILENO) < 0) ::_exit(EXIT_FAILURE);
+  if (task.quiet) silenceStandardError();
+  if (task.limits.memory != 0) limitMemory(task.limits.memory);
+  std::set_new_handler([] { ::_exit(kWorkerOutOfMemory); });
+  try {
+    limitTime(kTimeBesidesFiles);
+    Worker worker(task, results);
+    limitTime(kNoLimit);
+    if (writeFrame(results, Frame{}) == 0) answerRequests(worker, requests);
+    limitTime(kTimeBesidesFiles);  // to the very end
+  } catch (const Failure& failure) {
+    Frame unusable;
+    unusable.kind = FrameKind::kUnusable;
+    unusable.message = failure.what();
+    writeFrame(results, unusable);
+  }
+  // The module's own ends of life, such as those of its static objects, are in this.
+  std::exit(areDiagnosticsLost() ? kWorkerLostDiagnostics : EXIT_SUCCESS);
+}
+
+}  // namespace host

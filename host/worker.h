@@ -1,0 +1,44 @@
+// A worker: a process of its own that loads the module, has it answer file after file, and sends
+// each text in its final form. Whatever the module does to its process, the run goes on.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "file_limits.h"
+#include "file_report.h"
+#include "format.h"
+#include "inputs.h"
+
+namespace host {
+
+struct WorkerTask {
+  std::string plugin;  // the module's path
+  std::string defines;
+  FileLimits limits;
+  int diagnostics;  // the descriptor that the module's standard output leads to
+  const Inputs* inputs;
+  const Format* format;
+  FormatSettings settings;
+  bool wholeDocuments = false;  // each file is an output of its own
+  bool times = false;
+  bool quiet = false;  // the module's standard error leads nowhere
+};
+
+// Asks for the module's version instead of for a file.
+inline constexpr std::uint64_t kVersionRequest = UINT64_MAX;
+
+// How a worker ends that has to tell its parent why.
+enum WorkerExit : int {
+  kWorkerOutOfMemory = 90,
+  kWorkerTooLarge = 91,
+  kWorkerLostDiagnostics = 92,
+};
+
+// The text for the output. Parents make those of files that no worker came to answer.
+std::string textFor(const FileReport& report, const WorkerTask& task);
+
+// Reads requests, each the index of an input, until their end, and answers each with a frame.
+[[noreturn]] void work(const WorkerTask& task, int requests, int results);
+
+}  // namespace host

@@ -1,0 +1,278 @@
+#include "worker_pool.h"
+
+#include <poll.h>
+#include <sys/wait.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <utility>
+
+#include "output.h"
+
+namespace host {
+namespace {
+
+// A worker has the next request at hand when it ends one, and no long queue behind a long file.
+constexpr std::size_t kFilesAhead = 4;
+
+// How far results may be ahead of the one that is to be written. Further ones wait in the workers.
+constexpr std::uint64_t kMaxInputsAhead = 1024;
+constexpr std::size_t kMaxBytesAhead = std::size_t{64} << 20U;
+constexpr std::size_t kBytesOfAResult = 256;  // besides its texts
+
+struct KnownEnd {
+  bool (*isIt)(const ProcessEnd& end);
+  FileStatus status;
+  std::string_view what;
+};
+
+constexpr std::array kKnownEnds = {
+    KnownEnd{[](const ProcessEnd& end) { return end.isBySignal(SIGALRM); }, FileStatus::kTimedOut,
+             "not answered in time; see --timeout"},
+    KnownEnd{[](const ProcessEnd& end) { return end.isWithStatus(kWorkerOutOfMemory); },
+             FileStatus::kOutOfMemory, "not enough memory; see --max-memory"},
+    KnownEnd{[](const ProcessEnd& end) { return end.isWithStatus(kWorkerTooLarge); },
+             FileStatus::kTooLarge, "the answer is too long; see --max-output"},
+};
+
+std::string crashText(const ProcessEnd& end) {
+  if (WIFSIGNALED(end.state)) {
+    return std::string("crashed the plug-in: ") + ::strsignal(WTERMSIG(end.state));
+  }
+  return "ended its process with status " + std::to_string(WEXITSTATUS(end.state));
+}
+
+std::size_t bytesOf(const FileResult& result) {
+  return kBytesOfAResult + result.text.size() + result.message.size();
+}
+
+}  // namespace
+
+WorkerPool::WorkerPool(const WorkerTask& task, unsigned jobs, bool lockstep)
+    : task_(task), lockstep_(lockstep) {
+  slots_.resize(lockstep ? 1
+                         : static_cast<std::size_t>(std::clamp<std::uint64_t>(
+                               task.inputs->fileCount, 1, std::max(jobs, 1U))));
+}
+
+FileResult WorkerPool::take(std::uint64_t index, const Idle& idle) {
+  while (true) {
+    handOut(index);
+    const bool isFinished = finished_.contains(index);
+    const bool gotAny = receive(index, isFinished ? 0 : idle.milliseconds);
+    const auto found = finished_.find(index);
+    if (found != finished_.end()) {
+      FileResult result = std::move(found->second);
+      finished_.erase(found);
+      finishedBytes_ -= bytesOf(result);
+      return result;
+    }
+    if (!gotAny) idle.action();
+  }
+}
+
+bool WorkerPool::finish() {
+  for (Slot& slot : slots_) {
+    if (slot.process) retire(slot);
+  }
+  reapRetired(true);
+  return !diagnosticsLost_;
+}
+
+// ---- Handing files out
+
+bool WorkerPool::isAllowed(std::uint64_t index, std::uint64_t wanted) const {
+  if (index <= wanted) return true;
+  return !lockstep_ && index - wanted < kMaxInputsAhead && finishedBytes_ < kMaxBytesAhead;
+}
+
+void WorkerPool::handOut(std::uint64_t wanted) {
+  const auto& inputs = task_.inputs->all;
+  while (true) {
+    while (nextFile_ < inputs.size() && inputs[nextFile_].kind != InputKind::kFile) ++nextFile_;
+    const bool isReturned = !givenBack_.empty();
+    const std::uint64_t index = isReturned ? *givenBack_.begin() : nextFile_;
+    if (index >= inputs.size() || !isAllowed(index, wanted)) return;
+    // What others wait for finds a place, however many files are before it there.
+    Slot* const slot = slotFor(isReturned || index == wanted);
+    if (slot == nullptr) return;
+    if (isReturned) {
+      givenBack_.erase(index);
+    } else {
+      ++nextFile_;
+    }
+    if (!slot->process) start(*slot);
+    send(*slot, index);
+  }
+}
+
+// The slot with the fewest files, of those that take any; null if each has enough.
+WorkerPool::Slot* WorkerPool::slotFor(bool mustBe) {
+  Slot* best = nullptr;
+  for (Slot& slot : slots_) {
+    if (!slot.isAlone && (best == nullptr || slot.files.size() < best->files.size())) best = &slot;
+  }
+  const bool hasRoom = best != nullptr && (mustBe || best->files.size() < kFilesAhead);
+  return hasRoom ? best : nullptr;
+}
+
+void WorkerPool::start(Slot& slot) {
+  if (lockstep_) reapRetired(true);
+  std::vector<const WorkerProcess*> others;
+  for (const Slot& other : slots_) others.push_back(other.process.get());
+  for (const auto& other : retired_) others.push_back(other.get());
+  slot.process = std::make_unique<WorkerProcess>(task_, others);
+  slot.isReady = false;
+}
+
+void WorkerPool::send(Slot& slot, std::uint64_t index) {
+  slot.files.push_back(index);
+  slot.process->request(index);
+}
+
+// ---- Receiving results
+
+// Results that are far ahead stay with their workers, which wait, but for the one that is wanted.
+bool WorkerPool::mayBeRead(const Slot& slot, std::uint64_t wanted) const {
+  if (!slot.process) return false;
+  const auto& files = slot.files;
+  const bool isWanted = std::find(files.begin(), files.end(), wanted) != files.end();
+  // A slot for one file may be the one that the wanted file waits for.
+  if (!slot.isReady || slot.isAlone || isWanted) return true;
+  std::size_t bytes = finishedBytes_ + slot.process->frames().missingBytes();
+  for (const Slot& other : slots_) {
+    if (other.process) bytes += other.process->frames().heldBytes();
+  }
+  return bytes < kMaxBytesAhead;
+}
+
+// Gives false if the time passed without anything.
+bool WorkerPool::receive(std::uint64_t wanted, int timeout) {
+  std::vector<pollfd> ends;
+  std::vector<Slot*> slots;
+  for (Slot& slot : slots_) {
+    if (!mayBeRead(slot, wanted)) continue;
+    ends.push_back({slot.process->results(), POLLIN, 0});
+    slots.push_back(&slot);
+  }
+  if (::poll(ends.data(), static_cast<nfds_t>(ends.size()), timeout) <= 0) return false;
+  for (std::size_t number = 0; number < ends.size(); ++number) {
+    if (ends[number].revents != 0) receiveFrom(*slots[number]);
+  }
+  reapRetired(false);
+  return true;
+}
+
+void WorkerPool::receiveFrom(Slot& slot) {
+  if (slot.process->frames().read(slot.process->results()) == FrameReader::State::kEnded) {
+    lose(slot, false);
+    return;
+  }
+  while (slot.process) {
+    Frame frame;
+    const FrameReader::State state = slot.process->frames().next(frame);
+    if (state == FrameReader::State::kOpen) return;
+    const bool isExpected = state == FrameReader::State::kWhole &&
+                            (frame.kind != FrameKind::kFile ||
+                             (!slot.files.empty() && frame.index == slot.files.front()));
+    if (!isExpected) {
+      lose(slot, true);
+      return;
+    }
+    accept(slot, std::move(frame));
+  }
+}
+
+void WorkerPool::accept(Slot& slot, Frame frame) {
+  if (frame.kind == FrameKind::kUnusable) throw Failure(frame.message);
+  slot.isReady = true;
+  if (frame.kind != FrameKind::kFile) return;
+  slot.files.pop_front();
+  slot.isAlone = false;
+  FileResult result{frame.status,          frame.hasAnswer,
+                    frame.diagnosticsLost, std::move(frame.message),
+                    std::move(frame.text), {}};
+  if (const auto failure = firstFailures_.extract(frame.index)) {
+    result.firstFailure = failure.mapped();
+  }
+  finishedBytes_ += bytesOf(result);
+  finished_.emplace(frame.index, std::move(result));
+  if (frame.isLast) retire(slot);
+}
+
+// ---- The ends of workers
+
+void WorkerPool::giveBack(Slot& slot) {
+  givenBack_.insert(slot.files.begin(), slot.files.end());
+  slot.files.clear();
+  slot.isAlone = false;
+}
+
+void WorkerPool::retire(Slot& slot) {
+  giveBack(slot);
+  slot.process->endRequests();
+  retired_.push_back(std::move(slot.process));
+}
+
+// The worker died over the first of its files, or wrote what none writes. The file is tried once
+// more, in a worker that has no other.
+void WorkerPool::lose(Slot& slot, bool isSpoilt) {
+  if (isSpoilt) slot.process->kill();
+  const ProcessEnd end = slot.process->waitForEnd();
+  const bool wasReady = slot.isReady;
+  slot.process.reset();
+
+  const auto* const known = std::find_if(kKnownEnds.begin(), kKnownEnds.end(),
+                                         [&](const KnownEnd& row) { return row.isIt(end); });
+  const bool isKnown = known != kKnownEnds.end() && !isSpoilt;
+  const std::string what = isSpoilt  ? "spoilt the answers of its worker"
+                           : isKnown ? std::string(known->what)
+                                     : crashText(end);
+  if (!wasReady) throw Failure("the plug-in could not be loaded: " + what);
+  if (slot.files.empty()) return;
+
+  const std::uint64_t index = slot.files.front();
+  slot.files.pop_front();
+  giveBack(slot);
+  if (firstFailures_.emplace(index, what).second) {
+    start(slot);
+    slot.isAlone = true;
+    send(slot, index);
+  } else {
+    firstFailures_.erase(index);
+    fail(index, isKnown ? known->status : FileStatus::kCrashed, what);
+  }
+}
+
+void WorkerPool::fail(std::uint64_t index, FileStatus status, const std::string& what) {
+  const Input& input = task_.inputs->all[index];
+  FileResult result;
+  result.status = status;
+  result.message = onOneLine(input.path + ": " + what);
+  FileReport report;
+  report.index = input.place;
+  report.path = input.path;
+  report.status = status;
+  report.message = result.message;
+  result.text = textFor(report, task_);
+  finishedBytes_ += bytesOf(result);
+  finished_.emplace(index, std::move(result));
+}
+
+void WorkerPool::reapRetired(bool wait) {
+  std::erase_if(retired_, [&](const auto& process) {
+    std::optional<ProcessEnd> end;
+    if (wait) {
+      end = process->waitForEnd();
+    } else {
+      end = process->endIfEnded();
+    }
+    if (end && end->isWithStatus(kWorkerLostDiagnostics)) diagnosticsLost_ = true;
+    return end.has_value();
+  });
+}
+
+}  // namespace host

@@ -1,0 +1,182 @@
+"""quorl-js merge from outside.
+
+usage: merge_test.py QUORL_JS SCRATCH
+
+Every case writes its shards into files called a, b and so on, and its list into one called list.
+"""
+import json
+import os
+import pathlib
+import subprocess
+import sys
+
+
+def header(count, version="1.0.0", schema=1):
+    return ('{"type":"header","schema":%d,"tool":"quorl-js","version":"%s","fileCount":%d}\n'
+            % (schema, version, count)).encode()
+
+
+def record(file, contents='x'):
+    return ('{"type":"record","file":%d,"lineNumber":1,"contents":"%s"}\n'
+            % (file, contents)).encode()
+
+
+def file(number, path, records=0, status="answered", more=""):
+    return ('{"type":"file","file":%d,"path":"%s"%s,"status":"%s","message":null,'
+            '"recordCount":%d}\n' % (number, path, more, status, records)).encode()
+
+
+A = header(2) + record(0, "a") + record(0, "b") + file(0, "one.js", 2) + file(1, "two.js")
+B = header(1) + record(0, "c") + file(0, "three.js", 1)
+A_THEN_B = (header(3) + record(0, "a") + record(0, "b") + file(0, "one.js", 2) +
+            file(1, "two.js") + record(2, "c") + file(2, "three.js", 1))
+B_FIRST = (header(3) + record(0, "c") + file(0, "three.js", 1) + file(1, "two.js") +
+           record(2, "a") + record(2, "b") + file(2, "one.js", 2))
+ODD = header(1) + file(0, "\\ufffd\\n.js", more=',"pathBytes":"/wouanM="')
+FAILED = header(1) + file(0, "bad.js", status="crashed")
+LONG = header(1) + record(0, "z" * 1_000_000) + file(0, "long.js", 1)
+
+# name, shards, list or None, options, status, standard output
+GOOD = [
+    ("one shard is as it was", [A], None, [], 0, A),
+    ("in the order of the shards", [A, B], None, [], 0, A_THEN_B),
+    ("outputs in one shard, one after the other", [A + B], None, [], 0, A_THEN_B),
+    ("in the order of the list", [A, B], b"three.js\ntwo.js\none.js\n", [], 0, B_FIRST),
+    ("its own output", [A_THEN_B], None, [], 0, A_THEN_B),
+    ("no files at all", [header(0)], b"", [], 0, header(0)),
+    ("an empty run among others", [header(0) + A, header(0)], None, [], 0, A),
+    ("the exact bytes of a path count", [ODD], b"\xff\n.js\0", ["-0"], 0, ODD),
+    ("a file that failed", [A, FAILED], None, [], 1,
+     header(3) + A[len(header(2)):] + file(2, "bad.js", status="crashed")),
+    ("a name as often as it is listed", [B, B], b"three.js\nthree.js\n", [], 0,
+     header(2) + B[len(header(1)):] + record(1, "c") + file(1, "three.js", 1)),
+    ("a line of a million bytes", [LONG, B], b"three.js\nlong.js\n", [], 0,
+     header(2) + B[len(header(1)):] + record(1, "z" * 1_000_000) + file(1, "long.js", 1)),
+    ("an empty shard beside a list", [B, b""], b"three.js\n", [], 0, B),
+    ("a version of its own", [header(1, "7.8.9") + file(0, "x")], None, [], 0,
+     header(1, "7.8.9") + file(0, "x")),
+]
+
+# name, shards, list or None, options, what standard error says
+BAD = [
+    ("a shard that is not there", [A], None, ["nowhere"], "nowhere: No such file or directory"),
+    ("a folder", [A], None, ["."], ".: not a regular file"),
+    ("a device", [A], None, ["/dev/zero"], "/dev/zero: not a regular file"),
+    ("an empty shard", [A, b""], None, [], "b: empty, not even a header"),
+    ("an empty shard and nothing else", [b"", b""], b"three.js\n", [],
+     "1 files of list list are in no SHARD; the first is three.js"),
+    ("no ndjson", [b"[\n]\n"], None, [], "a: line 1: no line of the ndjson format"),
+    ("no header", [A[len(header(2)):]], None, [],
+     "a: line 1: more files than the header tells of"),
+    ("cut in a line", [A[:-3]], None, [], "a: line 5: cut, it has no line feed"),
+    ("cut at the end of a line", [A[:-1]], None, [], "a: line 5: cut, it has no line feed"),
+    ("a file is missing at the end", [A[:-len(file(1, "two.js"))]], None, [],
+     "a: line 5: the file ends, and files of the run are missing: 1"),
+    ("cut behind a record", [header(1) + record(0)], None, [],
+     "a: line 3: the file ends, and files of the run are missing: 1"),
+    ("cut, and another run behind it", [A[:-len(file(1, "two.js"))] + B], None, [],
+     "a: line 5: a header comes, and files of the run are missing: 1"),
+    ("cut in a line, and another run behind it", [A[:-3] + B], None, [], "a: line 5: no JSON: "),
+    ("a file is missing in the middle", [header(2) + file(1, "two.js")], None, [],
+     "a: line 2: file 0 of its run is missing or cut"),
+    ("a record is missing", [A.replace(record(0, "a"), b"")], None, [],
+     "a: line 3: records are missing: 1 of 2 stand before it"),
+    ("a record of another file", [header(2) + record(1)], None, [],
+     "a: line 2: file 0 of its run is missing or cut"),
+    ("a number that is none", [header(1) + b'{"type":"file","file":x}\n'], None, [],
+     "a: line 2: file 0 of its run is missing or cut"),
+    ("a number and no more", [header(1) + b'{"type":"file","file":0\n'], None, [],
+     "a: line 2: file 0 of its run is missing or cut"),
+    ("one file too many", [A + file(2, "x")], None, [],
+     "a: line 6: more files than the header tells of"),
+    ("a record that is no JSON", [A.replace(b'"a"', b'"\x01"')], None, [], "a: line 2: no JSON: "),
+    ("a record that is no UTF-8", [A.replace(b'"a"', b'"\xff"')], None, [],
+     "a: line 2: no JSON: "),
+    ("bytes behind an object", [A.replace(b'"a"}', b'"a"}\0')], None, [],
+     "a: line 2: no JSON: "),
+    ("a header of another schema", [header(0, schema=2)], None, [],
+     "a: line 1: a header of another schema"),
+    ("a header without a count", [header(0).replace(b"fileCount", b"count")], None, [],
+     "a: line 1: a header without version or fileCount"),
+    ("another version", [A, header(0, "1.0.1")], None, [],
+     "b: line 1: written by version 1.0.1, others by 1.0.0"),
+    ("a file without a path", [B.replace(b'"path"', b'"name"')], None, [],
+     "a: line 3: a file without path or status"),
+    ("a path that is no base64", [ODD.replace(b"/wou", b"!!!!")], None, [],
+     "a: line 2: pathBytes is no base64"),
+    ("nesting that is meant to hurt",
+     [header(1) + b'{"type":"record","file":0,"x":' + b"[" * 1_000_000 + b"\n"], None, [],
+     "a: line 2: no JSON: "),
+    ("a file that the list lacks", [A], b"one.js\n", [],
+     "a: not in list list, or not as often as in the SHARDs: two.js"),
+    ("a file twice", [A, A], b"one.js\ntwo.js\n", [],
+     "b: not in list list, or not as often as in the SHARDs: one.js"),
+    ("files that no shard has", [B], b"zero.js\nthree.js\none.js\n", [],
+     "2 files of list list are in no SHARD; the first is zero.js"),
+    ("control bytes in a message", [B], b"three.js\na\x1bb.js\n", [],
+     "1 files of list list are in no SHARD; the first is a\\x1bb.js"),
+    ("no shard", [], None, [], "no SHARD given; see quorl-js merge --help"),
+    ("-0 without a list", [A], None, ["-0"], "see quorl-js merge --help"),
+    ("an unknown option", [A], None, ["--no-such"], "see quorl-js merge --help"),
+]
+
+
+def run(quorl_js, folder, shards, names, options, **streams):
+    arguments = [quorl_js, "merge"] + options
+    for letter, shard in zip("abc", shards):
+        (folder / letter).write_bytes(shard)
+        arguments.append(letter)
+    if names is not None:
+        (folder / "list").write_bytes(names)
+        arguments += ["--files-from", "list"]
+    return subprocess.run(arguments, cwd=folder, check=False, stderr=subprocess.PIPE,
+                          **dict({"stdout": subprocess.PIPE}, **streams))
+
+
+def faults(quorl_js, folder):
+    for name, shards, names, options, status, output in GOOD:
+        done = run(quorl_js, folder, shards, names, options)
+        if (done.returncode, done.stdout, done.stderr) != (status, output, b""):
+            yield "%s: %d %r %r" % (name, done.returncode, done.stdout[:400], done.stderr)
+    for name, shards, names, options, message in BAD:
+        done = run(quorl_js, folder, shards, names, options)
+        says = done.stderr.decode("utf-8", "replace")
+        is_one_line = says.startswith("quorl-js: ") and says.count("\n") == 1 and says[-1] == "\n"
+        if (done.returncode, done.stdout) != (2, b"") or not is_one_line or message not in says:
+            yield "%s: %d %r %r" % (name, done.returncode, done.stdout[:400], says)
+    done = run(quorl_js, folder, [b""], b"", [])
+    if done.returncode != 0 or json.loads(done.stdout)["fileCount"] != 0:
+        yield "nothing asked for and nothing there: %r" % done
+    with open("/dev/full", "wb") as full:
+        done = run(quorl_js, folder, [A], None, [], stdout=full)
+    if (done.returncode, done.stderr) != (2, b"quorl-js: standard output: No space left on "
+                                             b"device\n"):
+        yield "/dev/full: %r" % done
+    reading, writing = os.pipe()
+    os.close(reading)
+    done = run(quorl_js, folder, [A], None, [], stdout=writing)
+    os.close(writing)
+    if (done.returncode, done.stderr) != (2, b"quorl-js: standard output: Broken pipe\n"):
+        yield "a closed pipe: %r" % done
+    (folder / "a").write_bytes(A)
+    (folder / "b").write_bytes(B)
+    done = subprocess.run([quorl_js, "merge", "--files-from", "-", "b", "a"], cwd=folder,
+                          input=b"three.js\ntwo.js\none.js\n", check=False,
+                          stdout=subprocess.PIPE)
+    if (done.returncode, done.stdout) != (0, B_FIRST):
+        yield "a list from standard input: %r" % done
+    done = subprocess.run([quorl_js, "merge", "--help"], check=False, stdout=subprocess.PIPE)
+    if done.returncode != 0 or not done.stdout.startswith(b"usage: quorl-js merge "):
+        yield "--help: %r" % done
+
+
+def main():
+    quorl_js, scratch = os.path.abspath(sys.argv[1]), pathlib.Path(sys.argv[2])
+    scratch.mkdir(parents=True, exist_ok=True)
+    found = list(faults(quorl_js, scratch))
+    print("\n".join(found) or "%d cases" % (len(GOOD) + len(BAD)))
+    return 1 if found else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,50 @@
+// A program that is watched and disturbed while it runs.
+#pragma once
+
+#include <sys/types.h>
+
+#include <string>
+#include <vector>
+
+namespace host_test {
+
+class RunningProgram {
+ public:
+  // Where standard error leads: to a pipe, or to a terminal of 40 columns. Standard output is a
+  // pipe.
+  enum class StandardError { kPipe, kTerminal };
+
+  // Starts it in the current directory, with signals at their default actions.
+  RunningProgram(const std::string& program, const std::vector<std::string>& arguments,
+                 StandardError standardError = StandardError::kPipe);
+  RunningProgram(const RunningProgram&) = delete;
+  RunningProgram& operator=(const RunningProgram&) = delete;
+  ~RunningProgram();
+
+  pid_t pid() const { return pid_; }
+
+  // Waits for the file to be there.
+  static void waitForFile(const std::string& path);
+
+  void send(int signal) const;
+  void leaveStandardOutput();  // as a reader who has seen enough
+
+  // What is written to standard error until its end is the text given.
+  std::string readErrorsUpTo(const std::string& text) const;
+
+  // What was written to standard error until each process that has it ended, children too.
+  std::string errorsToTheEnd();
+
+  // The rest of standard output.
+  std::string outputToTheEnd();
+
+  // Exit status, or 128 and the number of the signal.
+  int waitForEnd();
+
+ private:
+  pid_t pid_ = 0;
+  int out_ = -1;
+  int err_ = -1;
+};
+
+}  // namespace host_test

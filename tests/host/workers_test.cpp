@@ -1,0 +1,518 @@
+// What bad files do to a run, and how many workers it has. The module is one that crashes, hangs
+// and floods where a test wants it to.
+
+#include <sys/stat.h>
+
+#include <atomic>
+#include <csignal>
+#include <cstdint>
+#include <cstring>
+#include <filesystem>
+#include <set>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "host/program_runner.h"
+#include "host/quorl_js_fixture.h"
+#include "host/running_program.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using host_test::contentsOf;
+using host_test::joined;
+using host_test::Outcome;
+using host_test::RunningProgram;
+using host_test::StandardOutput;
+using host_test::Words;
+using host_test::writeFile;
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__APPLE__)
+constexpr bool kMemoryIsLimited = false;
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+constexpr bool kMemoryIsLimited = false;
+#else
+constexpr bool kMemoryIsLimited = true;
+#endif
+#else
+constexpr bool kMemoryIsLimited = true;
+#endif
+
+class Workers : public host_test::QuorlJs {
+ protected:
+  static Words oddArguments(Words arguments) {
+    arguments.insert(arguments.begin(), {"--plugin", ODD_PLUGIN_PATH});
+    return arguments;
+  }
+
+  // The good answer to a file.
+  static std::string answerTo(const std::string& file) { return "[\n" + file + "|\n]\n"; }
+
+  static std::string errorAnswer(const std::string& message) {
+    return "[{\"error\": \"" + message + "\"}]";
+  }
+};
+std::vector<std::string> linesOf(const std::string& text) {
+  std::vector<std::string> lines;
+  std::istringstream stream(text);
+  for (std::string line; std::getline(stream, line);) lines.push_back(line);
+  return lines;
+}
+
+using BadFiles = Workers;
+using Signals = Workers;
+using ProgressLine = Workers;
+
+const std::string kKilled = std::string("crashed the plug-in: ") + ::strsignal(SIGKILL);
+constexpr const char* kTimedOut = "not answered in time; see --timeout";
+constexpr const char* kOutOfMemory = "not enough memory; see --max-memory";
+constexpr const char* kTooLong = "the answer is too long; see --max-output";
+
+// ---- Files that cost a worker
+
+TEST_F(BadFiles, CostTheirOwnAnswerOnly) {
+  struct Row {
+    const char* why;
+    Words arguments;
+    std::string file;
+    std::string told;
+  };
+  const std::vector<Row> rows = {
+      {"a crash", {}, "crash", "crash: " + kKilled},
+      {"an end of the process", {}, "exit", "exit: ended its process with status 7"},
+      {"a hang", {"--timeout=1"}, "hang", std::string("hang: ") + kTimedOut},
+      {"a long answer", {"--max-output=1M"}, "big", std::string("big: ") + kTooLong},
+      {"stray bytes among the answers", {}, "spoil", "spoil: spoilt the answers of its worker"},
+  };
+  for (const Row& row : rows) {
+    for (const char* jobs : {"-j1", "-j3"}) {
+      SCOPED_TRACE(std::string(row.why) + " " + jobs);
+      Words arguments = row.arguments;
+      arguments.insert(arguments.end(), {jobs, "a", "b", row.file, "c", "d", row.file, "e"});
+      const std::string error = errorAnswer(row.told);
+      EXPECT_EQ(runOdd(arguments),
+                (Outcome{1,
+                         answerTo("a") + answerTo("b") + error + answerTo("c") + answerTo("d") +
+                             error + answerTo("e"),
+                         "quorl-js: " + row.told + "\nquorl-js: " + row.told + "\n"}));
+    }
+    fs::remove("hanging");
+  }
+}
+
+TEST_F(BadFiles, MayHaveQuotesInTheirNames) {
+  writeFile("it's \"big\".js", "let a = 1;\n");
+  EXPECT_EQ(run({"it's \"big\".js", "--max-output=10"}),
+            (Outcome{1, errorAnswer(std::string("it\\'s \\\"big\\\".js: ") + kTooLong),
+                     std::string("quorl-js: it's \"big\".js: ") + kTooLong + "\n"}));
+}
+
+TEST_F(BadFiles, ThatTakeTooMuchMemory) {
+  if (!kMemoryIsLimited) GTEST_SKIP() << "no limit on memory here";
+  const std::string told = std::string("hog: ") + kOutOfMemory;
+  EXPECT_EQ(
+      runOdd({"--max-memory=64M", "a", "hog", "b"}),
+      (Outcome{1, answerTo("a") + errorAnswer(told) + answerTo("b"), "quorl-js: " + told + "\n"}));
+  EXPECT_EQ(runOdd({"--max-memory=0", "keep"}), (Outcome{0, answerTo("keep"), ""}));
+}
+
+TEST_F(BadFiles, AreFourOfAThousand) {
+  if (!kMemoryIsLimited) GTEST_SKIP() << "no limit on memory here";
+  std::string list;
+  std::string answers;
+  std::string messages;
+  const auto fails = [&](const std::string& file, const std::string& told) {
+    list += file + "\n";
+    answers += errorAnswer(told);
+    messages += "quorl-js: " + told + "\n";
+  };
+  for (int number = 0; number < 996; ++number) {
+    if (number == 100) fails("crash", "crash: " + kKilled);
+    if (number == 300) fails("hang", std::string("hang: ") + kTimedOut);
+    if (number == 500) fails("hog", std::string("hog: ") + kOutOfMemory);
+    if (number == 700) fails("error", R"(it\'s \"odd\": x)");
+    const std::string file = "file " + std::to_string(number);
+    list += file + "\n";
+    answers += answerTo(file);
+  }
+  writeFile("list", list);
+  for (const char* jobs : {"1", "16"}) {
+    SCOPED_TRACE(jobs);
+    EXPECT_TRUE(runOdd({"--files-from=list", "--timeout=2", "--max-memory=64M", "-j", jobs}) ==
+                (Outcome{1, answers, messages}));
+  }
+}
+
+TEST_F(BadFiles, AreTriedASecondTime) {
+  const std::string told =
+      "quorl-js: crash-once: answered at the second attempt; the first: " + kKilled + "\n";
+  const std::string answers = answerTo("a") + answerTo("crash-once") + answerTo("b");
+  EXPECT_EQ(runOdd({"a", "crash-once", "b"}), (Outcome{0, answers, told}));
+  EXPECT_EQ(runOdd({"a", "crash-once", "b"}), (Outcome{0, answers, ""}));
+  EXPECT_EQ(
+      runOdd({"hang-once", "--timeout", "1"}),
+      (Outcome{0, answerTo("hang-once"),
+               std::string("quorl-js: hang-once: answered at the second attempt; the first: ") +
+                   kTimedOut + "\n"}));
+}
+
+TEST_F(BadFiles, DoNotHangTheRunByWhatTheyPrint) {
+  EXPECT_EQ(runOdd({"flood-stdout", "a"}),
+            (Outcome{0, answerTo("flood-stdout") + answerTo("a"), ""}));
+}
+
+TEST_F(BadFiles, AreKnownInEveryFormat) {
+  const std::string members = R"("path":"crash","status":"crashed","message":"crash: )" + kKilled +
+                              R"(","sourceBytes":0,"microseconds":null,)";
+  const std::string head = R"("schema":1,"tool":"quorl-js","version":")" QUORL_VERSION "\"";
+  struct Row {
+    const char* option;
+    std::string out;
+  };
+  const std::vector<Row> rows = {
+      {"--format=raw", errorAnswer("crash: " + kKilled)},
+      {"--format=json", "{" + head + ",\"files\":[\n{" + members + "\"records\":[]}\n]}\n"},
+      {"--format=ndjson", R"({"type":"header",)" + head + ",\"fileCount\":1}\n" +
+                              R"({"type":"file","file":0,)" + members + "\"recordCount\":0}\n"},
+      {"--format=tree", "crash: crashed: crash: " + kKilled + "\n"},
+  };
+  for (const Row& row : rows) {
+    EXPECT_EQ(runOdd({"crash", row.option}),
+              (Outcome{1, row.out, "quorl-js: crash: " + kKilled + "\n"}));
+  }
+}
+
+TEST_F(BadFiles, HaveAnswerFilesToo) {
+  fs::create_directory("out");
+  EXPECT_EQ(runOdd({"crash", "a", "--out-dir=out"}).status, 1);
+  EXPECT_EQ(contentsOf("out/crash.records"), errorAnswer("crash: " + kKilled));
+  EXPECT_EQ(contentsOf("out/a.records"), answerTo("a"));
+}
+
+// Each failure that the run counts has its place among the files, what is passed over has none.
+TEST_F(BadFiles, AreCountedInTheHeader) {
+  fs::create_directories("tree/locked");
+  ASSERT_EQ(::mkfifo("pipe", 0600), 0);
+  ASSERT_EQ(::mkfifo("tree/pipe", 0600), 0);
+  writeFile("tree/a.js", "x\n");
+  const Outcome outcome = run({"pipe", "--recursive", "tree", "gone", "--format=ndjson"});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.err,
+            "quorl-js: pipe: not a regular file, skipped\n"
+            "quorl-js: tree/pipe: not a regular file, skipped\n"
+            "quorl-js: Could not open file: gone\n");
+  std::vector<std::string> lines;
+  for (const std::string& line : linesOf(outcome.out)) {
+    if (line.find("\"type\":\"record\"") == std::string::npos) lines.push_back(line);
+  }
+  ASSERT_EQ(lines.size(), 4U) << outcome;
+  EXPECT_NE(lines[0].find("\"fileCount\":3}"), std::string::npos) << lines[0];
+  EXPECT_EQ(lines[1], R"({"type":"file","file":0,"path":"pipe","status":"failed","message":)"
+                      R"("pipe: not a regular file, skipped","sourceBytes":0,"microseconds":null,)"
+                      R"("recordCount":0})");
+  EXPECT_EQ(lines[2].rfind(R"({"type":"file","file":1,"path":"tree/a.js","status":"answered",)"
+                           R"("message":null,"sourceBytes":2,)",
+                           0),
+            0U)
+      << lines[2];
+  EXPECT_EQ(lines[3].rfind(R"({"type":"file","file":2,"path":"gone","status":"failed",)", 0), 0U)
+      << lines[3];
+}
+
+// ---- Files that are no good to begin with
+
+TEST_F(BadFiles, ThatAreTooLargeAreNotOpened) {
+  writeFile("sparse.js", "");
+  fs::resize_file("sparse.js", std::uintmax_t{4} << 30U);
+  writeFile("twelve.js", "let a = 123;");
+  const std::string told = "sparse.js: too large; see --max-size";
+  EXPECT_EQ(run({"sparse.js", "gone"}),
+            (Outcome{1, errorAnswer(told) + R"([{"error": "Could not open file: gone"}])",
+                     "quorl-js: " + told + "\nquorl-js: Could not open file: gone\n"}));
+  EXPECT_EQ(run({"twelve.js", "--max-size=12"}).status, 0);
+  EXPECT_EQ(run({"twelve.js", "--max-size=11"}),
+            (Outcome{1, errorAnswer("twelve.js: too large; see --max-size"),
+                     "quorl-js: twelve.js: too large; see --max-size\n"}));
+}
+
+// The file is cut and filled while one run after the other reads it.
+TEST_F(BadFiles, ThatShrinkWhileTheyAreRead) {
+  const std::string text = [] {
+    std::string lines;
+    for (int line = 0; line < 20'000; ++line) lines += "let a = 1;\n";
+    return lines;
+  }();
+  std::atomic<bool> isOver = false;
+  writeFile("a.js", text);
+  std::thread writer([&] {
+    while (!isOver) {
+      fs::resize_file("a.js", 100);
+      fs::resize_file("a.js", 0);
+      writeFile("a.js", text);
+    }
+  });
+  for (int round = 0; round < 20; ++round) {
+    const Outcome outcome = run({"a.js"});
+    const bool isAnswered = outcome.status == 0 && outcome.err.empty() &&
+                            outcome.out.rfind("[\n  {\n", 0) == 0 &&
+                            outcome.out.substr(outcome.out.size() - 6) == "  }\n]\n";
+    const Outcome empty{1, R"([{"error": "File is empty: a.js"}])",
+                        "quorl-js: File is empty: a.js\n"};
+    EXPECT_TRUE(isAnswered || outcome == empty) << outcome;
+  }
+  isOver = true;
+  writer.join();
+}
+
+TEST_F(BadFiles, ThatLeadNowhere) {
+  fs::create_symlink("loop", "loop");
+  EXPECT_EQ(run({"loop", "/dev/zero"}),
+            (Outcome{1, R"([{"error": "Could not open file: loop"}])",
+                     "quorl-js: Could not open file: loop\n"
+                     "quorl-js: /dev/zero: not a regular file, skipped\n"}));
+}
+
+// ---- How many workers, and how long they live
+
+// The processes that answered the files called "process".
+std::vector<std::string> processesIn(const std::string& answers) {
+  std::vector<std::string> processes;
+  for (const std::string& line : linesOf(answers)) {
+    if (line.find_first_not_of("0123456789") == std::string::npos) processes.push_back(line);
+  }
+  return processes;
+}
+
+TEST_F(Workers, AreReplacedAfterAThousandFiles) {
+  std::string list;
+  for (int number = 0; number < 2'500; ++number) list += "process\n";
+  writeFile("list", list);
+  const Outcome outcome = runOdd({"--files-from=list", "-j1"});
+  EXPECT_EQ(outcome.status, 0);
+  const std::vector<std::string> processes = processesIn(outcome.out);
+  ASSERT_EQ(processes.size(), 2'500U);
+  EXPECT_EQ(std::set<std::string>(processes.begin(), processes.end()).size(), 3U);
+  EXPECT_EQ(processes[0], processes[999]);
+  EXPECT_NE(processes[999], processes[1000]);
+  EXPECT_EQ(processes[1000], processes[1999]);
+  EXPECT_NE(processes[1999], processes[2000]);
+}
+
+TEST_F(Workers, AreReplacedWhenTheyHaveGrown) {
+  const Outcome outcome = runOdd({"-j1", "process", "process", "keep", "process"});
+  EXPECT_EQ(outcome.status, 0);
+  const std::vector<std::string> processes = processesIn(outcome.out);
+  ASSERT_EQ(processes.size(), 3U);
+  EXPECT_EQ(processes[0], processes[1]);
+  EXPECT_NE(processes[1], processes[2]);
+}
+
+TEST_F(Workers, AreAsManyAsAskedFor) {
+  const Outcome outcome = runOdd({"-j3", "slow", "slow", "slow", "process", "process", "process"});
+  EXPECT_EQ(outcome.status, 0);
+  const std::vector<std::string> processes = processesIn(outcome.out);
+  EXPECT_EQ(std::set<std::string>(processes.begin(), processes.end()).size(), 3U);
+}
+
+TEST_F(Workers, KeepTheOrderOfTheFiles) {
+  Words files = {"slow", "big", "a", "slow", "b", "big", "c"};
+  std::string answers;
+  for (const std::string& file : files) {
+    answers += file == "big" ? "[\n" + std::string(3'000'000, 'x') + "\n]\n" : answerTo(file);
+  }
+  for (const char* jobs : {"--jobs=1", "--jobs=2", "-j7", "-j256"}) {
+    Words arguments = files;
+    arguments.emplace_back(jobs);
+    EXPECT_TRUE(runOdd(arguments) == (Outcome{0, answers, ""})) << jobs;
+  }
+}
+
+// More than what is held of results that are ahead of their turn.
+TEST_F(Workers, WaitWithResultsThatAreFarAhead) {
+  Words arguments = {"-j4", "hang-once", "--timeout=2"};
+  std::string answers = answerTo("hang-once");
+  for (int number = 0; number < 60; ++number) {
+    arguments.emplace_back("big");
+    answers += "[\n" + std::string(3'000'000, 'x') + "\n]\n";
+  }
+  const Outcome outcome = runOdd(arguments);
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_TRUE(outcome.out == answers);
+}
+
+TEST_F(Workers, OfTheRealModuleGiveTheSameBytesHoweverMany) {
+  std::string list;
+  for (int number = 0; number < 300; ++number) {
+    const std::string name = std::to_string(number) + (number % 3 == 0 ? ".html" : ".js");
+    std::string text;
+    for (int line = 0; line <= number % 50; ++line) {
+      text += "function f" + std::to_string(line) + "() {\n  return " + name + ";\n}\n";
+    }
+    writeFile(name, text);
+    list += name + "\n" + (number % 10 == 0 ? "gone\n" : "");
+  }
+  writeFile("list", list);
+  for (const char* format : {"raw", "json", "ndjson", "tree"}) {
+    const Words arguments = {"--files-from=list", "--format", format, "-j1"};
+    const Outcome alone = run(arguments);
+    EXPECT_EQ(alone.status, 1);
+    for (const char* jobs : {"-j2", "-j8"}) {
+      Words others = arguments;
+      others.back() = jobs;
+      EXPECT_TRUE(run(others) == alone) << format << " " << jobs;
+    }
+  }
+}
+
+// ---- Ends of a run
+
+TEST_F(Signals, EndTheRunAndItsWorkers) {
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    SCOPED_TRACE(signal);
+    RunningProgram program(QUORL_JS_PATH, oddArguments({"a", "hang", "--timeout=0"}));
+    RunningProgram::waitForFile("hanging");
+    program.send(signal);
+    EXPECT_EQ(program.errorsToTheEnd(), "");  // ends when no process has it any more
+    EXPECT_EQ(program.waitForEnd(), 128 + signal);
+    fs::remove("hanging");
+  }
+}
+
+TEST_F(Signals, ThatNobodyCanCatchLeaveNoWorkerBehind) {
+#ifndef __linux__
+  GTEST_SKIP() << "a worker that hangs is left to its time limit here";
+#endif
+  RunningProgram program(QUORL_JS_PATH, oddArguments({"a", "hang", "--timeout=0"}));
+  RunningProgram::waitForFile("hanging");
+  program.send(SIGKILL);
+  EXPECT_EQ(program.errorsToTheEnd(), "");
+  EXPECT_EQ(program.waitForEnd(), 128 + SIGKILL);
+}
+
+TEST_F(Signals, LeaveWholeAnswerFilesAlone) {
+  fs::create_directory("out");
+  RunningProgram program(QUORL_JS_PATH,
+                         oddArguments({"-j1", "big", "hang", "--timeout=0", "--out-dir=out"}));
+  RunningProgram::waitForFile("hanging");
+  RunningProgram::waitForFile("out/big.records");
+  program.send(SIGTERM);
+  program.errorsToTheEnd();
+  EXPECT_EQ(program.waitForEnd(), 128 + SIGTERM);
+  std::set<std::string> names;
+  for (const auto& entry : fs::directory_iterator("out")) {
+    names.insert(entry.path().filename().string());
+  }
+  EXPECT_EQ(names, (std::set<std::string>{"big.records"}));
+}
+
+TEST_F(Signals, ThatWereIgnoredBeforeStayIgnored) {
+  RunningProgram program("/bin/sh", {"-c", "trap '' HUP; exec \"$@\"", "sh", QUORL_JS_PATH,
+                                     "--plugin", ODD_PLUGIN_PATH, "hang", "--timeout=1"});
+  RunningProgram::waitForFile("hanging");
+  program.send(SIGHUP);
+  EXPECT_EQ(program.errorsToTheEnd(), std::string("quorl-js: hang: ") + kTimedOut + "\n");
+  EXPECT_EQ(program.waitForEnd(), 1);
+}
+
+TEST_F(Signals, OfEndingChildrenMayBeIgnoredBefore) {
+  EXPECT_EQ(host_test::runProgram("/bin/sh", {"-c", "trap '' CHLD; exec \"$@\"", "sh",
+                                              QUORL_JS_PATH, "--plugin", ODD_PLUGIN_PATH, "crash"}),
+            (Outcome{1, errorAnswer("crash: " + kKilled), "quorl-js: crash: " + kKilled + "\n"}));
+}
+
+TEST_F(Signals, AreNotNeededWhenTheReaderHasGone) {
+  RunningProgram program(QUORL_JS_PATH, oddArguments({"hang", "--timeout=0"}));
+  RunningProgram::waitForFile("hanging");
+  program.leaveStandardOutput();
+  EXPECT_EQ(program.errorsToTheEnd(), "quorl-js: standard output: Broken pipe\n");
+  EXPECT_EQ(program.waitForEnd(), 2);
+}
+
+// ---- What counts as a failure
+
+using Strictness = Workers;
+
+TEST_F(Strictness, MakesAFailureOfWhatIsOnlyTold) {
+  fs::create_directories("tree");
+  ASSERT_EQ(::mkfifo("tree/pipe", 0600), 0);
+  writeFile("tree/a", "x");
+  writeFile("empty", "");
+  const std::string skipped = "quorl-js: tree/pipe: not a regular file, skipped\n";
+  EXPECT_EQ(runOdd({"--recursive", "tree"}), (Outcome{0, answerTo("tree/a"), skipped}));
+  EXPECT_EQ(runOdd({"--recursive", "tree", "--strict"}), (Outcome{1, answerTo("tree/a"), skipped}));
+  EXPECT_EQ(runOdd({"--recursive", "tree", "--strict", "-q"}),
+            (Outcome{1, answerTo("tree/a"), ""}));
+  EXPECT_EQ(runOdd({"--files-from=empty"}), (Outcome{0, "", ""}));
+  EXPECT_EQ(runOdd({"--files-from=empty", "--strict"}),
+            (Outcome{1, "", "quorl-js: nothing to read\n"}));
+  EXPECT_EQ(runOdd({"crash-once", "--strict"}).status, 1);
+  EXPECT_EQ(runOdd({"crash-once", "--strict"}), (Outcome{0, answerTo("crash-once"), ""}));
+}
+
+TEST_F(Strictness, IsNotChangedByQuiet) {
+  EXPECT_EQ(runOdd({"a", "error", "no-memory", "--quiet"}),
+            (Outcome{1, answerTo("a") + R"([{"error": "it\'s \"odd\": x"}])", ""}));
+  EXPECT_EQ(runOdd({"warning", "--quiet"}), (Outcome{0, answerTo("warning"), ""}));
+  EXPECT_EQ(runOdd({"a", "--quiet", "--files-from=gone"}),
+            (Outcome{2, "", "quorl-js: list gone: No such file or directory\n"}));
+}
+
+// ---- What a person sees
+
+TEST_F(ProgressLine, NamesTheFileAtHandOnATerminal) {
+  RunningProgram program(QUORL_JS_PATH, oddArguments({"a", "hang\x1b[2J\n", "b", "--timeout=1"}),
+                         RunningProgram::StandardError::kTerminal);
+  const std::string seen = program.errorsToTheEnd();
+  EXPECT_EQ(program.outputToTheEnd(),
+            answerTo("a") + errorAnswer("hang\\\\x1b[2J\\\\x0a: " + std::string(kTimedOut)) +
+                answerTo("b"));
+  EXPECT_EQ(program.waitForEnd(), 1);
+  EXPECT_NE(seen.find("\r\x1b[K1/3: hang\\x1b[2J\\n"), std::string::npos) << seen;
+  const std::string told = "\r\x1b[Kquorl-js: hang\\x1b[2J\\x0a: " + std::string(kTimedOut);
+  EXPECT_NE(seen.find(told), std::string::npos) << seen;  // the line is gone before
+  EXPECT_EQ(seen.find("\x1b[2J"), std::string::npos) << seen;
+}
+
+TEST_F(ProgressLine, IsNotThereWhenItIsNotWanted) {
+  const std::string told = std::string("quorl-js: hang: ") + kTimedOut + "\r\n";
+  struct Row {
+    std::string option;
+    std::string seen;
+  };
+  for (const Row& row : {Row{"--no-progress", told}, Row{"--quiet", ""}, Row{"-q", ""}}) {
+    RunningProgram program(QUORL_JS_PATH, oddArguments({"hang", "--timeout=1", row.option}),
+                           RunningProgram::StandardError::kTerminal);
+    EXPECT_EQ(program.errorsToTheEnd(), row.seen);
+    EXPECT_EQ(program.waitForEnd(), 1);
+  }
+}
+
+TEST_F(ProgressLine, LeavesNothingBehindWhenTheRunIsEnded) {
+  RunningProgram program(QUORL_JS_PATH, oddArguments({"hang", "--timeout=0"}),
+                         RunningProgram::StandardError::kTerminal);
+  EXPECT_EQ(program.readErrorsUpTo("0/1: hang"), "\r\x1b[K0/1: hang");
+  program.send(SIGINT);
+  const std::string rest = program.errorsToTheEnd();
+  EXPECT_EQ(rest.substr(rest.size() - 4), "\r\x1b[K");
+  EXPECT_EQ(program.waitForEnd(), 128 + SIGINT);
+}
+
+// A tree of a file is coloured as asked for, whatever the environment says.
+TEST_F(ProgressLine, IsTheOnlyThingThatATerminalChanges) {
+  writeFile("a.js", "let a = 1;\n");
+  const Outcome plain = run({"a.js", "--format=tree"});
+  EXPECT_EQ(plain.out.find('\x1b'), std::string::npos);
+  const Outcome coloured = run({"a.js", "--format=tree", "--color=always"});
+  EXPECT_NE(coloured.out.find('\x1b'), std::string::npos);
+  EXPECT_EQ(run({"a.js", "--format=tree", "--color=never"}), plain);
+  ::setenv("NO_COLOR", "1", 1);
+  EXPECT_EQ(run({"a.js", "--format=tree", "--color=always"}), coloured);
+  ::unsetenv("NO_COLOR");
+}
+
+}  // namespace
