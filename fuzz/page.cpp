@@ -1,7 +1,7 @@
 // Pages, and the page parser against the plain reading of its rules.
 #include "harness.h"
 #include "html/html_structure.h"
-#include "reference/page_structure.h"
+#include "reference/plain_page.h"
 #include "route_run.h"
 #include "run_nodes.h"
 #include "support/make_tree.h"
@@ -25,7 +25,9 @@ void testPage(std::string_view input) {
   require(text::isPagePath(run.path), "the name is a page's");
 
   ObjectBranch* const fast = newTop(run.path);
-  const Printed printed = printedBy([&] { html::parseStructure(run.cleaned, fast, run.path, 0); });
+  detect::AnswerTable answers(0);
+  const Printed printed =
+      printedBy([&] { html::parseStructure(run.cleaned, fast, run.path, 0, answers); });
   ObjectBranch* const plain = newTop(run.path);
   const int strayTags = reference::parsePage(run.cleaned, plain, run.path, 0);
   require(support::treeDifference(fast, plain).empty(), "the page reads as its rules do");
