@@ -115,10 +115,12 @@ bool isFitAnswer(const Answer& answer, const CaseFile& file, const std::vector<R
 }
 
 // Whether a run did so in which a request failed and no later one of that source was granted. The
-// answer itself is a request to malloc: without any, an error text cannot be had either.
+// answer itself is a request to malloc: without any, an error text can only be had in the memory of
+// an earlier answer.
 bool isFitLastAnswer(const Answer& answer, const CaseFile& file, Source source) {
   if (source == Source::kNew) return isError(answer, file);
-  return !answer || (source == Source::kMalloc && *answer == file.records);
+  return !answer || isError(answer, file) ||
+         (source == Source::kMalloc && *answer == file.records);
 }
 
 std::size_t failAll(Source source) {
