@@ -68,9 +68,8 @@ NodeSweep::~NodeSweep() {
   sweep = nullptr;
   for (void* block : blocks_) {
     auto* const node = static_cast<ObjectBranch*>(block);
-    if (allAllocatedNodes.count(node) > 0) delete node;
+    if (allAllocatedNodes.erase(node) > 0) delete node;
   }
-  allAllocatedNodes.clear();
 }
 
 bool NodeSweep::isAlive(const ObjectBranch* node) const {
@@ -88,7 +87,7 @@ void NodeSweep::note(void* block, std::size_t bytes) {
 
 void NodeSweep::forget(void* block) noexcept {
   NodeSweep* const self = std::exchange(sweep, nullptr);
-  blocks_.erase(block);
+  if (blocks_.erase(block) > 0) allAllocatedNodes.erase(static_cast<ObjectBranch*>(block));
   sweep = self;
 }
 

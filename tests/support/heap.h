@@ -44,7 +44,7 @@ class ReleaseWatch {
 };
 
 // While it lives, notes which nodes are made, and at its end destroys those that are left, which no
-// run does: so a test can go through runs by the ten thousand. The registry of nodes is then empty.
+// run does: so a test can go through runs by the ten thousand. The registry forgets these nodes.
 class NodeSweep {
  public:
   NodeSweep();
