@@ -383,6 +383,34 @@ TEST_F(Signals, EndTheRunAndItsWorkers) {
   }
 }
 
+// The program waits for the reader when the signal comes.
+TEST_F(Signals, EndARunWhoseOutputNobodyTakes) {
+  RunningProgram program(QUORL_JS_PATH, oddArguments({"-j1", "big", "hang", "--timeout=0"}));
+  RunningProgram::waitForFile("hanging");
+  program.send(SIGTERM);
+  EXPECT_EQ(program.errorsToTheEnd(), "");
+  EXPECT_EQ(program.waitForEnd(), 128 + SIGTERM);
+}
+
+TEST_F(Signals, LeaveNoHalfAnswerFile) {
+  fs::create_directory("out");
+  Words arguments = oddArguments({"--out-dir=out"});
+  for (int number = 0; number < 500; ++number) {
+    arguments.push_back(number % 2 == 0 ? "big" : std::to_string(number));
+  }
+  for (int round = 0; round < 10; ++round) {
+    RunningProgram program(QUORL_JS_PATH, arguments);
+    RunningProgram::waitForFile("out/" + std::to_string(round * 4 + 1) + ".records");
+    program.send(SIGINT);
+    EXPECT_EQ(program.errorsToTheEnd(), "");
+    EXPECT_EQ(program.waitForEnd(), 128 + SIGINT);
+    for (const auto& entry : fs::directory_iterator("out")) {
+      EXPECT_NE(entry.path().filename().string()[0], '.') << entry.path();
+      fs::remove(entry.path());
+    }
+  }
+}
+
 TEST_F(Signals, ThatNobodyCanCatchLeaveNoWorkerBehind) {
 #ifndef __linux__
   GTEST_SKIP() << "a worker that hangs is left to its time limit here";
