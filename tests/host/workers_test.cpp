@@ -194,6 +194,16 @@ TEST_F(BadFiles, HaveAnswerFilesToo) {
   EXPECT_EQ(contentsOf("out/a.records"), answerTo("a"));
 }
 
+TEST_F(BadFiles, AreThoseWhoseAnswerIsNoneToo) {
+  const std::string fault = "the answer leaves the record format in record 0, near byte 2 of 7";
+  for (const char* format : {"--format=json", "--format=ndjson", "--format=tree"}) {
+    const Outcome outcome = runOdd({"a", "no-records", format});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.err, "quorl-js: a: " + fault + "\n");
+    EXPECT_NE(outcome.out.find("unreadable"), std::string::npos) << outcome;
+  }
+}
+
 // Each failure that the run counts has its place among the files, what is passed over has none.
 TEST_F(BadFiles, AreCountedInTheHeader) {
   fs::create_directories("tree/locked");
