@@ -225,7 +225,7 @@ TEST(TrimAndReduceView, CopiesOnlyWhatHasToChange) {
     std::string scratch = "before";
     const std::string_view reduced = text::trimAndReduceView(original, scratch);
     ASSERT_EQ(reduced.data() == scratch.data(), changes) << testing::PrintToString(original);
-    if (!changes) ASSERT_EQ(scratch, "before") << testing::PrintToString(original);
+    ASSERT_EQ(scratch == "before", !changes) << testing::PrintToString(original);
   }
 }
 
