@@ -74,9 +74,9 @@ class CommentStripper {
     char* const to = text_.data() + out_;
     const char* const from = text_.data() + in_;
     const std::size_t size = end - in_;
-    // Most runs are short. A whole block may be written where what follows it is written later, and
-    // nothing behind the run is changed before it was read.
-    if (size <= text::kBlockBytes && from - to >= std::ptrdiff_t{text::kBlockBytes} &&
+    // Most runs are short. A whole block may be written where it ends before the byte that stands
+    // before the run, which may still be asked for; what is too much is written over later.
+    if (size <= text::kBlockBytes && from - to > std::ptrdiff_t{text::kBlockBytes} &&
         in_ + text::kBlockBytes <= size_) {
       std::memcpy(to, from, text::kBlockBytes);
     } else if (from != to) {
