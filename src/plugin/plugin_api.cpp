@@ -43,8 +43,8 @@ records::RecordText emptyAnswer() {
 }
 
 // Needs memory for the answer alone, so that a run which is out of it can often still say so.
-records::RecordText errorAnswer(std::string_view what, std::string_view detail,
-                                records::RecordText answer) {
+records::RecordText errorAnswer(std::string_view what, std::string_view detail) {
+  records::RecordText answer = emptyAnswer();
   answer.append("[{\"error\": \"");
   answer.append(what);
   records::appendEscaped(answer, detail);
@@ -67,8 +67,8 @@ std::vector<std::string> splitDefines(const char* defines) {
 // The answer for one file. root receives the run's root as soon as there is one.
 records::RecordText parseFile(const std::string& path, const char* defines, ObjectBranch*& root) {
   std::optional<std::string> text = plugin::readSourceFile(path);
-  if (!text) return errorAnswer("Could not open file: ", path, emptyAnswer());
-  if (text->empty()) return errorAnswer("File is empty: ", path, emptyAnswer());
+  if (!text) return errorAnswer("Could not open file: ", path);
+  if (text->empty()) return errorAnswer("File is empty: ", path);
   root = tree::makeNode();
   std::vector<std::string> names = splitDefines(defines);
   // required: the host's names are no names that conditions know.
@@ -87,7 +87,7 @@ records::RecordText failureAnswer(ObjectBranch* root, std::string_view what,
   } catch (const std::bad_alloc&) {
     // Without memory even for that, the tree stays as it is: nothing refers to it any more.
   }
-  return errorAnswer(what, detail, emptyAnswer());
+  return errorAnswer(what, detail);
 }
 
 void setAnswer(records::RecordText answer) {

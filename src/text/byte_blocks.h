@@ -3,12 +3,11 @@
 //
 // A test is a function from Bytes to a Mask, such as
 //   [](Bytes bytes) { return bytes.are('"') | bytes.are('\n'); }
-// It looks at each byte alone and is not true of a space, which stands in for what is beyond a text
-// that ends inside a block.
+// It looks at each byte alone and is not true of a space, which stands in for what is missing of a
+// text that is shorter than a block.
 #pragma once
 
 #include <array>
-#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -39,19 +38,7 @@ class Bytes {
   Vector bytes_;
 };
 
-// The index of the first byte for which the mask is true, kBlockBytes if there is none.
-inline std::size_t firstOf(Bytes::Mask mask) {
-  std::array<std::uint64_t, 2> halves;
-  std::memcpy(halves.data(), &mask, kBlockBytes);
-  const auto zeroBytes = [](std::uint64_t half) {
-    return static_cast<std::size_t>(std::endian::native == std::endian::little
-                                        ? std::countr_zero(half)
-                                        : std::countl_zero(half)) /
-           8;
-  };
-  return halves[0] != 0 ? zeroBytes(halves[0]) : zeroBytes(halves[1]) + kBlockBytes / 2;
-}
-
+// Whether the mask is true of any byte.
 inline bool isAny(Bytes::Mask mask) {
   std::array<std::uint64_t, 2> halves;
   std::memcpy(halves.data(), &mask, kBlockBytes);
@@ -70,19 +57,6 @@ class PaddedBlock {
  private:
   std::array<char, kBlockBytes> bytes_;
 };
-
-// The first offset from from on whose byte passes the test, and the text's size if there is none.
-template <typename Test>
-std::size_t findByte(std::string_view text, std::size_t from, Test test) {
-  for (; from + kBlockBytes <= text.size(); from += kBlockBytes) {
-    const std::size_t index = firstOf(test(Bytes(text.data() + from)));
-    if (index < kBlockBytes) return from + index;
-  }
-  if (from >= text.size()) return text.size();
-  const PaddedBlock rest(text.substr(from));
-  const std::size_t index = firstOf(test(Bytes(rest.data())));
-  return index < kBlockBytes ? from + index : text.size();
-}
 
 // Whether a byte of the text passes the test.
 template <typename Test>

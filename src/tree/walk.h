@@ -11,8 +11,10 @@ namespace tree {
 
 enum class Descend { kYes, kNo };
 
-// Starts to fetch what a visit will read first. A tree is far larger than the caches.
+// Starts to fetch what a visit will read first, if there is a node. A tree is far larger than the
+// caches.
 inline void prefetch(const ObjectBranch* node) {
+  if (node == nullptr) return;
   const char* const bytes = reinterpret_cast<const char*>(node);
   __builtin_prefetch(bytes);
   __builtin_prefetch(bytes + 64);

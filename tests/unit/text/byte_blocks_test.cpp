@@ -23,28 +23,10 @@ TEST(ByteBlocks, FindAByteWhereverItStands) {
   for (std::size_t size = 0; size <= kMaxBytes; ++size) {
     std::string text(size, 'a');
     EXPECT_FALSE(text::holdsByte(text, isQuote)) << size;
-    for (std::size_t from = 0; from <= size; ++from)
-      EXPECT_EQ(text::findByte(text, from, isQuote), size) << from;
     for (std::size_t place = 0; place < size; ++place) {
       text[place] = place % 2 == 0 ? '"' : '\xFF';
       EXPECT_TRUE(text::holdsByte(text, isQuote)) << place << " of " << size;
-      for (std::size_t from = 0; from <= size; ++from) {
-        EXPECT_EQ(text::findByte(text, from, isQuote), from <= place ? place : size)
-            << place << " of " << size << " from " << from;
-      }
       text[place] = 'a';
-    }
-  }
-}
-
-TEST(ByteBlocks, FindTheFirstOfTwo) {
-  const auto isComma = [](Bytes bytes) { return bytes.are(','); };
-  for (std::size_t first = 0; first < kMaxBytes; ++first) {
-    for (std::size_t second = first + 1; second < kMaxBytes; ++second) {
-      std::string text(kMaxBytes, 'a');
-      text[first] = text[second] = ',';
-      EXPECT_EQ(text::findByte(text, 0, isComma), first);
-      EXPECT_EQ(text::findByte(text, first + 1, isComma), second);
     }
   }
 }
