@@ -152,31 +152,32 @@ ObjectBranch* makeScope(ObjectBranch* root, const Text& text, std::string title)
   return builder::addScope(scope, kBranchClass, "class", std::move(title), {}, text.path);
 }
 
-using Build = void (*)(const Text&, ObjectBranch* root);
+using Build = void (*)(const Text&, ObjectBranch* root, detect::AnswerTable&);
 
-void buildScript(const Text& text, ObjectBranch* root) {
-  builder::parseScriptFile(text.cleaned, root, text.path);
+void buildScript(const Text& text, ObjectBranch* root, detect::AnswerTable& answers) {
+  builder::parseScriptFile(text.cleaned, root, text.path, answers);
 }
 
-void buildPage(const Text& text, ObjectBranch* root) {
-  html::parseStructure(text.cleaned, makeScope(root, text, "HTMLDocument"), text.path, 0);
+void buildPage(const Text& text, ObjectBranch* root, detect::AnswerTable& answers) {
+  html::parseStructure(text.cleaned, makeScope(root, text, "HTMLDocument"), text.path, 0, answers);
 }
 
-void scan(const Text& text, ObjectBranch* root) {
+void scan(const Text& text, ObjectBranch* root, detect::AnswerTable&) {
   std::string scanned;
   ObjectBranch* const scope = makeScope(root, text, "class GlobalScope");
   builder::scanCharacters(text.cleaned, root, scope, true, scanned);
 }
 
-void buildOther(const Text& text, ObjectBranch* root) {
-  scan(text, root);
-  GenerateInlineFunctions(root, true);
+void buildOther(const Text& text, ObjectBranch* root, detect::AnswerTable& answers) {
+  scan(text, root, answers);
+  refine::generateInlineFunctions(root, answers);
 }
 
 Step building(Build build) {
   return [build](Sample& sample, const Text& text) {
     ObjectBranch* const root = makeRoot(text);
-    addTime(sample, [&] { build(text, root); });
+    detect::AnswerTable answers(currentIndex);
+    addTime(sample, [&] { build(text, root, answers); });
     sample.nodes = currentIndex;
   };
 }
@@ -185,24 +186,26 @@ template <typename Pass>
 Step passing(Build before, Pass pass) {
   return [before, pass](Sample& sample, const Text& text) {
     ObjectBranch* const root = makeRoot(text);
-    before(text, root);
+    detect::AnswerTable answers(currentIndex);
+    before(text, root, answers);
     addTime(sample, [&] { pass(root); });
     sample.nodes = currentIndex;
   };
 }
 
-Step recording(Build before) {
-  return [before](Sample& sample, const Text& text) {
+// As a run does it, with the tidying on the way.
+Step recording(Build before, bool removesBraceOnlyNodes) {
+  return [before, removesBraceOnlyNodes](Sample& sample, const Text& text) {
     ObjectBranch* const root = makeRoot(text);
-    before(text, root);
-    ExpandClassnames(root);
-    refine::appendAllDefines(root, {});
+    detect::AnswerTable answers(currentIndex);
+    before(text, root, answers);
+    const refine::TreeTidier tidier(refine::appendAllDefines(root, {}), removesBraceOnlyNodes);
     records::MallocText answer;
     std::size_t size = 0;
     addTime(sample, [&] {
-      records::RecordText records = records::generate(root);
+      records::RecordText records = records::generate(root, answers, tidier);
       size = records.view().size();
-      answer = std::move(records).take();
+      answer = std::move(records).take().text;
     });
     sample.recordBytes = static_cast<double>(size);
     sample.nodes = currentIndex;
@@ -253,9 +256,9 @@ std::vector<Kernel> kernels() {
       {"class-nodes", other, passing(buildOther, ExpandClassnames)},
       {"brace-nodes", script, passing(buildScript, RemoveBraceOnlyNodes)},
       {"brace-nodes", page, passing(buildPage, RemoveBraceOnlyNodes)},
-      {"records", script, recording(buildScript)},
-      {"records", page, recording(buildPage)},
-      {"records", other, recording(buildOther)},
+      {"records", script, recording(buildScript, true)},
+      {"records", page, recording(buildPage, true)},
+      {"records", other, recording(buildOther, false)},
   };
 }
 

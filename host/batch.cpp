@@ -81,7 +81,7 @@ class Batch {
     report.path = input.path;
     report.status = result.status;
     report.message = result.message;
-    result.text = textFor(report, task_);
+    appendText(report, task_, result.text);
     return result;
   }
 

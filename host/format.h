@@ -21,13 +21,14 @@ struct FormatSettings {
   std::string_view onlyLabels = {};       // separated by commas; empty for all
 };
 
-// Each function appends to out. A file's bytes depend on its report and the settings only, so that
+// Each function appends to out; that for a file gives what is wrong with an answer that leaves the
+// record format, or nothing. A file's bytes depend on its report and the settings only, so that
 // workers may write files in any order and their texts are joined in input order, with separator
 // between each two.
 struct Format {
   std::string_view name;
   void (*begin)(const FormatSettings& settings, std::string& out);
-  void (*file)(const FileReport& report, const FormatSettings& settings, std::string& out);
+  std::string (*file)(const FileReport& report, const FormatSettings& settings, std::string& out);
   void (*end)(const FormatSettings& settings, std::string& out);
   std::string_view separator;
 };

@@ -7,15 +7,19 @@
 
 namespace host {
 
-void writeRawFile(const FileReport& report, const FormatSettings& settings, std::string& out);
+std::string writeRawFile(const FileReport& report, const FormatSettings& settings,
+                         std::string& out);
 
 void beginJson(const FormatSettings& settings, std::string& out);
-void writeJsonFile(const FileReport& report, const FormatSettings& settings, std::string& out);
+std::string writeJsonFile(const FileReport& report, const FormatSettings& settings,
+                          std::string& out);
 void endJson(const FormatSettings& settings, std::string& out);
 
 void beginNdjson(const FormatSettings& settings, std::string& out);
-void writeNdjsonFile(const FileReport& report, const FormatSettings& settings, std::string& out);
+std::string writeNdjsonFile(const FileReport& report, const FormatSettings& settings,
+                            std::string& out);
 
-void writeTreeFile(const FileReport& report, const FormatSettings& settings, std::string& out);
+std::string writeTreeFile(const FileReport& report, const FormatSettings& settings,
+                          std::string& out);
 
 }  // namespace host

@@ -120,7 +120,8 @@ void beginJson(const FormatSettings& /*settings*/, std::string& out) {
   out += ",\"files\":[\n";
 }
 
-void writeJsonFile(const FileReport& report, const FormatSettings& /*settings*/, std::string& out) {
+std::string writeJsonFile(const FileReport& report, const FormatSettings& /*settings*/,
+                          std::string& out) {
   const std::size_t start = out.size();
   const std::string fault =
       appendJsonFile(out, report, {statusWord(report.status), report.message});
@@ -128,6 +129,7 @@ void writeJsonFile(const FileReport& report, const FormatSettings& /*settings*/,
     out.resize(start);
     appendJsonFile(out, report, {kUnreadableWord, fault});
   }
+  return fault;
 }
 
 void endJson(const FormatSettings& /*settings*/, std::string& out) { out += "\n]}\n"; }
@@ -144,8 +146,8 @@ void beginNdjson(const FormatSettings& settings, std::string& out) {
   appendNdjsonHeader(out, QUORL_VERSION, settings.fileCount);
 }
 
-void writeNdjsonFile(const FileReport& report, const FormatSettings& /*settings*/,
-                     std::string& out) {
+std::string writeNdjsonFile(const FileReport& report, const FormatSettings& /*settings*/,
+                            std::string& out) {
   Outcome outcome{statusWord(report.status), report.message};
   RecordReader reader(report.answer);
   if (report.status == FileStatus::kAnswered) {
@@ -167,6 +169,7 @@ void writeNdjsonFile(const FileReport& report, const FormatSettings& /*settings*
   out += ",\"recordCount\":";
   appendNumber(out, reader.recordCount());
   out += "}\n";
+  return reader.fault();
 }
 
 }  // namespace host

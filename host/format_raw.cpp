@@ -31,7 +31,8 @@ void appendEscaped(std::string& out, std::string_view text) {
 
 }  // namespace
 
-void writeRawFile(const FileReport& report, const FormatSettings& /*settings*/, std::string& out) {
+std::string writeRawFile(const FileReport& report, const FormatSettings& /*settings*/,
+                         std::string& out) {
   const bool isLost =
       report.status != FileStatus::kAnswered && report.status != FileStatus::kFailed;
   if (!isLost || !report.answer.empty()) {
@@ -41,6 +42,7 @@ void writeRawFile(const FileReport& report, const FormatSettings& /*settings*/, 
     appendEscaped(out, report.message);
     out += "\"}]";
   }
+  return {};
 }
 
 }  // namespace host

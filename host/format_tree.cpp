@@ -168,10 +168,11 @@ void showProblem(std::string_view path, std::string_view status, std::string_vie
 
 }  // namespace
 
-void writeTreeFile(const FileReport& report, const FormatSettings& settings, std::string& out) {
+std::string writeTreeFile(const FileReport& report, const FormatSettings& settings,
+                          std::string& out) {
   if (report.status != FileStatus::kAnswered) {
     showProblem(report.path, statusWord(report.status), report.message, settings, out);
-    return;
+    return {};
   }
   showHeading(report.path, settings, out);
   RecordReader reader(report.answer);
@@ -185,6 +186,7 @@ void writeTreeFile(const FileReport& report, const FormatSettings& settings, std
   if (!reader.fault().empty()) {
     showProblem(report.path, kUnreadableWord, reader.fault(), settings, out);
   }
+  return reader.fault();
 }
 
 }  // namespace host

@@ -110,8 +110,12 @@ class Worker {
     if (mayBeRead(input.path, report, frame)) ask(report, frame);
     report.message = frame.message;
     frame.status = report.status;
-    frame.text = textFor(report, task_);
+    const std::string fault = appendText(report, task_, frame.text);
     limitTime(kNoLimit);
+    if (!fault.empty()) {
+      frame.status = FileStatus::kFailed;
+      frame.message = onOneLine(input.path + ": " + fault);
+    }
     const std::uint64_t grownBy = peakMemory() - memoryAtStart_;
     const std::uint64_t halfOfLimit = task_.limits.memory / 2;
     isWornOut_ = files_ >= kMaxFiles || grownBy >= kMaxMemoryKept ||
@@ -188,20 +192,16 @@ void answerRequests(Worker& worker, int requests) {
 
 }  // namespace
 
-std::string textFor(const FileReport& report, const WorkerTask& task) {
-  std::string text;
-  if (!task.wholeDocuments) {
-    task.format->file(report, task.settings, text);
-    return text;
-  }
+std::string appendText(const FileReport& report, const WorkerTask& task, std::string& out) {
+  if (!task.wholeDocuments) return task.format->file(report, task.settings, out);
   FormatSettings settings = task.settings;
   settings.fileCount = 1;
   FileReport alone = report;
   alone.index = 0;
-  task.format->begin(settings, text);
-  task.format->file(alone, settings, text);
-  task.format->end(settings, text);
-  return text;
+  task.format->begin(settings, out);
+  std::string fault = task.format->file(alone, settings, out);
+  task.format->end(settings, out);
+  return fault;
 }
 
 void work(const WorkerTask& task, int requests, int results) {

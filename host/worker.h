@@ -35,8 +35,9 @@ enum WorkerExit : int {
   kWorkerLostDiagnostics = 92,
 };
 
-// The text for the output. Parents make those of files that no worker came to answer.
-std::string textFor(const FileReport& report, const WorkerTask& task);
+// Appends the text for the output. Parents make those of files that no worker came to answer. Gives
+// what is wrong with an answer that leaves the record format, or nothing.
+std::string appendText(const FileReport& report, const WorkerTask& task, std::string& out);
 
 // Reads requests, each the index of an input, until their end, and answers each with a frame.
 [[noreturn]] void work(const WorkerTask& task, int requests, int results);

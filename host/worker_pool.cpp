@@ -257,7 +257,7 @@ void WorkerPool::fail(std::uint64_t index, FileStatus status, const std::string&
   report.path = input.path;
   report.status = status;
   report.message = result.message;
-  result.text = textFor(report, task_);
+  appendText(report, task_, result.text);
   finishedBytes_ += bytesOf(result);
   finished_.emplace(index, std::move(result));
 }

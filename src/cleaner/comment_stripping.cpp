@@ -13,6 +13,7 @@
 #include <utility>
 
 #include "cleaner/cleaner.h"
+#include "text/byte_blocks.h"
 #include "text/byte_set.h"
 
 namespace cleaner {
@@ -70,8 +71,18 @@ class CommentStripper {
 
   void copyUpTo(std::size_t end) {
     leaveBehind(end);
-    std::memmove(text_.data() + out_, text_.data() + in_, end - in_);
-    out_ += end - in_;
+    char* const to = text_.data() + out_;
+    const char* const from = text_.data() + in_;
+    const std::size_t size = end - in_;
+    // Most runs are short. A whole block may be written where it ends before the byte that stands
+    // before the run, which may still be asked for; what is too much is written over later.
+    if (size <= text::kBlockBytes && from - to > std::ptrdiff_t{text::kBlockBytes} &&
+        in_ + text::kBlockBytes <= size_) {
+      std::memcpy(to, from, text::kBlockBytes);
+    } else if (from != to) {
+      std::memmove(to, from, size);
+    }
+    out_ += size;
     in_ = end;
   }
 

@@ -121,14 +121,21 @@ bool isDeclarationKeyword(const text::Part& part) {
 
 // The index of the first part that assigns, or nothing.
 std::optional<std::size_t> findAssignment(const Statement& statement) {
-  if (!text::contains(statement.text(), "=")) return std::nullopt;
   for (std::size_t i = 0; const text::Part* part = statement.part(i); ++i) {
     if (isAssignment(*part)) return i;
   }
   return std::nullopt;
 }
 
+// A cheap look, as above: without a "=" only a leading keyword makes a variable.
+bool mayDeclareVariable(std::string_view text) {
+  const std::string_view code = text::ltrimView(text);
+  return code.starts_with("const") || code.starts_with("let") || code.starts_with("var") ||
+         text::contains(code, "=");
+}
+
 bool declaresVariable(const Statement& statement) {
+  if (!mayDeclareVariable(statement.text())) return false;
   const text::Part* const first = statement.part(0);
   if (first == nullptr) return false;
   if (isDeclarationKeyword(*first)) return statement.part(1) != nullptr;
@@ -168,7 +175,9 @@ bool isVariable(const Statement& statement) {
                           [&statement] { return declaresVariable(statement); });
 }
 
-bool isReturn(const Statement& statement) { return statement.partIs(0, "return"); }
+bool isReturn(const Statement& statement) {
+  return text::ltrimView(statement.text()).starts_with("return") && statement.partIs(0, "return");
+}
 
 bool isClass(const Statement& statement) { return statement.firstWord() == "class"; }
 

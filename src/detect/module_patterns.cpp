@@ -32,6 +32,8 @@ bool isImport(const Statement& statement) {
 }
 
 bool isInvokedFunction(const Statement& statement) {
+  // Worth a look before the text is split.
+  if (!text::ltrimView(statement.text()).starts_with('(')) return false;
   if (!statement.partIs(0, "(") || statement.part(2) == nullptr) return false;
   return statement.partIs(1, "function") || statement.partIs(1, "async") ||
          (statement.partIs(1, "(") && statement.partIs(2, ")"));

@@ -42,19 +42,21 @@ std::string_view attributeValue(std::string_view text) {
 }
 
 // The quoted value directly behind the name, which ends in "=".
-std::optional<std::string_view> quotedValueBehind(std::string_view tagText, std::string_view name) {
-  const std::size_t hit = tagText.find(name);
+std::optional<std::string_view> quotedValueBehind(std::string_view tagText,
+                                                  const text::Needle& name) {
+  const std::size_t hit = name.find(tagText);
   if (hit == kNone) return std::nullopt;
-  return quotedValue(tagText.substr(hit + name.size()));
+  return quotedValue(tagText.substr(hit + name.text().size()));
 }
 
 }  // namespace
 
 std::string_view hrefValue(std::string_view tagText) {
-  constexpr std::string_view kName = "href=";
-  const std::size_t hit = tagText.find(kName);
-  if (hit != kNone) return attributeValue(tagText.substr(hit + kName.size()));
-  const std::size_t spaced = tagText.find("href ");
+  constexpr text::Needle kName = "href=";
+  constexpr text::Needle kSpacedName = "href ";
+  const std::size_t hit = kName.find(tagText);
+  if (hit != kNone) return attributeValue(tagText.substr(hit + kName.text().size()));
+  const std::size_t spaced = kSpacedName.find(tagText);
   if (spaced == kNone) return {};
   // required: whatever stands between the word and the sign.
   const std::size_t sign = tagText.find('=', spaced);
@@ -62,9 +64,10 @@ std::string_view hrefValue(std::string_view tagText) {
 }
 
 std::string_view srcValue(std::string_view tagText) {
-  constexpr std::string_view kName = "src=";
-  const std::size_t hit = tagText.find(kName);
-  return hit == kNone ? std::string_view{} : attributeValue(tagText.substr(hit + kName.size()));
+  constexpr text::Needle kName = "src=";
+  const std::size_t hit = kName.find(tagText);
+  return hit == kNone ? std::string_view{}
+                      : attributeValue(tagText.substr(hit + kName.text().size()));
 }
 
 std::string elementIdentifier(std::string_view tagText) {

@@ -121,7 +121,7 @@ void appendRecord(RecordText& out, const ObjectBranch& node, const Relatives& re
   to = put(to, ",\n    \"parentID\": ");
   to = putNumber(to, relatives.parentId);
   to = put(to, ",\n    \"fileID\": 0,\n    \"functionID\": ");
-  to = putNumber(to, node.functionID);
+  to = node.functionID == -1 ? put(to, "-1") : putNumber(to, node.functionID);
   to = put(to, ",\n    \"isCalled\": false,\n    \"branchTypeAsString\": \"");
   to = put(to, node.branchTypeAsString);
   to = put(to, "\",\n    \"filePath\": \"");

@@ -19,12 +19,21 @@ bool isBraceOnly(const ObjectBranch& node) {
 }
 
 void removeBraceOnlyChildren(ObjectBranch& node) {
-  std::erase_if(node.children, [](ObjectBranch* child) {
-    if (child == nullptr) return true;
-    if (!isBraceOnly(*child)) return false;
-    delete child;  // what hangs below it is lost to the run
-    return true;
-  });
+  constexpr std::size_t kAhead =
+      8;  // how many children ahead of the one at hand the next is fetched
+  std::vector<ObjectBranch*>& children = node.children;
+  std::size_t kept = 0;
+  for (std::size_t i = 0; i < children.size(); ++i) {
+    if (i + kAhead < children.size()) tree::prefetch(children[i + kAhead]);
+    ObjectBranch* const child = children[i];
+    if (child == nullptr) continue;
+    if (isBraceOnly(*child)) {
+      delete child;  // what hangs below it is lost to the run
+    } else {
+      children[kept++] = child;
+    }
+  }
+  children.resize(kept);
 }
 
 }  // namespace

@@ -27,35 +27,42 @@ class Needle {
 
   constexpr std::string_view text() const { return text_; }
 
-  bool isIn(std::string_view haystack) const {
-    if (text_.size() == 1) return haystack.find(text_[0]) != std::string_view::npos;
-    if (haystack.size() < text_.size()) return false;
-    const char* const end = haystack.data() + (haystack.size() - text_.size() + 1);
-    const char* from = haystack.data();  // where the needle may begin
+  bool isIn(std::string_view haystack) const { return find(haystack) != std::string_view::npos; }
+
+  // The offset of its first occurrence, npos if there is none.
+  std::size_t find(std::string_view haystack) const {
+    if (text_.size() == 1) return haystack.find(text_[0]);
+    if (haystack.size() < text_.size()) return std::string_view::npos;
+    const char* const begin = haystack.data();
+    const char* const end = begin + (haystack.size() - text_.size() + 1);
+    const char* from = begin;  // where the needle may begin
     // A block of beginnings at a time, as long as what is behind the last one is there as well.
     const std::size_t reach = anchor_ + 1 + kBlockBytes;
-    for (; from + reach <= haystack.data() + haystack.size(); from += kBlockBytes) {
+    for (; from + reach <= begin + haystack.size(); from += kBlockBytes) {
       const char* const anchors = from + anchor_;
-      if (isAny(Bytes(anchors).are(text_[anchor_]) & Bytes(anchors + 1).are(text_[anchor_ + 1])) &&
-          beginsIn(from, std::min(from + kBlockBytes, end))) {
-        return true;
-      }
+      if (!isAny(Bytes(anchors).are(text_[anchor_]) & Bytes(anchors + 1).are(text_[anchor_ + 1])))
+        continue;
+      const char* const last = std::min(from + kBlockBytes, end);
+      const char* const hit = findBeginning(from, last);
+      if (hit != last) return static_cast<std::size_t>(hit - begin);
     }
-    return from < end && beginsIn(from, end);
+    if (from >= end) return std::string_view::npos;
+    const char* const hit = findBeginning(from, end);
+    return hit == end ? std::string_view::npos : static_cast<std::size_t>(hit - begin);
   }
 
  private:
-  // Whether the needle stands at one of the places from from to end.
-  bool beginsIn(const char* from, const char* end) const {
+  // The first place from from on and before end where the needle begins, or end.
+  const char* findBeginning(const char* from, const char* end) const {
     while (from < end) {
       const void* const hit =
           std::memchr(from + anchor_, text_[anchor_], static_cast<std::size_t>(end - from));
-      if (hit == nullptr) return false;
+      if (hit == nullptr) return end;
       from = static_cast<const char*>(hit) - anchor_;
-      if (std::memcmp(from, text_.data(), text_.size()) == 0) return true;
+      if (std::memcmp(from, text_.data(), text_.size()) == 0) return from;
       ++from;
     }
-    return false;
+    return end;
   }
 
   static constexpr std::size_t rarity(char byte) {

@@ -9,9 +9,9 @@ whole_file_tests have to be built; the sources are not touched. A mutant is kill
 fails, crashes, or uses far more time, memory or disk than it does with the true source. What
 survives that is compiled once more under sanitizers, as the suite is run with them too.
 
-Standard output gets a line for each mutant that is not killed, and a table. Mutants that no test
-can kill are explained in explained.txt. The status is 0 if every survivor is explained there and
-less than 5 % of what could be killed survives.
+Standard output gets each mutant that is not killed, and a table. Mutants that no test can kill are
+explained in explained.txt; they count as survivors in the share of those killed. The status is 0
+if every survivor is explained, and every explanation is still about one.
 """
 import collections
 import concurrent.futures
@@ -33,7 +33,6 @@ import mutants
 FOLDERS = ("detect", "text", "cleaner", "refine", "records")
 KILLED, SURVIVED, EXPLAINED, SAME_CODE, BROKEN = OUTCOMES = (
     "killed", "survived", "explained", "same code", "not compiled")
-MAX_SURVIVORS = 0.05
 INCLUDE = re.compile(r'^#include "([^"]+)"', re.M)
 GIGABYTE = 1 << 30
 COMPILE_SECONDS = 300
@@ -173,8 +172,10 @@ class Runner:
                     if not self.compile(each, flags, folder, output):
                         return BROKEN
                     replaced[each.path] = output
-                    original = (self.project.build / each.path).read_bytes()
-                    differs = differs or output.read_bytes() != original
+                    # A test's object holds its own path, which a compiler cache may have changed.
+                    if each.source.startswith("src/") and not differs:
+                        original = self.project.build / each.path
+                        differs = output.read_bytes() != original.read_bytes()
                 if differs:
                     self.link(program, flags, replaced, mutant.path, folder)
                     if not self.passes(program, flags, folder):
@@ -276,7 +277,7 @@ def main():
     share = totals[KILLED] / max(could_be_killed, 1)
     print("\n%d of %d mutants in %d s: %.1f %% of %d killed" %
           (len(results), size, time.monotonic() - started, 100 * share, could_be_killed))
-    return 1 if totals[SURVIVED] or stale or 1 - share >= MAX_SURVIVORS else 0
+    return 1 if totals[SURVIVED] or stale else 0
 
 
 if __name__ == "__main__":

@@ -72,10 +72,12 @@ TEST(Needle, IsFoundWhereverItStands) {
         std::string text(size, ' ');
         text.replace(place, sought.size(), sought);
         EXPECT_TRUE(text::contains(text, needle)) << text;
+        EXPECT_EQ(needle.find(text), place) << text;
         for (std::size_t i = 0; i < sought.size(); ++i) {
           std::string changed = text;
           changed[place + i] = '~';
           EXPECT_FALSE(text::contains(changed, needle)) << changed;
+          EXPECT_EQ(needle.find(changed), std::string::npos) << changed;
         }
       }
     }
@@ -92,6 +94,7 @@ TEST(Needle, IsFoundBehindItsOwnBeginnings) {
     EXPECT_FALSE(text::contains(text, kNeedle)) << text;
     text += 'b';
     EXPECT_EQ(text::contains(text, kNeedle), size >= 2) << text;
+    EXPECT_EQ(kNeedle.find(text + "aab"), size >= 2 ? size - 2 : size + 1) << text;
   }
 }
 

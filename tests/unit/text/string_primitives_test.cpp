@@ -194,6 +194,18 @@ TEST(TrimAndReduce, IsTrimAfterTheConversion) {
   }
 }
 
+// The result is a slice of the text itself, unless something inside has to be collapsed.
+TEST(TrimAndReduceView, CopiesOnlyWhatHasToChange) {
+  for (const std::string& original : everyText("ab \t\f\n", 6)) {
+    const std::string trimmed = trim(original);
+    const bool changes = ConvertWhiteSpacesToSingleSpace(trimmed) != trimmed;
+    std::string scratch = "before";
+    const std::string_view reduced = text::trimAndReduceView(original, scratch);
+    ASSERT_EQ(reduced.data() == scratch.data(), changes) << testing::PrintToString(original);
+    ASSERT_EQ(scratch == "before", !changes) << testing::PrintToString(original);
+  }
+}
+
 TEST(FirstWord, Table) {
   constexpr TextCase kCases[] = {
       {"", ""},
