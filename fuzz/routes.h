@@ -25,13 +25,18 @@ struct Setting {
   bool isJavaScript = true;
   std::string_view namespaceName{};
   std::string_view className{};
+  std::string_view chunk{};  // what it holds before the run
+  bool isCleaned = true;     // the text is cleaned first, as a host's call does it
 };
-inline constexpr std::array<Setting, 6> kSettings{{{},
+inline constexpr std::array<Setting, 9> kSettings{{{},
                                                    {{"DEBUG", "RELEASE"}},
                                                    {{"DEBUG", "DEBUG", "while (class x) {"}},
                                                    {{"}"}, false},
                                                    {{}, true, "outer"},
-                                                   {{}, false, "", "Outer"}}};
+                                                   {{}, false, "", "Outer"},
+                                                   {{}, true, "", "", "class "},
+                                                   {{"A B"}, false, "N", "", "a\\"},
+                                                   {{}, true, "", "", "", false}}};
 
 struct Pick {
   std::string_view name;

@@ -1,7 +1,7 @@
-// One statement: its parts, and every question that is asked of a statement.
+// One statement: its parts, every question that is asked of a statement, and the primitives that
+// these stand on, held against the plain reading of their rules.
 #include <array>
 #include <cstddef>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -10,6 +10,9 @@
 #include "detect/module_patterns.h"
 #include "detect/statement.h"
 #include "harness.h"
+#include "reference/plain_detectors.h"
+#include "reference/plain_parts_list.h"
+#include "reference/plain_strings.h"
 #include "targets.h"
 #include "text/parts_list.h"
 #include "text/string_primitives.h"
@@ -17,56 +20,43 @@
 namespace fuzz {
 namespace {
 
-bool isBlank(std::string_view text) {
-  return text.find_first_not_of(" \t\n\v\f\r") == std::string_view::npos;
-}
-
 void testParts(const std::string& statement) {
-  std::vector<text::Part> parts;
-  text::splitIntoParts(statement, parts);
-  std::size_t end = 0;
-  for (const text::Part& part : parts) {
-    require(!part.slice.empty(), "no part is empty");
-    const auto begin = static_cast<std::size_t>(part.slice.data() - statement.data());
-    require(begin >= end && begin + part.slice.size() <= statement.size(),
-            "parts follow each other");
-    require(isBlank(std::string_view(statement).substr(end, begin - end)),
-            "only white space stands between parts");
-    const bool opensTwice = part.firstByte() == '\'' || part.firstByte() == '`';
-    require(part.opensTwice == opensTwice, "these quotes stand twice, and no others");
-    end = begin + part.slice.size();
-  }
-  const std::size_t limit = std::min(statement.find('\0'), statement.size());
-  require(end <= limit && isBlank(std::string_view(statement).substr(end, limit - end)),
-          "parts reach up to the first NUL");
-
   std::vector<std::string> list;
   PartsList(statement, list);
-  require(list.size() == parts.size(), "the list has the parts");
+  require(list == reference::partsList(statement), "the parts are those of the rules");
+
+  std::vector<text::Part> parts;
+  text::splitIntoParts(statement, parts);
+  require(parts.size() == list.size(), "as many slices as parts");
   for (std::size_t i = 0; i < list.size(); ++i) {
-    require(list[i] == parts[i].str(), "the list has the text of the parts");
+    require(parts[i].str() == list[i], "slices have the text of the parts");
   }
 }
 
-// A question by the function that hosts have, and by the one that shares what it learns with
-// others.
+// A question by the function that hosts have, by the one that shares what it learns with others,
+// and in its plain reading.
 struct Question {
   bool (*door)(std::string);
   bool (*kernel)(const detect::Statement&);
+  bool (*plain)(const std::string&);
 };
-constexpr std::array<Question, 8> kQuestions{{{DetectJSFunctionDeclaration, detect::isFunction},
-                                              {DetectJSVariableDeclaration, detect::isVariable},
-                                              {DetectJSReturnDeclaration, detect::isReturn},
-                                              {DetectJSClass, detect::isClass},
-                                              {DetectJSLogic, detect::isLogic},
-                                              {DetectJSLoop, detect::isLoop},
-                                              {DetectJSImports, detect::isImport},
-                                              {DetectIIFE, detect::isInvokedFunction}}};
+constexpr std::array<Question, 8> kQuestions{
+    {{DetectJSFunctionDeclaration, detect::isFunction, reference::detectJSFunctionDeclaration},
+     {DetectJSVariableDeclaration, detect::isVariable, reference::detectJSVariableDeclaration},
+     {DetectJSReturnDeclaration, detect::isReturn, reference::detectJSReturnDeclaration},
+     {DetectJSClass, detect::isClass, reference::detectJSClass},
+     {DetectJSLogic, detect::isLogic, reference::detectJSLogic},
+     {DetectJSLoop, detect::isLoop, reference::detectJSLoop},
+     {DetectJSImports, detect::isImport, reference::detectJSImports},
+     {DetectIIFE, detect::isInvokedFunction, reference::detectIIFE}}};
 
 // The answers may not depend on what has been asked before, of this statement or another.
 void testQuestions(const std::string& statement, detect::Statement& shared) {
   std::array<bool, kQuestions.size()> answers{};
-  for (std::size_t i = 0; i < answers.size(); ++i) answers[i] = kQuestions[i].door(statement);
+  for (std::size_t i = 0; i < answers.size(); ++i) {
+    answers[i] = kQuestions[i].plain(statement);
+    require(kQuestions[i].door(statement) == answers[i], "questions by themselves");
+  }
   shared.reset(statement);
   for (std::size_t i = 0; i < answers.size(); ++i) {
     require(kQuestions[i].kernel(shared) == answers[i], "questions in their order");
@@ -75,32 +65,32 @@ void testQuestions(const std::string& statement, detect::Statement& shared) {
   for (std::size_t i = answers.size(); i > 0; --i) {
     require(kQuestions[i - 1].kernel(shared) == answers[i - 1], "questions from the last");
   }
-  require(functionName(statement, "") == detect::functionNameOf(shared), "the name");
-  require(DetectWebComponent(statement) == detect::isWebComponent(statement), "web component");
-  require(DetectModulePattern(statement) == detect::modulePattern(statement), "module pattern");
+  const std::string name = reference::functionName(statement);
+  require(functionName(statement, "") == name && detect::functionNameOf(shared) == name,
+          "the name");
+  require(DetectWebComponent(statement) == reference::detectWebComponent(statement),
+          "web component");
+  require(DetectModulePattern(statement) == reference::detectModulePattern(statement),
+          "module pattern");
 }
 
-// What the answers say of the text.
-void testAnswers(std::string statement) {
-  const std::string word = FirstWord(statement);
-  const bool keepsWord = Contains(statement, word) && IndexOf(statement, word) == 0;
-  require(keepsWord, "the first word begins the text");
-  require(DetectJSClass(statement) == (word == "class"), "a class begins with its word");
-  require(!DetectJSLogic(statement) || !DetectJSLoop(statement), "a branch is no loop");
-  require(!DetectJSReturnDeclaration(statement) || ltrim(statement).starts_with("return"),
-          "a return begins with its word");
-  require(!DetectIIFE(statement) || ltrim(statement).starts_with("("),
-          "an invoked function begins with a parenthesis");
-  require(!DetectJSVariableDeclaration(statement) || !DetectJSFunctionDeclaration(statement) ||
-              ltrim(statement).starts_with("const") || ltrim(statement).starts_with("let") ||
-              ltrim(statement).starts_with("var"),
-          "only behind a keyword a function is a variable too");
-
-  const std::string reduced = TrimAndReduce(statement);
-  require(reduced == trim(ConvertWhiteSpacesToSingleSpace(statement)), "reducing is two steps");
-  std::string again = reduced;
-  require(TrimAndReduce(again) == reduced, "reduced text stays as it is");
-  require(!OutsideStringMatch(statement, "=="), "a needle of two bytes never matches");
+void testPrimitives(std::string statement) {
+  require(ltrim(statement) == reference::ltrim(statement), "leading white space");
+  require(rtrim(statement) == reference::rtrim(statement), "trailing white space");
+  require(trim(statement) == reference::trim(statement), "white space at both ends");
+  require(
+      ConvertWhiteSpacesToSingleSpace(statement) == reference::whiteSpaceToSingleSpace(statement),
+      "runs of white space");
+  require(FirstWord(statement) == reference::firstWord(statement), "the first word");
+  require(LastWord(statement) == reference::lastWord(statement), "what stands before the last");
+  require(OutsideStringMatch(statement, "=") == reference::outsideStringMatch(statement, "="),
+          "a byte outside of strings");
+  std::string reduced = statement;
+  require(TrimAndReduce(reduced) == reference::trimAndReduce(statement), "reduced text");
+  std::string cut = statement;
+  std::string plainlyCut = statement;
+  require(LastWordNoDots(cut) == reference::lastWordNoDots(plainlyCut) && cut == plainlyCut,
+          "the last word");
 }
 
 }  // namespace
@@ -112,7 +102,7 @@ void testTokeniser(std::string_view input) {
   detect::Statement shared("async function before(a) { return 1; }");
   for (const Question& question : kQuestions) question.kernel(shared);
   testQuestions(statement, shared);
-  testAnswers(statement);
+  testPrimitives(statement);
 }
 
 }  // namespace fuzz

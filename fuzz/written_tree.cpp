@@ -24,9 +24,9 @@ class TreeReader {
       : freeNumbers_(!bytes.empty() && bytes.front() == kFreeNumbers),
         rest_(bytes.substr(std::min<std::size_t>(1, bytes.size()))) {}
 
-  ObjectBranch* read() {
+  std::vector<ObjectBranch*> read() {
     while (rest_.size() >= kHeadBytes) readNode();
-    return nodes_.empty() ? nullptr : nodes_.front();
+    return nodes_;
   }
 
  private:
@@ -75,6 +75,8 @@ class TreeReader {
 
 }  // namespace
 
-ObjectBranch* treeWrittenAs(std::string_view bytes) { return TreeReader(bytes).read(); }
+std::vector<ObjectBranch*> treeWrittenAs(std::string_view bytes) {
+  return TreeReader(bytes).read();
+}
 
 }  // namespace fuzz

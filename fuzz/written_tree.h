@@ -9,6 +9,7 @@
 #pragma once
 
 #include <string_view>
+#include <vector>
 
 #include "tree/object_branch.h"
 
@@ -17,7 +18,8 @@ namespace fuzz {
 inline constexpr char kTextEnd = '\xFF';
 inline constexpr char kFreeNumbers = 'f';  // as the first byte; by any other they count from 0
 
-// The root of the tree, null if the bytes describe no node. Nodes stand in one child list each.
-ObjectBranch* treeWrittenAs(std::string_view bytes);
+// The nodes of the tree with the root in front, none if the bytes describe none. Each stands in one
+// child list.
+std::vector<ObjectBranch*> treeWrittenAs(std::string_view bytes);
 
 }  // namespace fuzz
