@@ -59,8 +59,10 @@ TEST(EscapeString, PutsABackslashBeforeWhatNeedsOne) {
 TEST(EscapeString, ChangesSixOfAllBytes) {
   for (int value = 0; value < 256; ++value) {
     const std::string byte(1, static_cast<char>(value));
-    std::string expected = byte;
-    if (byte == "\"" || byte == "'" || byte == "\\") expected = "\\" + byte;
+    std::string_view expected = byte;
+    if (byte == "\"") expected = "\\\"";
+    if (byte == "'") expected = "\\'";
+    if (byte == "\\") expected = "\\\\";
     if (byte == "\n") expected = "\\n";
     if (byte == "\r") expected = "\\r";
     if (byte == "\t") expected = "\\t";
