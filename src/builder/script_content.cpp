@@ -128,18 +128,17 @@ void ScriptContentParser::parseLine(std::string_view line, std::int32_t lineNumb
 void ScriptContentParser::closeScopes(std::string_view statement, int count,
                                       std::int32_t lineNumber) {
   // What stands before the last brace is the statement, and what follows it is lost; a line that
-  // begins with its only brace stays whole.
+  // begins with its only brace stays whole. More braces close than open, so there is a last one,
+  // and what stands before it is no lone "{".
   const std::size_t lastBrace = statement.rfind('}');
-  if (lastBrace != std::string_view::npos && lastBrace > 0) {
+  if (lastBrace > 0) {
     statement = text::trimView(statement.substr(0, lastBrace));  // it is reduced already
   }
-  if (!statement.empty() && statement != "{") {
-    statement_.reset(statement);
-    std::unique_ptr<ObjectBranch> node = makeNode(lineNumber);
-    const bool isVariable = !detect::isReturn(statement_) && detect::isVariable(statement_);
-    setKind(*node, isVariable ? kVariable : kLine);
-    attach(std::move(node));
-  }
+  statement_.reset(statement);
+  std::unique_ptr<ObjectBranch> node = makeNode(lineNumber);
+  const bool isVariable = !detect::isReturn(statement_) && detect::isVariable(statement_);
+  setKind(*node, isVariable ? kVariable : kLine);
+  attach(std::move(node));
   for (int i = 0; i < count; ++i) pop();
 }
 

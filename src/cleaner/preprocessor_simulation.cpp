@@ -264,9 +264,8 @@ void PreprocessorSimulation::close() {
     emitting_ = false;
   } else if (depth_ == 0) {
     emitting_ = true;
-  } else if (!isLiveAbove()) {
-    setState(false);
   }
+  // A live branch is in live branches only, so there is nothing more to ask of those around it.
   // required: else emitting_ stays, so a false block silences the rest of a true one around it.
 }
 

@@ -102,7 +102,9 @@ TEST(LongLife, AHostThatNeverCleansUpKeepsOneAnswer) {
   const CaseFile file = whole_file::loadCases().front();
   std::filesystem::current_path(file.folder);
   CleanupJS();
-  ParseJS("no-such-file.js", nullptr);
+  // An answer is made before the last one goes, so they lie at two places in turn, and a block may
+  // be larger at one of them.
+  for (int i = 0; i < 2; ++i) ParseJS("no-such-file.js", nullptr);
   const Heap before = heap;
   for (int i = 0; i < 1'000; ++i) ParseJS("no-such-file.js", nullptr);
   EXPECT_EQ((heap - before).blocks, 0);

@@ -162,7 +162,8 @@ TEST(ReadFailure, SaysWhatTheSystemSays) {
       {EAGAIN,
        "[{\"error\": \"Parser exception: Could not read file: Resource temporarily "
        "unavailable\"}]"},
-      {EBADF, "[{\"error\": \"Parser exception: Could not read file: Bad file descriptor\"}]"}};
+      {EBADF, "[{\"error\": \"Parser exception: Could not read file: Bad file descriptor\"}]"},
+      {9'999, "[{\"error\": \"Parser exception: Could not read file: Unknown error 9999\"}]"}};
   for (const ErrorCase& each : cases) {
     EXPECT_EQ(parseReading(file, [&each](std::size_t, std::size_t) { return -each.error; }),
               each.answer);
