@@ -123,6 +123,10 @@ int runBatch(const CommandLine& commandLine, Output& output) {
   WorkerTask task = taskFor(commandLine, diagnostics);
   task.inputs = &inputs;
   task.settings.fileCount = inputs.reportCount;
+  if (!answerDirectory && inputs.all.size() == 1 && inputs.fileCount == 1) {
+    task.wholeDocuments = true;
+    task.writesOutput = true;
+  }
   const bool isGood = answerFiles(task, commandLine, diagnostics, output,
                                   answerDirectory ? &*answerDirectory : nullptr);
   return isGood ? kAllGood : kFileFailed;

@@ -21,6 +21,7 @@ struct WorkerTask {
   const Format* format;
   FormatSettings settings;
   bool wholeDocuments = false;  // each file is an output of its own
+  bool writesOutput = false;    // workers write to standard output themselves: there is one file
   bool times = false;
   bool quiet = false;  // the module's standard error leads nowhere
 };

@@ -112,6 +112,12 @@ std::string RunningProgram::readErrorsUpTo(const std::string& text) const {
 
 std::string RunningProgram::errorsToTheEnd() { return readToEnd(err_); }
 
+std::string RunningProgram::readOutput(std::size_t count) const {
+  std::string seen;
+  for (char byte = 0; seen.size() < count && ::read(out_, &byte, 1) == 1;) seen += byte;
+  return seen;
+}
+
 std::string RunningProgram::outputToTheEnd() { return readToEnd(out_); }
 
 int RunningProgram::waitForEnd() {

@@ -3,6 +3,7 @@
 
 #include <sys/types.h>
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -34,6 +35,9 @@ class RunningProgram {
 
   // What was written to standard error until each process that has it ended, children too.
   std::string errorsToTheEnd();
+
+  // The next bytes of standard output, so many unless it ends before.
+  std::string readOutput(std::size_t count) const;
 
   // The rest of standard output.
   std::string outputToTheEnd();
