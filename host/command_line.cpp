@@ -188,6 +188,11 @@ CommandLine readCommandLine(int argc, const char* const* argv) {
   withValue(app, "--format", [&](const auto& text) { return takeFormat(text, result.format); });
   withValue(app, "--depth", [&](const auto& text) { return takeDepth(text, result.depth); });
   result.onlyLabels = join(app.get_option("--only")->results(), ",");
+  for (const char* const name : {"--depth", "--only"}) {
+    if (isGiven(app, name) && result.format->name != "tree") {
+      throw usageFailure(std::string(name) + " requires --format tree");
+    }
+  }
   result.times = isGiven(app, "--times");
   result.jobs = availableCores();
   withValue(app, "--jobs", [&](const auto& text) { return takeJobs(text, result.jobs); });
