@@ -149,7 +149,7 @@ void readLimits(const CLI::App& app, FileLimits& limits) {
 
 CommandLine readCommandLine(int argc, const char* const* argv) {
   CLI::App app;
-  for (const Option& option : kOptions) addOption(app, option);
+  for (const Option& option : kProgram.options) addOption(app, option);
   app.add_option("--generate");  // for the build, and told to nobody
   // An option for any number of values would have CLI11 split "[a,b]" into two of them. One for as
   // many values as there are arguments takes them as they stand.

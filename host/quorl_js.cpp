@@ -27,6 +27,7 @@
 #include "merge.h"
 #include "name_list.h"
 #include "option_tables.h"
+#include "options.h"
 #include "output.h"
 #include "platform.h"
 #include "plugin_module.h"
@@ -136,7 +137,7 @@ int run(const CommandLine& commandLine) {
   Output output;
   int status = kAllGood;
   if (commandLine.help) {
-    output.write(helpText());
+    output.write(helpText(kProgram));
   } else if (commandLine.generate) {
     output.write(generatedText(*commandLine.generate));
   } else if (commandLine.version) {
