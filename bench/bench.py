@@ -1,10 +1,11 @@
 """Runs the benchmarks and prints tables.
 
-usage: bench.py [--filter REGEX] [--rounds N] [--against REV | --peers]
+usage: bench.py [--filter REGEX] [--rounds N] [--against REV | --peers | --many]
 
-Without --against and --peers: whole runs of the module by route and size, small files, and the
+Without the last three: whole runs of the module by route and size, small files, and the
 steps of a run one by one. With --against: whole runs of the module as it is and as it was at a
 revision, in turn. With --peers: whole processes of quorl-js and of other programs, in turn.
+With --many: runs of quorl-js over ten thousand files, with one worker and with two in turn.
 Every figure is the median of the rounds. The programs must be built (./dev bench does).
 """
 import argparse
@@ -15,6 +16,7 @@ import subprocess
 import sys
 import tempfile
 
+import many
 import peers
 import texts
 
@@ -159,6 +161,15 @@ def print_against(folder, options):
         "peak then/now", "records"], rows)
 
 
+def print_many(cache, rounds):
+    listing, quorl_js = many.prepare(cache), BUILD / "bin" / "quorl-js"
+    source_mb, rows = many.compare_jobs(listing, quorl_js, rounds)
+    print_table("%d files, %.1f MB in all, to ndjson" % (many.FILES, source_mb), many.RATE_HEADS,
+                rows)
+    print_table("Starts, each a whole process", many.START_HEADS,
+                many.measure_starts(listing, quorl_js))
+
+
 def main():
     parser = argparse.ArgumentParser(prog="./dev bench", description="Runs the benchmarks.")
     parser.add_argument("--filter", default=".*", metavar="REGEX",
@@ -167,8 +178,12 @@ def main():
     kind = parser.add_mutually_exclusive_group()
     kind.add_argument("--against", metavar="REV", help="compare with an earlier commit")
     kind.add_argument("--peers", action="store_true", help="compare with other programs")
+    kind.add_argument("--many", action="store_true", help="run over ten thousand files")
     options = parser.parse_args()
     cache = cache_folder()
+    if options.many:
+        print_many(cache, options.rounds)
+        return
     folder = texts.prepare(cache)
     if options.peers:
         rows = peers.compare(cache, folder / "runs", BUILD / "bin" / "quorl-js", options.rounds)

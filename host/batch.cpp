@@ -107,6 +107,10 @@ class Batch {
       }
       return;
     }
+    if (result.isWritten) {
+      output_.check(result.outputError);
+      return;
+    }
     if (!isBegun_) {
       begin();
     } else {
@@ -117,12 +121,14 @@ class Batch {
 
   void begin() {
     isBegun_ = true;
+    if (task_.wholeDocuments) return;
     std::string text;
     task_.format->begin(task_.settings, text);
     output_.write(text);
   }
 
   void finishOutput() {
+    if (task_.wholeDocuments) return;
     if (!isBegun_) begin();
     std::string text;
     task_.format->end(task_.settings, text);

@@ -149,7 +149,7 @@ void readLimits(const CLI::App& app, FileLimits& limits) {
 
 CommandLine readCommandLine(int argc, const char* const* argv) {
   CLI::App app;
-  for (const Option& option : kOptions) addOption(app, option);
+  for (const Option& option : kProgram.options) addOption(app, option);
   app.add_option("--generate");  // for the build, and told to nobody
   // An option for any number of values would have CLI11 split "[a,b]" into two of them. One for as
   // many values as there are arguments takes them as they stand.
@@ -188,6 +188,11 @@ CommandLine readCommandLine(int argc, const char* const* argv) {
   withValue(app, "--format", [&](const auto& text) { return takeFormat(text, result.format); });
   withValue(app, "--depth", [&](const auto& text) { return takeDepth(text, result.depth); });
   result.onlyLabels = join(app.get_option("--only")->results(), ",");
+  for (const char* const name : {"--depth", "--only"}) {
+    if (isGiven(app, name) && result.format->name != "tree") {
+      throw usageFailure(std::string(name) + " requires --format tree");
+    }
+  }
   result.times = isGiven(app, "--times");
   result.jobs = availableCores();
   withValue(app, "--jobs", [&](const auto& text) { return takeJobs(text, result.jobs); });

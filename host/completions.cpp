@@ -33,6 +33,17 @@ _quorl_js() {
     elif [[ $option == = ]]; then
         option=${COMP_WORDS[COMP_CWORD - 2]}
     fi
+)";
+
+// Behind what is done for merge.
+constexpr std::string_view kBashCases = R"(        return
+    fi
+    # A word that may become merge or the name of a file.
+    if [[ $COMP_CWORD -eq 1 && -n $current && merge == "$current"* ]]; then
+        compopt -o filenames
+        mapfile -t COMPREPLY < <(compgen -W merge -f -- "$current")
+        return
+    fi
     case $option in
 )";
 constexpr std::string_view kBashClosing = R"(    esac
@@ -123,38 +134,66 @@ std::string fishArgument(const Option& option) {
   return text;
 }
 
+std::string namesOf(const Command& command) {
+  std::string names;
+  for (const Option& option : command.options) {
+    for (const std::string_view name : {option.shortName, option.name}) {
+      if (!name.empty()) names.append(names.empty() ? "" : " ").append(name);
+    }
+  }
+  return names;
+}
+
+void appendZshArguments(std::string& out, const Command& command, std::string_view indent) {
+  out.append(indent).append("_arguments -S \\\n");
+  for (const Option& option : command.options) {
+    out.append(indent).append("  ").append(zshSpecification(option)).append(" \\\n");
+  }
+}
+
+void appendFishOptions(std::string& out, const Command& command, std::string_view condition) {
+  for (const Option& option : command.options) {
+    out.append("complete -c quorl-js -n ").append(fishQuoted(condition));
+    if (!option.shortName.empty()) out.append(" -s ").append(option.shortName.substr(1));
+    out.append(" -l ").append(option.name.substr(2)).append(fishArgument(option));
+    out += " -d " + fishQuoted(summary(option)) + "\n";
+  }
+}
+
 }  // namespace
 
 std::string bashCompletion() {
   std::string script(kBashOpening);
-  std::string names;
-  for (const Option& option : kOptions) {
-    for (const std::string_view name : {option.shortName, option.name}) {
-      if (!name.empty()) names.append(names.empty() ? "" : " ").append(name);
-    }
+  script += "    if [[ ${COMP_WORDS[1]} == merge && $COMP_CWORD -gt 1 ]]; then\n";
+  script += "        [[ $current == -* ]] && " + bashReply(namesOf(kMerge)) + "\n";
+  script += kBashCases;
+  for (const Option& option : kProgram.options) {
     if (option.argument.empty()) continue;
     script += "        ";
     if (!option.shortName.empty()) script.append(option.shortName).append(" | ");
     script.append(option.name).append(") ").append(bashAction(option)).append(" ;;\n");
   }
-  script += "        *) [[ $current == -* ]] && " + bashReply(names) + " ;;\n";
+  script += "        *) [[ $current == -* ]] && " + bashReply(namesOf(kProgram)) + " ;;\n";
   return script.append(kBashClosing);
 }
 
 std::string zshCompletion() {
-  std::string script = "#compdef quorl-js\n\n_arguments -S \\\n";
-  for (const Option& option : kOptions) script += "  " + zshSpecification(option) + " \\\n";
-  return script + "  '*:FILE:_files'\n";
+  std::string script =
+      "#compdef quorl-js\n\nif (( CURRENT > 2 )) && [[ $words[2] == merge ]]; then\n";
+  appendZshArguments(script, kMerge, "  ");
+  script += "    '*:SHARD:_files'\n  return\nfi\n";
+  appendZshArguments(script, kProgram, "");
+  return script +
+         R"x(  '1:FILE or command:{_alternative "commands\:command\:(merge)" "files\:file\:_files"}' \)x"
+         "\n  '*:FILE:_files'\n";
 }
 
 std::string fishCompletion() {
   std::string script = "# fish completion for quorl-js\n\n";
-  for (const Option& option : kOptions) {
-    script += "complete -c quorl-js";
-    if (!option.shortName.empty()) script.append(" -s ").append(option.shortName.substr(1));
-    script.append(" -l ").append(option.name.substr(2)).append(fishArgument(option));
-    script += " -d " + fishQuoted(summary(option)) + "\n";
-  }
+  appendFishOptions(script, kProgram, "not __fish_seen_subcommand_from merge");
+  script += "complete -c quorl-js -n __fish_is_first_token -a merge -d ";
+  script += fishQuoted("joins the ndjson outputs of several runs") + "\n";
+  appendFishOptions(script, kMerge, "__fish_seen_subcommand_from merge");
   return script;
 }
 

@@ -11,10 +11,10 @@ namespace {
 void writeNothing(const FormatSettings& /*settings*/, std::string& /*out*/) {}
 
 constexpr std::array kFormatTable = {
-    Format{"raw", writeNothing, writeRawFile, writeNothing, ""},
-    Format{"json", beginJson, writeJsonFile, endJson, ",\n"},
-    Format{"ndjson", beginNdjson, writeNdjsonFile, writeNothing, ""},
-    Format{"tree", writeNothing, writeTreeFile, writeNothing, "\n"},
+    Format{"raw", writeNothing, writeRawFile, writeNothing, "", true},
+    Format{"json", beginJson, writeJsonFile, endJson, ",\n", false},
+    Format{"ndjson", beginNdjson, writeNdjsonFile, writeNothing, "", false},
+    Format{"tree", writeNothing, writeTreeFile, writeNothing, "\n", false},
 };
 
 }  // namespace

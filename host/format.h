@@ -31,6 +31,7 @@ struct Format {
   std::string (*file)(const FileReport& report, const FormatSettings& settings, std::string& out);
   void (*end)(const FormatSettings& settings, std::string& out);
   std::string_view separator;
+  bool isAnswer;  // what file writes for an answer is that answer
 };
 
 extern const std::span<const Format> kFormats;  // raw, json, ndjson, tree

@@ -17,6 +17,7 @@
 
 #include "format_functions.h"
 #include "json_text.h"
+#include "output.h"
 #include "record_reader.h"
 #include "shown_text.h"
 #include "status_words.h"
@@ -155,6 +156,14 @@ void showHeading(std::string_view path, const FormatSettings& settings, std::str
   line.end();
 }
 
+// The message without the path, which stands before it and which many messages begin or end with.
+std::string_view withoutPath(std::string_view message, std::string_view path) {
+  const std::string name = onOneLine(path);
+  if (message.starts_with(name + ": ")) message.remove_prefix(name.size() + 2);
+  if (message.ends_with(": " + name)) message.remove_suffix(name.size() + 2);
+  return message;
+}
+
 void showProblem(std::string_view path, std::string_view status, std::string_view message,
                  const FormatSettings& settings, std::string& out) {
   FormatSettings whole = settings;
@@ -162,7 +171,7 @@ void showProblem(std::string_view path, std::string_view status, std::string_vie
   Line line(whole, out);
   line.show(path, kBold);
   line.show(": ", "");
-  line.show(std::string(status).append(": ").append(message), kRed);
+  line.show(std::string(status).append(": ").append(withoutPath(message, path)), kRed);
   line.end();
 }
 

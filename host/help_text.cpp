@@ -51,25 +51,26 @@ void appendExample(std::string& out, const Example& example) {
 
 }  // namespace
 
-std::string helpText() {
+std::string helpText(const Command& command) {
   std::size_t labelBytes = 0;
-  for (const Option& option : kOptions) labelBytes = std::max(labelBytes, labelOf(option).size());
+  for (const Option& option : command.options)
+    labelBytes = std::max(labelBytes, labelOf(option).size());
 
   std::string text;
-  for (const std::string_view synopsis : kSynopses) {
+  for (const std::string_view synopsis : command.synopses) {
     text.append(text.empty() ? "Usage: " : "       ").append(synopsis).append("\n");
   }
   text += "\n";
-  appendWrapped(text, kPurpose, 0);
+  appendWrapped(text, command.purpose, 0);
   text += "\nOptions:\n";
-  for (const Option& option : kOptions) {
+  for (const Option& option : command.options) {
     appendEntry(text, labelOf(option), option.help, labelBytes);
   }
-  appendEntry(text, labelOf(kEndOfOptions), kEndOfOptions.help, labelBytes);
+  appendEntry(text, labelOf(command.endOfOptions), command.endOfOptions.help, labelBytes);
   text += "\nExit status:\n";
-  for (const ExitStatus& row : kExitStatuses) appendEntry(text, row.status, row.meaning, 1);
+  for (const ExitStatus& row : command.statuses) appendEntry(text, row.status, row.meaning, 1);
   text += "\nExamples:\n";
-  for (const Example& example : kExamples) appendExample(text, example);
+  for (const Example& example : command.examples) appendExample(text, example);
   return text;
 }
 

@@ -3,8 +3,10 @@
 
 #include <string>
 
+#include "options.h"
+
 namespace host {
 
-std::string helpText();
+std::string helpText(const Command& command);
 
 }  // namespace host

@@ -62,6 +62,16 @@ format. *--max-size* is held against the size of the file before it is opened.
 
 )";
 
+// Behind the sentences with the purpose of merge.
+constexpr std::string_view kMergeOptionsOpening = R"(
+Its options are these:
+
+)";
+
+constexpr std::string_view kMergeStatusesOpening = R"(Its exit statuses are these:
+
+)";
+
 constexpr std::string_view kClosing = R"(# SEE ALSO
 
 *find*(1), *git-ls-files*(1), *xargs*(1)
@@ -109,24 +119,42 @@ std::string labelOf(const Option& option) {
   return label;
 }
 
+void appendOptions(std::string& out, const Command& command) {
+  for (const Option& option : command.options) appendEntry(out, labelOf(option), option.help);
+  appendEntry(out, labelOf(command.endOfOptions), command.endOfOptions.help);
+}
+
+void appendStatuses(std::string& out, const Command& command) {
+  for (const ExitStatus& row : command.statuses) appendEntry(out, bold(row.status), row.meaning);
+}
+
+void appendExamples(std::string& out, const Command& command) {
+  for (const Example& example : command.examples) {
+    out.append(plain(example.purpose)).append("\n\n```\n").append(example.commands);
+    out += "\n```\n\n";
+  }
+}
+
 }  // namespace
 
 std::string manPage() {
   std::string page(kOpening);
-  for (const std::string_view& synopsis : kSynopses) {
-    page.append(&synopsis == &kSynopses.front() ? "" : "++\n").append(markedUp(synopsis));
+  for (const std::string_view& synopsis : kProgram.synopses) {
+    page.append(&synopsis == &kProgram.synopses.front() ? "" : "++\n").append(markedUp(synopsis));
   }
-  page += "\n\n# DESCRIPTION\n\n" + plain(kPurpose) + "\n";
+  page += "\n\n# DESCRIPTION\n\n" + plain(kProgram.purpose) + "\n";
   page += kDescription;
-  for (const Option& option : kOptions) appendEntry(page, labelOf(option), option.help);
-  appendEntry(page, labelOf(kEndOfOptions), kEndOfOptions.help);
+  appendOptions(page, kProgram);
   page += "# EXIT STATUS\n\n";
-  for (const ExitStatus& row : kExitStatuses) appendEntry(page, bold(row.status), row.meaning);
+  appendStatuses(page, kProgram);
+  page += "# MERGE\n\n" + markedUp(kMerge.synopses.front()) + "\n\n" + plain(kMerge.purpose) + "\n";
+  page += kMergeOptionsOpening;
+  appendOptions(page, kMerge);
+  page += kMergeStatusesOpening;
+  appendStatuses(page, kMerge);
   page += "# EXAMPLES\n\n";
-  for (const Example& example : kExamples) {
-    page.append(plain(example.purpose)).append("\n\n```\n").append(example.commands);
-    page += "\n```\n\n";
-  }
+  appendExamples(page, kProgram);
+  appendExamples(page, kMerge);
   return page.append(kClosing);
 }
 

@@ -16,10 +16,12 @@
 #include <utility>
 #include <vector>
 
+#include "help_text.h"
 #include "json_text.h"
 #include "line_reader.h"
 #include "name_list.h"
 #include "ndjson_lines.h"
+#include "options.h"
 #include "output.h"
 #include "shard.h"
 
@@ -30,27 +32,6 @@ constexpr int kAllAnswered = 0;
 constexpr int kFileFailed = 1;
 constexpr std::size_t kWriteBytes = std::size_t{256} * 1024;
 constexpr std::size_t kNoPlace = static_cast<std::size_t>(-1);
-
-constexpr std::string_view kHelp =
-    "usage: quorl-js merge [--files-from LIST [-0]] SHARD...\n"
-    "\n"
-    "Joins the ndjson outputs of several runs into one with one header and the files numbered\n"
-    "anew, and writes it to standard output. A SHARD may hold several outputs, one after the\n"
-    "other. Nothing is written when a SHARD is cut or lacks a file that its header tells of, or "
-    "is\n"
-    "empty and there is no LIST.\n"
-    "\n"
-    "  --files-from LIST  the names of all files, one a line, - being standard input: the files\n"
-    "                     come in its order, and each must be in a SHARD as often as in LIST;\n"
-    "                     without LIST they come in the order of the SHARDs\n"
-    "  -0, --null         names in LIST end in NUL bytes instead of line feeds\n"
-    "  --help             print this text and stop\n"
-    "\n"
-    "Exit status\n"
-    "  0  every file was answered\n"
-    "  1  the line of a file tells that it was not\n"
-    "  2  wrong usage, a SHARD or LIST that cannot be read, is cut or does not fit the others, or\n"
-    "     output that could not be written\n";
 
 struct MergeOptions {
   bool help = false;
@@ -225,7 +206,7 @@ void writePlan(const Plan& plan, const std::vector<std::string>& shards) {
 int runMerge(int argc, const char* const* argv) {
   const MergeOptions options = readOptions(argc, argv);
   if (options.help) {
-    if (const int error = writeAll(STDOUT_FILENO, kHelp)) {
+    if (const int error = writeAll(STDOUT_FILENO, helpText(kMerge))) {
       throw systemFailure("standard output", error);
     }
     return kAllAnswered;

@@ -29,16 +29,23 @@ std::string labelOf(const Option& option) {
   return label + "`";
 }
 
+void appendTables(std::string& out, const Command& command, const std::string& ofWhat) {
+  out += "| Option" + ofWhat + " | |\n|---|---|\n";
+  for (const Option& option : command.options) appendRow(out, labelOf(option), option.help);
+  appendRow(out, labelOf(command.endOfOptions), command.endOfOptions.help);
+  out += "\n| Exit status" + ofWhat + " | |\n|---|---|\n";
+  for (const ExitStatus& row : command.statuses) {
+    appendRow(out, std::string(row.status), row.meaning);
+  }
+}
+
 }  // namespace
 
 std::string optionTables() {
-  std::string text = "| Option | |\n|---|---|\n";
-  for (const Option& option : kOptions) appendRow(text, labelOf(option), option.help);
-  appendRow(text, labelOf(kEndOfOptions), kEndOfOptions.help);
-  text += "\n| Exit status | |\n|---|---|\n";
-  for (const ExitStatus& row : kExitStatuses) {
-    appendRow(text, std::string(row.status), row.meaning);
-  }
+  std::string text;
+  appendTables(text, kProgram, "");
+  text += "\n";
+  appendTables(text, kMerge, " of `merge`");
   return text;
 }
 

@@ -5,11 +5,11 @@
 namespace host {
 namespace {
 
-constexpr std::array<std::string_view, 3> kSynopsisTable = {
+constexpr std::array<std::string_view, 3> kSynopses = {
     "quorl-js FILE... [OPTION]...", "quorl-js --files-from LIST [FILE]... [OPTION]...",
     "quorl-js merge SHARD... [OPTION]..."};
 
-constexpr std::array kOptionTable = {
+constexpr std::array kOptions = {
     Option{.name = "--recursive",
            .help = "take the regular files below each FILE that is a directory; they come in byte "
                    "order of their paths, links to directories are not followed, and entries with "
@@ -58,14 +58,16 @@ constexpr std::array kOptionTable = {
            .argument = "PATH",
            .completion = Completion::kFiles,
            .help = "the plug-in module to load instead of the one that came with quorl-js"},
-    Option{.name = "--diagnostics",
-           .argument = "WHERE",
-           .completion = Completion::kFiles,
-           .words = "none stderr",
-           .help = "where the plug-in's diagnostic lines go: none (as without this option), "
-                   "stderr, or the name of a file, which is overwritten; for their order, files "
-                   "are read one at a time with "
-                   "the last two"},
+    Option{
+        .name = "--diagnostics",
+        .argument = "WHERE",
+        .completion = Completion::kFiles,
+        .words = "none stderr",
+        .help =
+            "where the plug-in's diagnostic lines and warnings go: none (as without this option), "
+            "stderr, or the name of a file, which is overwritten; for their order, files "
+            "are read one at a time with "
+            "the last two"},
     Option{.name = "--jobs",
            .shortName = "-j",
            .argument = "N",
@@ -92,8 +94,7 @@ constexpr std::array kOptionTable = {
                    "nothing to read at all"},
     Option{.name = "--quiet",
            .shortName = "-q",
-           .help = "tell nothing of single files on standard error, and let the plug-in tell "
-                   "nothing there either; the exit status stays"},
+           .help = "tell nothing of single files on standard error; the exit status stays"},
     Option{.name = "--no-progress",
            .help = "do not show how far the run is; that is shown on standard error if it is a "
                    "terminal and the output goes elsewhere"},
@@ -107,7 +108,7 @@ constexpr std::array kOptionTable = {
            .help = "print the versions of quorl-js and of the plug-in and stop"},
 };
 
-constexpr std::array kStatusTable = {
+constexpr std::array kStatuses = {
     ExitStatus{"0", "every file was read"},
     ExitStatus{"1",
                "a file was not: its error answer is written as its answer, the message to standard "
@@ -118,7 +119,7 @@ constexpr std::array kStatusTable = {
                "not be written"},
 };
 
-constexpr std::array kExampleTable = {
+constexpr std::array kExamples = {
     Example{"The records of two files, one after the other:", "quorl-js a.js b.html"},
     Example{"All functions below a directory, out of lines of JSON:",
             "quorl-js --recursive src --format ndjson |\n"
@@ -135,16 +136,57 @@ constexpr std::array kExampleTable = {
             "quorl-js a.js --defines DEBUG --defines 'LEVEL 2' --diagnostics lines.txt"},
 };
 
+constexpr std::array<std::string_view, 1> kMergeSynopses = {
+    "quorl-js merge [--files-from LIST [-0]] SHARD..."};
+
+constexpr std::array kMergeOptions = {
+    Option{.name = "--files-from",
+           .argument = "LIST",
+           .completion = Completion::kFiles,
+           .help = "the names of all files, one a line, a LIST of - being standard input: the "
+                   "files come in its order, and each must be in a SHARD as often as in LIST; "
+                   "without LIST they come in the order of the SHARDs"},
+    Option{.name = "--null",
+           .shortName = "-0",
+           .neededName = "--files-from",
+           .help = "names in LIST end in NUL bytes instead of line feeds"},
+    Option{.name = "--help", .help = "print this text and stop"},
+};
+
+constexpr std::array kMergeStatuses = {
+    ExitStatus{"0", "every file was answered"},
+    ExitStatus{"1", "the line of a file tells that it was not"},
+    ExitStatus{"2",
+               "wrong usage, a SHARD or LIST that cannot be read, is cut or does not fit the "
+               "others, or output that could not be written"},
+};
+
+constexpr std::array kMergeExamples = {
+    Example{"The outputs of several machines, in the order of the list that they shared out:",
+            "quorl-js merge --files-from list shards/*.ndjson >records.ndjson"},
+};
+
 }  // namespace
 
-constinit const std::span<const std::string_view> kSynopses = kSynopsisTable;
-constinit const std::string_view kPurpose =
+constinit const Command kProgram = {
+    kSynopses,
     "Prints the structure records of each FILE on standard output, one answer after the other. "
-    "merge joins the output of several ndjson runs; see quorl-js merge --help.";
-constinit const std::span<const Option> kOptions = kOptionTable;
-constinit const Option kEndOfOptions = {.name = "--", .help = "every argument behind it is a FILE"};
-constinit const std::span<const ExitStatus> kExitStatuses = kStatusTable;
-constinit const std::span<const Example> kExamples = kExampleTable;
+    "merge joins the output of several ndjson runs; see quorl-js merge --help.",
+    kOptions,
+    {.name = "--", .help = "every argument behind it is a FILE"},
+    kStatuses,
+    kExamples};
+
+constinit const Command kMerge = {
+    kMergeSynopses,
+    "Joins the ndjson outputs of several runs into one with one header and the files numbered "
+    "anew, and writes it to standard output. A SHARD may hold several outputs, one after the "
+    "other. Nothing is written when a SHARD is cut or lacks a file that its header tells of, or "
+    "is empty and there is no LIST.",
+    kMergeOptions,
+    {.name = "--", .help = "every argument behind it is a SHARD"},
+    kMergeStatuses,
+    kMergeExamples};
 
 std::string_view summary(const Option& option) {
   return option.help.substr(0, option.help.find_first_of(":;"));

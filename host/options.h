@@ -31,12 +31,17 @@ struct Example {
   std::string_view commands;  // one a line
 };
 
-extern const std::span<const std::string_view> kSynopses;  // the forms of the command line
-extern const std::string_view kPurpose;                    // what the program does, in a sentence
-extern const std::span<const Option> kOptions;             // in the order of --help
-extern const Option kEndOfOptions;                         // "--", which is no option to look up
-extern const std::span<const ExitStatus> kExitStatuses;
-extern const std::span<const Example> kExamples;
+struct Command {
+  std::span<const std::string_view> synopses;  // the forms of the command line
+  std::string_view purpose;                    // what the command does, in a sentence or two
+  std::span<const Option> options;             // in the order of --help
+  Option endOfOptions;                         // "--", which is no option to look up
+  std::span<const ExitStatus> statuses;
+  std::span<const Example> examples;
+};
+
+extern const Command kProgram;  // the program as such
+extern const Command kMerge;    // what it does when its first argument is merge
 
 // The option's help up to its first colon or semicolon: as much as a completion has room for.
 std::string_view summary(const Option& option);

@@ -68,10 +68,10 @@ Output::Output() {
   if (::fcntl(STDOUT_FILENO, F_GETFD) < 0) throw systemFailure("standard output", errno);
 }
 
-void Output::write(std::string_view text) {
-  if (const int error = writeAll(STDOUT_FILENO, text)) {
-    throw systemFailure("standard output", error);
-  }
+void Output::write(std::string_view text) { check(writeAll(STDOUT_FILENO, text)); }
+
+void Output::check(int errorNumber) const {
+  if (errorNumber != 0) throw systemFailure("standard output", errorNumber);
 }
 
 void Output::checkReader() const {

@@ -41,6 +41,9 @@ class Output {
   // Writes all of the text, or throws Failure: a full disk, a reader that has gone.
   void write(std::string_view text);
 
+  // Throws Failure for the number of an error that another process had in writing, unless it is 0.
+  void check(int errorNumber) const;
+
   // Throws Failure when the reader has gone, which nothing tells while nothing is written.
   void checkReader() const;
 

@@ -27,6 +27,7 @@
 #include "merge.h"
 #include "name_list.h"
 #include "option_tables.h"
+#include "options.h"
 #include "output.h"
 #include "platform.h"
 #include "plugin_module.h"
@@ -96,7 +97,6 @@ WorkerTask taskFor(const CommandLine& commandLine, const Diagnostics& diagnostic
   task.settings = settingsFor(commandLine);
   task.wholeDocuments = commandLine.outDirectory.has_value();
   task.times = commandLine.times;
-  task.quiet = commandLine.quiet;
   return task;
 }
 
@@ -123,6 +123,10 @@ int runBatch(const CommandLine& commandLine, Output& output) {
   WorkerTask task = taskFor(commandLine, diagnostics);
   task.inputs = &inputs;
   task.settings.fileCount = inputs.reportCount;
+  if (!answerDirectory && inputs.all.size() == 1 && inputs.fileCount == 1) {
+    task.wholeDocuments = true;
+    task.writesOutput = true;
+  }
   const bool isGood = answerFiles(task, commandLine, diagnostics, output,
                                   answerDirectory ? &*answerDirectory : nullptr);
   return isGood ? kAllGood : kFileFailed;
@@ -132,7 +136,7 @@ int run(const CommandLine& commandLine) {
   Output output;
   int status = kAllGood;
   if (commandLine.help) {
-    output.write(helpText());
+    output.write(helpText(kProgram));
   } else if (commandLine.generate) {
     output.write(generatedText(*commandLine.generate));
   } else if (commandLine.version) {

@@ -38,10 +38,28 @@ std::size_t findEscaped(std::string_view text, std::size_t from) {
   return static_cast<std::size_t>(stop - text.data());
 }
 
+const Escape* escapeOf(char letter) {
+  const auto* const row =
+      std::find_if(kEscapes.begin(), kEscapes.end(),
+                   [letter](const Escape& known) { return known.letter == letter; });
+  return row == kEscapes.end() ? nullptr : row;
+}
+
 // Labels and tags are written as they are, so they are of bytes that need no escape.
 bool isPlain(char byte) { return byte >= ' ' && byte <= '~' && byte != '"' && byte != '\\'; }
 
 }  // namespace
+
+std::string unescaped(std::string_view text) {
+  std::string result;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    const bool mayBegin = text[at] == '\\' && at + 1 < text.size();
+    const Escape* const escape = mayBegin ? escapeOf(text[at + 1]) : nullptr;
+    result += escape == nullptr ? text[at] : escape->byte;
+    if (escape != nullptr) ++at;
+  }
+  return result;
+}
 
 RecordReader::RecordReader(std::string_view answer) : rest_(answer), answerBytes_(answer.size()) {}
 
@@ -100,10 +118,8 @@ bool RecordReader::takeEscaped(std::string& storage, std::string_view& text) {
   storage.clear();
   std::size_t run = 0;
   for (; stop + 1 < rest_.size() && rest_[stop] == '\\'; stop = findEscaped(rest_, run)) {
-    const auto* const escape =
-        std::find_if(kEscapes.begin(), kEscapes.end(),
-                     [&](const Escape& row) { return row.letter == rest_[stop + 1]; });
-    if (escape == kEscapes.end()) break;
+    const Escape* const escape = escapeOf(rest_[stop + 1]);
+    if (escape == nullptr) break;
     storage.append(rest_, run, stop - run);
     storage += escape->byte;
     run = stop + 2;

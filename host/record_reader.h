@@ -30,6 +30,9 @@ struct Record {
   std::string_view simpleFunctionName;
 };
 
+// The text without its escapes. A backslash that begins none of them stays.
+std::string unescaped(std::string_view text);
+
 class RecordReader {
  public:
   // Reads out of the answer, which has to outlive the reader.

@@ -13,10 +13,12 @@
 #include <cstdlib>
 #include <new>
 #include <string_view>
+#include <utility>
 
 #include "output.h"
 #include "platform.h"
 #include "plugin_module.h"
+#include "record_reader.h"
 #include "worker_frame.h"
 
 namespace host {
@@ -33,6 +35,8 @@ constexpr std::size_t kRequestsAtOnce = 64;
 constexpr std::string_view kRecordsOpening = "[\n";
 constexpr std::string_view kErrorOpening = R"([{"error": ")";
 constexpr std::string_view kErrorClosing = R"("}])";
+// The module may find that its memory is at an end before the program does.
+constexpr std::string_view kMemoryAnswer = R"([{"error": "Parser exception: std::bad_alloc"}])";
 
 // From now on the process has so long; then SIGALRM kills it, whatever it is at. 0 takes that back.
 void limitTime(std::chrono::microseconds time) {
@@ -45,32 +49,26 @@ void limitTime(std::chrono::microseconds time) {
 
 constexpr std::chrono::microseconds kNoLimit{0};
 
-// The text of an error answer, which is what is wrong with the file.
+// What an error answer tells is wrong with the file, and of which file if it does not say so.
 std::string errorMessage(const std::string& file, std::string_view answer) {
   if (!answer.starts_with(kErrorOpening) || !answer.ends_with(kErrorClosing)) {
     return file + ": the answer is neither records nor an error";
   }
   answer.remove_prefix(kErrorOpening.size());
   answer.remove_suffix(kErrorClosing.size());
-  return std::string(answer);
+  std::string message = unescaped(answer);
+  return message.ends_with(file) ? message : file + ": " + message;
 }
 
 // What C's stdout still holds goes out. The module does not look at the result of its writes, but
 // the stream remembers a failed one.
 bool areDiagnosticsLost() { return std::fflush(stdout) != 0 || std::ferror(stdout) != 0; }
 
-void silenceStandardError() {
-  const int nowhere = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
-  if (nowhere != STDERR_FILENO) {
-    ::dup2(nowhere, STDERR_FILENO);
-    ::close(nowhere);
-  }
-}
-
 class Worker {
  public:
-  Worker(const WorkerTask& task, int results)
-      : task_(task), results_(results), plugin_(task.plugin) {}
+  // The output is the descriptor for texts that are not sent to the parent, or negative.
+  Worker(const WorkerTask& task, int results, int output)
+      : task_(task), results_(results), output_(output), plugin_(task.plugin) {}
 
   void answer(std::uint64_t request) {
     if (request == kVersionRequest) {
@@ -84,9 +82,21 @@ class Worker {
   bool isWornOut() const { return isWornOut_; }
 
  private:
-  void send(Frame& frame) {
+  void send(Frame& frame, std::string_view text) {
     frame.diagnosticsLost = areDiagnosticsLost();
-    if (writeFrame(results_, frame) != 0) ::_exit(EXIT_FAILURE);  // there is no parent any more
+    // Should it fail, there is no parent any more.
+    if (writeFrame(results_, frame, text) != 0) ::_exit(EXIT_FAILURE);
+  }
+
+  // The parent hears of it before the first byte: a text that was begun must not be written again.
+  void writeOutput(Frame& frame, std::string_view text) {
+    Frame announcement;
+    announcement.kind = FrameKind::kWriting;
+    send(announcement, {});
+    const int writeError = writeAll(output_, text);
+    const int closeError = ::close(output_) != 0 && errno != EINTR ? errno : 0;
+    frame.isWritten = true;
+    frame.outputError = writeError != 0 ? writeError : closeError;
   }
 
   void tellVersion() {
@@ -94,8 +104,7 @@ class Worker {
     const char* const info = plugin_.info();
     frame.kind = info == nullptr ? FrameKind::kUnusable : FrameKind::kVersion;
     if (info == nullptr) frame.message = "no memory for the plug-in's version";
-    if (info != nullptr) frame.text = info;
-    send(frame);
+    send(frame, info == nullptr ? "" : info);
   }
 
   void answerFile(std::uint64_t index) {
@@ -110,7 +119,10 @@ class Worker {
     if (mayBeRead(input.path, report, frame)) ask(report, frame);
     report.message = frame.message;
     frame.status = report.status;
-    const std::string fault = appendText(report, task_, frame.text);
+    std::string fault;
+    const bool isAnswer = task_.format->isAnswer && frame.hasAnswer;
+    if (!isAnswer) fault = appendText(report, task_, frame.text);
+    std::string_view text = isAnswer ? report.answer : frame.text;
     limitTime(kNoLimit);
     if (!fault.empty()) {
       frame.status = FileStatus::kFailed;
@@ -121,7 +133,8 @@ class Worker {
     isWornOut_ = files_ >= kMaxFiles || grownBy >= kMaxMemoryKept ||
                  (halfOfLimit != 0 && grownBy >= halfOfLimit);
     frame.isLast = isWornOut_;
-    send(frame);
+    if (output_ >= 0) writeOutput(frame, std::exchange(text, {}));
+    send(frame, text);
   }
 
   // The size of a file is looked at before the module reads it whole. So is its kind, which may
@@ -162,6 +175,7 @@ class Worker {
     frame.hasAnswer = true;
     const std::uint64_t limit = task_.limits.answerBytes;
     if (limit != 0 && report.answer.size() > limit) ::_exit(kWorkerTooLarge);
+    if (report.answer == kMemoryAnswer) ::_exit(kWorkerOutOfMemory);
     if (!report.answer.starts_with(kRecordsOpening)) {
       report.status = FileStatus::kFailed;
       frame.message = onOneLine(errorMessage(path, report.answer));
@@ -170,6 +184,7 @@ class Worker {
 
   const WorkerTask& task_;
   int results_;
+  int output_;
   PluginModule plugin_;
   std::uint64_t memoryAtStart_ = peakMemory();  // with all that the parent has
   unsigned files_ = 0;
@@ -205,21 +220,25 @@ std::string appendText(const FileReport& report, const WorkerTask& task, std::st
 }
 
 void work(const WorkerTask& task, int requests, int results) {
-  if (::dup2(task.diagnostics, STDOUT_FILENO) < 0) ::_exit(EXIT_FAILURE);
-  if (task.quiet) silenceStandardError();
+  const int output =
+      task.writesOutput ? ::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, kFirstFreeDescriptor) : -1;
+  if (task.writesOutput && output < 0) ::_exit(EXIT_FAILURE);
+  for (const int stream : {STDOUT_FILENO, STDERR_FILENO}) {
+    if (::dup2(task.diagnostics, stream) < 0) ::_exit(EXIT_FAILURE);
+  }
   if (task.limits.memory != 0) limitMemory(task.limits.memory);
   std::set_new_handler([] { ::_exit(kWorkerOutOfMemory); });
   try {
     limitTime(kTimeBesidesFiles);
-    Worker worker(task, results);
+    Worker worker(task, results, output);
     limitTime(kNoLimit);
-    if (writeFrame(results, Frame{}) == 0) answerRequests(worker, requests);
+    if (writeFrame(results, Frame{}, {}) == 0) answerRequests(worker, requests);
     limitTime(kTimeBesidesFiles);  // to the very end
   } catch (const Failure& failure) {
     Frame unusable;
     unusable.kind = FrameKind::kUnusable;
     unusable.message = failure.what();
-    writeFrame(results, unusable);
+    writeFrame(results, unusable, {});
   }
   // The module's own ends of life, such as those of its static objects, are in this.
   std::exit(areDiagnosticsLost() ? kWorkerLostDiagnostics : EXIT_SUCCESS);

@@ -29,7 +29,8 @@ struct Header {
   std::uint8_t hasAnswer = 0;
   std::uint8_t isLast = 0;
   std::uint8_t diagnosticsLost = 0;
-  std::array<std::uint8_t, 3> unused{};
+  std::uint8_t isWritten = 0;
+  std::uint16_t outputError = 0;
   std::uint64_t endMark = kMark;
 };
 
@@ -55,16 +56,18 @@ std::size_t frameBytes(const Header& header) {
 
 }  // namespace
 
-int writeFrame(int descriptor, const Frame& frame) {
+int writeFrame(int descriptor, const Frame& frame, std::string_view text) {
   Header header;
   header.index = frame.index;
   header.messageBytes = frame.message.size();
-  header.textBytes = frame.text.size();
+  header.textBytes = text.size();
   header.kind = static_cast<std::uint8_t>(frame.kind);
   header.status = static_cast<std::uint8_t>(frame.status);
   header.hasAnswer = frame.hasAnswer ? 1 : 0;
   header.isLast = frame.isLast ? 1 : 0;
   header.diagnosticsLost = frame.diagnosticsLost ? 1 : 0;
+  header.isWritten = frame.isWritten ? 1 : 0;
+  header.outputError = static_cast<std::uint16_t>(frame.outputError);
   std::string opening(sizeof header, '\0');
   std::memcpy(opening.data(), &header, sizeof header);
   opening += frame.message;
@@ -72,7 +75,7 @@ int writeFrame(int descriptor, const Frame& frame) {
   // Together, so that the parent does not wake up for the header alone.
   std::array<iovec, 2> parts = {
       iovec{opening.data(), opening.size()},
-      iovec{const_cast<char*>(frame.text.data()), std::min(frame.text.size(), kReadBytes)}};
+      iovec{const_cast<char*>(text.data()), std::min(text.size(), kReadBytes)}};
   ssize_t written = 0;
   do {
     written = ::writev(descriptor, parts.data(), static_cast<int>(parts.size()));
@@ -83,16 +86,19 @@ int writeFrame(int descriptor, const Frame& frame) {
     if (const int error = writeAll(descriptor, std::string_view(opening).substr(count))) {
       return error;
     }
-    return writeAll(descriptor, frame.text);
+    return writeAll(descriptor, text);
   }
-  return writeAll(descriptor, std::string_view(frame.text).substr(count - opening.size()));
+  return writeAll(descriptor, text.substr(count - opening.size()));
 }
 
 FrameReader::State FrameReader::read(int descriptor) {
   bytes_.erase(0, std::exchange(taken_, 0));
   // No byte behind a frame that has begun, so that a long text need not be copied out.
   std::size_t wanted = kReadBytes;
-  if (const std::size_t missing = missingBytes(); missing > 0) wanted = std::min(wanted, missing);
+  if (const std::size_t missing = missingBytes(); missing > 0) {
+    wanted = std::min(wanted, missing);
+    bytes_.reserve(bytes_.size() + missing);
+  }
   std::array<char, kReadBytes> block;
   ssize_t count = 0;
   do {
@@ -120,6 +126,8 @@ FrameReader::State FrameReader::next(Frame& frame) {
   frame.hasAnswer = header.hasAnswer != 0;
   frame.isLast = header.isLast != 0;
   frame.diagnosticsLost = header.diagnosticsLost != 0;
+  frame.isWritten = header.isWritten != 0;
+  frame.outputError = header.outputError;
   frame.index = header.index;
   frame.message = rest.substr(sizeof header, header.messageBytes);
   const std::size_t textStart = taken_ + sizeof header + header.messageBytes;

@@ -14,6 +14,7 @@ enum class FrameKind : std::uint8_t {
   kReady,     // the module is loaded
   kUnusable,  // it is not, or does not do what it is asked for: message says why
   kVersion,   // text is the module's
+  kWriting,   // from now on bytes of a file's text go to the output
   kFile,      // what became of one file: text is for the output, message for a person
 };
 
@@ -23,13 +24,16 @@ struct Frame {
   bool hasAnswer = false;        // the module gave one, though it may be empty
   bool isLast = false;           // the worker takes no further file
   bool diagnosticsLost = false;  // the module's lines could not be written
+  bool isWritten = false;        // the worker has written the text itself, or tried to
+  int outputError = 0;           // the number of the error that kept it from that
   std::uint64_t index = 0;       // of the file among the inputs
   std::string message;
   std::string text;
 };
 
+// Writes the frame with the text in place of its own, which spares those who have a view a copy.
 // Gives 0, or the error number of the write that failed.
-int writeFrame(int descriptor, const Frame& frame);
+int writeFrame(int descriptor, const Frame& frame, std::string_view text);
 
 // Puts together what comes out of a pipe in pieces.
 class FrameReader {

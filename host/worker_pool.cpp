@@ -189,12 +189,18 @@ void WorkerPool::receiveFrom(Slot& slot) {
 void WorkerPool::accept(Slot& slot, Frame frame) {
   if (frame.kind == FrameKind::kUnusable) throw Failure(frame.message);
   slot.isReady = true;
+  slot.isWriting = frame.kind == FrameKind::kWriting;
   if (frame.kind != FrameKind::kFile) return;
   slot.files.pop_front();
   slot.isAlone = false;
-  FileResult result{frame.status,          frame.hasAnswer,
-                    frame.diagnosticsLost, std::move(frame.message),
-                    std::move(frame.text), {}};
+  FileResult result;
+  result.status = frame.status;
+  result.hasAnswer = frame.hasAnswer;
+  result.diagnosticsLost = frame.diagnosticsLost;
+  result.message = std::move(frame.message);
+  result.text = std::move(frame.text);
+  result.isWritten = frame.isWritten;
+  result.outputError = frame.outputError;
   if (const auto failure = firstFailures_.extract(frame.index)) {
     result.firstFailure = failure.mapped();
   }
@@ -235,6 +241,9 @@ void WorkerPool::lose(Slot& slot, bool isSpoilt) {
   if (slot.files.empty()) return;
 
   const std::uint64_t index = slot.files.front();
+  if (slot.isWriting) {
+    throw Failure(task_.inputs->all[index].path + ": its text is cut in the output: " + what);
+  }
   slot.files.pop_front();
   giveBack(slot);
   if (firstFailures_.emplace(index, what).second) {

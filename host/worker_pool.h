@@ -23,6 +23,8 @@ struct FileResult {
   bool diagnosticsLost = false;  // up to this file
   std::string message;           // empty when answered
   std::string text;              // for the output
+  bool isWritten = false;        // the worker has written the text itself, or tried to
+  int outputError = 0;           // the number of the error that kept it from that
   std::string firstFailure;      // what was wrong at the first of two attempts, or empty
 };
 
@@ -52,6 +54,7 @@ class WorkerPool {
     std::deque<std::uint64_t> files;  // handed to it and not answered, in its order
     bool isReady = false;             // has loaded the module
     bool isAlone = false;             // is for the first of its files only
+    bool isWriting = false;           // to the output itself
   };
 
   void handOut(std::uint64_t wanted);

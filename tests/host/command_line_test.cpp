@@ -19,6 +19,7 @@ namespace fs = std::filesystem;
 using host_test::joined;
 using host_test::Outcome;
 using host_test::Words;
+using host_test::writeFile;
 using Arguments = host_test::QuorlJs;
 using Help = host_test::QuorlJs;
 using Version = host_test::QuorlJs;
@@ -150,6 +151,8 @@ TEST_F(Arguments, ThatDoNotGoTogetherAreRefusedInOneLine) {
       {{"f", "--node-modules"}, "--node-modules requires --recursive"},
       {{"f", "-0"}, "--null requires --files-from"},
       {{"f", "--null"}, "--null requires --files-from"},
+      {{"f", "--depth=1"}, "--depth requires --format tree"},
+      {{"f", "--only=line", "--format=json"}, "--only requires --format tree"},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(joined(row.arguments));
@@ -205,13 +208,26 @@ TEST_F(Arguments, WithValuesAreTakenInEachSpelling) {
                                  Words{"--color", "auto"},
                                  Words{"--color=always"},
                                  Words{"--color=never"},
-                                 Words{"--depth=0", "--only", "line,class", "--only=link"},
                                  Words{"--times"},
                                  Words{"--quiet", "-q", "--no-progress", "--strict"}}) {
     SCOPED_TRACE(joined(arguments));
     Words all = arguments;
     all.emplace_back("f");
     EXPECT_EQ(runOdd(all), (Outcome{0, "[\nf|\n]\n", ""}));
+  }
+}
+
+TEST_F(Arguments, OfAnOutlineMayBeJoinedOrRepeated) {
+  writeFile("a.js", "function f() {\n  return 1;\n}\n");
+  for (const Words& labels :
+       {Words{"--only=class,line"}, Words{"--only", "line", "--only=class"}}) {
+    Words arguments = labels;
+    arguments.insert(arguments.end(), {"a.js", "--format=tree", "--depth=4"});
+    EXPECT_EQ(run(arguments), (Outcome{0,
+                                       "a.js\n"
+                                       "       class           A\n"
+                                       "     2 line                return 1;\n",
+                                       ""}));
   }
 }
 

@@ -291,6 +291,10 @@ TEST(TreeFormat, TellsInOneLineWhatWentWrong) {
   EXPECT_EQ(write("tree", {.path = "a.js", .status = FileStatus::kFailed, .message = "no"},
                   {.color = true}),
             "\x1b[1ma.js\x1b[0m: \x1b[31mfailed: no\x1b[0m\n");
+  for (const char* message : {"a\\x0a.js: no", "no: a\\x0a.js"}) {
+    EXPECT_EQ(write("tree", {.path = "a\n.js", .status = FileStatus::kFailed, .message = message}),
+              "a\\n.js: failed: no\n");
+  }
   EXPECT_EQ(write("tree", {.path = "a.js", .answer = "[\n"}),
             "a.js\n"
             "a.js: unreadable: the answer leaves the record format in record 0, near byte 2 of "

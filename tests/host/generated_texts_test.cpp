@@ -109,6 +109,7 @@ TEST_F(GeneratedTexts, ThatCannotBeWrittenEndTheRun) {
 TEST_F(Completions, OfBash) {
   if (!isInstalled("bash")) GTEST_SKIP() << "no bash";
   writeFile("quorl-js.bash", generated("bash"));
+  writeFile("melon.js", "");
   EXPECT_EQ(printedBy("bash", "bash -n quorl-js.bash"), "");
   EXPECT_EQ(printedBy("bash", ". ./quorl-js.bash; complete -p quorl-js"),
             "complete -o default -F _quorl_js quorl-js\n");
@@ -132,6 +133,11 @@ TEST_F(Completions, OfBash) {
       {"joined directories", "--out-dir = x", "(+o default -o dirnames)"},
       {"nothing to offer", "--defines ''", "(+o default)"},
       {"no options behind --", "-- --", ""},
+      {"the other command", "me", "(-o filenames)melon.js merge"},
+      {"a file that is no command", "merger", ""},
+      {"options of the other command", "merge -", "--files-from -0 --null --help"},
+      {"files for it", "merge --files-from ''", ""},
+      {"no command but as the first word", "f merge --n", "--node-modules --null --no-progress"},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.why);
@@ -153,7 +159,7 @@ TEST_F(Completions, OfZsh) {
   writeFile("_quorl-js", script);
   EXPECT_EQ(printedBy("zsh", "zsh -n _quorl-js"), "");
   const std::string diagnostics =
-      "--diagnostics=[where the plug-in's diagnostic lines go]:WHERE:"
+      "--diagnostics=[where the plug-in's diagnostic lines and warnings go]:WHERE:"
       R"x({_alternative "words\:word\:(none stderr)" "files\:file\:_files"})x";
   // The specifications as zsh reads them out of the quotes.
   const std::string read =
@@ -167,10 +173,25 @@ TEST_F(Completions, OfZsh) {
              "(-j --jobs)-j+[read N files at a time, 1 to 256]:N: ",
              "(-j --jobs)--jobs=[read N files at a time, 1 to 256]:N: ",
              "--color=[colour the outline]:WHEN:(auto always never)", diagnostics,
-             "--help[print this text and stop]", "*:FILE:_files"}) {
+             "--help[print this text and stop]", "*:FILE:_files",
+             R"x(1:FILE or command:{_alternative "commands\:command\:(merge)" )x"
+             R"x("files\:file\:_files"})x"}) {
     EXPECT_NE(("\n" + read).find("\n" + line + "\n"), std::string::npos) << line << "\nis not in\n"
                                                                          << read;
   }
+}
+
+TEST_F(Completions, OfZshBehindMerge) {
+  if (!isInstalled("zsh")) GTEST_SKIP() << "no zsh";
+  writeFile("_quorl-js", generated("zsh"));
+  EXPECT_EQ(printedBy("zsh",
+                      "_arguments() { printf '%s\\n' \"$@\" }; words=(quorl-js merge x); CURRENT=3;"
+                      ". ./_quorl-js"),
+            "-S\n--files-from=[the names of all files, one a line, a LIST of - being standard "
+            "input]:LIST:_files\n"
+            "(-0 --null)-0[names in LIST end in NUL bytes instead of line feeds]\n"
+            "(-0 --null)--null[names in LIST end in NUL bytes instead of line feeds]\n"
+            "--help[print this text and stop]\n*:SHARD:_files\n");
 }
 
 TEST_F(Completions, OfFish) {
@@ -188,12 +209,17 @@ TEST_F(Completions, OfFish) {
        "--node-modules\twith --recursive, take entries called node_modules too\n"
        "--no-progress\tdo not show how far the run is\n"
        "--null\tnames in LIST end in NUL bytes instead of line feeds\n"},
-      {"quorl-js --diagnostics s", "stderr\twhere the plug-in's diagnostic lines go\n"},
+      {"quorl-js --diagnostics s",
+       "stderr\twhere the plug-in's diagnostic lines and warnings go\n"},
       {"quorl-js --plugin folder/", "folder/f.js\n"},
       {"quorl-js --format j", "json\tthe form of the output\n"},
       {"quorl-js --out-dir folder/", ""},
       {"quorl-js --defines folder/", ""},
       {"quorl-js folder/", "folder/f.js\n"},
+      {"quorl-js me", "merge\tjoins the ndjson outputs of several runs\n"},
+      {"quorl-js folder/f.js me", ""},
+      {"quorl-js merge --n", "--null\tnames in LIST end in NUL bytes instead of line feeds\n"},
+      {"quorl-js merge folder/", "folder/f.js\n"},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.line);
@@ -213,7 +239,7 @@ TEST_F(ManualPage, HasItsSections) {
     if (line.rfind("# ", 0) == 0) sections.push_back(line.substr(2));
   }
   EXPECT_EQ(sections, (Words{"NAME", "SYNOPSIS", "DESCRIPTION", "LIMITS", "OPTIONS", "EXIT STATUS",
-                             "EXAMPLES", "SEE ALSO"}));
+                             "MERGE", "EXAMPLES", "SEE ALSO"}));
   for (const char* text :
        {"\n*quorl-js* _FILE_... [_OPTION_]...++\n",
         "\n*quorl-js* *--files-from* _LIST_ [_FILE_]... [_OPTION_]...++\n",
@@ -221,7 +247,8 @@ TEST_F(ManualPage, HasItsSections) {
         "\n*-j*, *--jobs* _N_\n\tread N files at a time",
         "\n*-0*, *--null*\n\tnames in LIST end in NUL bytes instead of line feeds\n\n",
         "\n*--plugin* _PATH_\n\tthe plug-in module", "entries called node\\_modules too\n",
-        "\n*0*\n\tevery file was read\n\n"}) {
+        "\n*0*\n\tevery file was read\n\n", "\n*0*\n\tevery file was answered\n\n",
+        "\n*quorl-js* *merge* [*--files-from* _LIST_ [*-0*]] _SHARD_...\n"}) {
     EXPECT_NE(source.find(text), std::string::npos) << text;
   }
 }

@@ -166,7 +166,7 @@ def faults(quorl_js, folder):
     if (done.returncode, done.stdout) != (0, B_FIRST):
         yield "a list from standard input: %r" % done
     done = subprocess.run([quorl_js, "merge", "--help"], check=False, stdout=subprocess.PIPE)
-    if done.returncode != 0 or not done.stdout.startswith(b"usage: quorl-js merge "):
+    if done.returncode != 0 or not done.stdout.startswith(b"Usage: quorl-js merge "):
         yield "--help: %r" % done
 
 

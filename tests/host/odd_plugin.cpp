@@ -15,6 +15,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
 #include <iostream>
 #include <string>
 #include <string_view>
@@ -140,6 +141,11 @@ EXPORTED const char* ParseJS(const char* path, const char* defines) {
     answer = "[\n]\n";
   } else if (name == "process") {
     answer = "[\n" + std::to_string(::getpid()) + "\n]\n";
+  } else if (name == "bad-alloc") {
+    answer = R"([{"error": "Parser exception: std::bad_alloc"}])";
+  } else if (name == "big-by") {
+    std::ofstream("process") << ::getpid();
+    answer = "[\n" + std::string(kBigAnswerBytes, 'x') + "\n]\n";
   } else if (name == "big") {
     answer = "[\n" + std::string(kBigAnswerBytes, 'x') + "\n]\n";
   } else {

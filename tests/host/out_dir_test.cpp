@@ -129,7 +129,7 @@ TEST_F(OutDir, ReplacesAnswersFromBefore) {
 TEST_F(OutDir, HasErrorAnswersToo) {
   EXPECT_EQ(runIntoOut({"f", "error", "no-memory", "no-text"}),
             (Outcome{1, "",
-                     "quorl-js: it\\'s \\\"odd\\\": x\n"
+                     "quorl-js: error: it's \"odd\": x\n"
                      "quorl-js: no-memory: no memory for the answer\n"
                      "quorl-js: no-text: the answer is neither records nor an error\n"}));
   EXPECT_EQ(filesIn("out"), (Files{{"error.records", R"([{"error": "it\'s \"odd\": x"}])"},

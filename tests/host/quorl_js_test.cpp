@@ -47,13 +47,13 @@ TEST_F(Answers, ArePrintedAsTheyAreAndFailuresAreTold) {
       {"nothing between two answers", {"f", "g"}, {0, "[\nf|\n]\n[\ng|\n]\n", ""}},
       {"a file twice", {"f", "f"}, {0, "[\nf|\n]\n[\nf|\n]\n", ""}},
       {"an array without records is a good answer", {"no-records"}, {0, "[\n]\n", ""}},
-      {"an error answer is an answer too; its escapes stay",
+      {"an error answer is an answer too, and told without its escapes",
        {"error"},
-       {1, R"([{"error": "it\'s \"odd\": x"}])", "quorl-js: it\\'s \\\"odd\\\": x\n"}},
+       {1, R"([{"error": "it\'s \"odd\": x"}])", "quorl-js: error: it's \"odd\": x\n"}},
       {"control bytes of a message are shown, other bytes stay",
        {"control-bytes"},
        {1, "[{\"error\": \"\x01 \x1b[31mred\x7f \t\r\n caf\xc3\xa9 \xff\"}]",
-        "quorl-js: \\x01 \\x1b[31mred\\x7f \\x09\\x0d\\x0a caf\xc3\xa9 \xff\n"}},
+        "quorl-js: control-bytes: \\x01 \\x1b[31mred\\x7f \\x09\\x0d\\x0a caf\xc3\xa9 \xff\n"}},
       {"an error answer without its end",
        {"cut-error"},
        {1, R"([{"error": "no end)",
@@ -77,7 +77,7 @@ TEST_F(Answers, ArePrintedAsTheyAreAndFailuresAreTold) {
         "[\nf|\n]\n"
         R"([{"error": "it\'s \"odd\": x"}])"
         "[\ng|\n]\n[\nh|\n]\n",
-        "quorl-js: it\\'s \\\"odd\\\": x\nquorl-js: no-memory: no memory for the answer\n"}},
+        "quorl-js: error: it's \"odd\": x\nquorl-js: no-memory: no memory for the answer\n"}},
       {"a good last file does not mend the status",
        {"no-memory", "f"},
        {1, "[\nf|\n]\n", "quorl-js: no-memory: no memory for the answer\n"}},
@@ -180,12 +180,15 @@ TEST_F(Diagnostics, GoNowhereUnlessAskedFor) {
   EXPECT_TRUE(fs::is_empty("."));
 }
 
-// Only what the module writes to standard output is led elsewhere.
-TEST_F(Diagnostics, AreNotWhatTheModuleWritesToStandardError) {
-  const Outcome warned{0, "[\nwarning|\n]\n", "a warning of the module\n"};
-  EXPECT_EQ(runOdd({"warning"}), warned);
-  EXPECT_EQ(runOdd({"warning", "--diagnostics", "lines"}), warned);
-  EXPECT_EQ(contentsOf("lines"), "loaded\ncleaned up\nunloaded\n");
+// Warnings name no file, so that only those who asked for the lines around them can use them.
+TEST_F(Diagnostics, AreWhatTheModuleWritesToStandardErrorToo) {
+  const std::string answer = "[\nwarning|\n]\n";
+  // The warning is not buffered, and so overtakes what is.
+  const std::string lines = "a warning of the module\nloaded\ncleaned up\nunloaded\n";
+  EXPECT_EQ(runOdd({"warning"}), (Outcome{0, answer, ""}));
+  EXPECT_EQ(runOdd({"warning", "--diagnostics", "lines"}), (Outcome{0, answer, ""}));
+  EXPECT_EQ(contentsOf("lines"), lines);
+  EXPECT_EQ(runOdd({"warning", "--diagnostics", "stderr"}), (Outcome{0, answer, lines}));
 }
 
 TEST_F(Diagnostics, GoToStandardError) {
@@ -199,7 +202,7 @@ TEST_F(Diagnostics, GoToStandardErrorBeforeTheMessageOfTheirFile) {
                      R"([{"error": "it\'s \"odd\": x"}])"
                      "[\ng|\n]\n",
                      "loaded\nby iostream\nby descriptor\nby stdio\n"
-                     "quorl-js: it\\'s \\\"odd\\\": x\n"
+                     "quorl-js: error: it's \"odd\": x\n"
                      "cleaned up\nunloaded\n"}));
 }
 

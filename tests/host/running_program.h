@@ -3,6 +3,7 @@
 
 #include <sys/types.h>
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -32,8 +33,11 @@ class RunningProgram {
   // What is written to standard error until its end is the text given.
   std::string readErrorsUpTo(const std::string& text) const;
 
-  // What was written to standard error until each process that has it ended, children too.
+  // What was written to standard error until the program and all its children ended.
   std::string errorsToTheEnd();
+
+  // The next bytes of standard output, so many unless it ends before.
+  std::string readOutput(std::size_t count) const;
 
   // The rest of standard output.
   std::string outputToTheEnd();
@@ -45,6 +49,7 @@ class RunningProgram {
   pid_t pid_ = 0;
   int out_ = -1;
   int err_ = -1;
+  int life_ = -1;  // a pipe that nothing is written to, and that ends with the last process
 };
 
 }  // namespace host_test

@@ -106,6 +106,9 @@ TEST_F(BadFiles, CostTheirOwnAnswerOnly) {
 }
 
 TEST_F(BadFiles, MayHaveQuotesInTheirNames) {
+  EXPECT_EQ(run({"it's \"gone\"\n.js"}),
+            (Outcome{1, R"([{"error": "Could not open file: it\'s \"gone\"\n.js"}])",
+                     "quorl-js: Could not open file: it's \"gone\"\\x0a.js\n"}));
   writeFile("it's \"big\".js", "let a = 1;\n");
   EXPECT_EQ(run({"it's \"big\".js", "--max-output=10"}),
             (Outcome{1, errorAnswer(std::string("it\\'s \\\"big\\\".js: ") + kTooLong),
@@ -119,6 +122,14 @@ TEST_F(BadFiles, ThatTakeTooMuchMemory) {
       runOdd({"--max-memory=64M", "a", "hog", "b"}),
       (Outcome{1, answerTo("a") + errorAnswer(told) + answerTo("b"), "quorl-js: " + told + "\n"}));
   EXPECT_EQ(runOdd({"--max-memory=0", "keep"}), (Outcome{0, answerTo("keep"), ""}));
+}
+
+// The module tells of it by an answer of its own, which names no file and no limit.
+TEST_F(BadFiles, OfWhichTheModuleSaysThatTheyTakeTooMuchMemory) {
+  const std::string told = std::string("bad-alloc: ") + kOutOfMemory;
+  EXPECT_EQ(
+      runOdd({"a", "bad-alloc", "b"}),
+      (Outcome{1, answerTo("a") + errorAnswer(told) + answerTo("b"), "quorl-js: " + told + "\n"}));
 }
 
 TEST_F(BadFiles, AreFourOfAThousand) {
@@ -135,7 +146,11 @@ TEST_F(BadFiles, AreFourOfAThousand) {
     if (number == 300) fails("hang", std::string("hang: ") + kTimedOut);
     if (number == 500 && kMemoryIsLimited) fails("hog", std::string("hog: ") + kOutOfMemory);
     if (number == 500 && !kMemoryIsLimited) fails("exit", "exit: ended its process with status 7");
-    if (number == 700) fails("error", R"(it\'s \"odd\": x)");
+    if (number == 700) {
+      list += "error\n";
+      answers += R"([{"error": "it\'s \"odd\": x"}])";
+      messages += "quorl-js: error: it's \"odd\": x\n";
+    }
     const std::string file = "file " + std::to_string(number);
     list += file + "\n";
     answers += answerTo(file);
@@ -179,7 +194,7 @@ TEST_F(BadFiles, AreKnownInEveryFormat) {
       {"--format=json", "{" + head + ",\"files\":[\n{" + members + "\"records\":[]}\n]}\n"},
       {"--format=ndjson", R"({"type":"header",)" + head + ",\"fileCount\":1}\n" +
                               R"({"type":"file","file":0,)" + members + "\"recordCount\":0}\n"},
-      {"--format=tree", "crash: crashed: crash: " + kKilled + "\n"},
+      {"--format=tree", "crash: crashed: " + kKilled + "\n"},
   };
   for (const Row& row : rows) {
     EXPECT_EQ(runOdd({"crash", row.option}),
@@ -287,6 +302,67 @@ TEST_F(BadFiles, ThatLeadNowhere) {
                      "quorl-js: /dev/zero: not a regular file, skipped\n"}));
 }
 
+// ---- A single file, whose text its worker writes
+
+using SingleFile = Workers;
+
+TEST_F(SingleFile, IsWrittenOnceAndWhole) {
+  const std::string big = "[\n" + std::string(3'000'000, 'x') + "\n]\n";
+  const std::string told =
+      "quorl-js: crash-once: answered at the second attempt; the first: " + kKilled + "\n";
+  for (const StandardOutput out : {StandardOutput::kFile, StandardOutput::kPipe}) {
+    EXPECT_TRUE(runOdd({"big"}, out) == (Outcome{0, big, ""}));
+    EXPECT_EQ(runOdd({"crash-once"}, out), (Outcome{0, answerTo("crash-once"), told}));
+    EXPECT_EQ(runOdd({"no-text", "--quiet"}, out), (Outcome{1, "", ""}));
+    fs::remove("crashed");
+  }
+}
+
+TEST_F(SingleFile, HasTheTextThatItHasAmongOthers) {
+  writeFile("a.js", "function f() {\n  return 'caf\xc3\xa9';\n}\n");
+  fs::create_directory("out");
+  for (const std::string format : {"raw", "json", "ndjson", "tree"}) {
+    SCOPED_TRACE(format);
+    const Outcome alone = run({"a.js", "--format", format});
+    EXPECT_EQ(run({"a.js", "--format", format, "--out-dir=out"}), (Outcome{0, "", ""}));
+    const std::string extension = format == "raw" ? ".records" : "." + format;
+    EXPECT_EQ(alone, (Outcome{0, contentsOf("out/a.js" + extension), ""}));
+    const Outcome failed = run({"gone.js", "--format", format});
+    EXPECT_EQ(run({"gone.js", "--format", format, "--out-dir=out"}), (Outcome{1, "", failed.err}));
+    EXPECT_EQ(failed.out, contentsOf("out/gone.js" + extension));
+  }
+}
+
+TEST_F(SingleFile, ThatCannotBeWrittenEndsTheRun) {
+  for (const char* format : {"--format=raw", "--format=json"}) {
+    EXPECT_EQ(run({"gone.js", format}, StandardOutput::kFullDisk),
+              (Outcome{2, "", "quorl-js: standard output: No space left on device\n"}));
+    EXPECT_EQ(run({"gone.js", format}, StandardOutput::kAbandonedPipe),
+              (Outcome{2, "", "quorl-js: standard output: Broken pipe\n"}));
+  }
+}
+
+// What is out cannot be taken back, so there is no second attempt.
+TEST_F(SingleFile, WhoseWorkerDiesInTheMiddleOfItsText) {
+  RunningProgram program(QUORL_JS_PATH, oddArguments({"big-by"}));
+  const std::string begun = program.readOutput(2);
+  ::kill(static_cast<pid_t>(std::stol(contentsOf("process"))), SIGKILL);
+  EXPECT_EQ(program.errorsToTheEnd(),
+            "quorl-js: big-by: its text is cut in the output: " + kKilled + "\n");
+  EXPECT_EQ(program.waitForEnd(), 2);
+  EXPECT_EQ(begun, "[\n");
+  const std::string rest = program.outputToTheEnd();
+  EXPECT_EQ(rest, std::string(rest.size(), 'x'));
+}
+
+TEST_F(SingleFile, IsNotWaitedForAnyLongerWhenItsReaderHasGone) {
+  RunningProgram program(QUORL_JS_PATH, oddArguments({"big"}));
+  EXPECT_EQ(program.readOutput(2), "[\n");
+  program.leaveStandardOutput();
+  EXPECT_EQ(program.errorsToTheEnd(), "quorl-js: standard output: Broken pipe\n");
+  EXPECT_EQ(program.waitForEnd(), 2);
+}
+
 // ---- How many workers, and how long they live
 
 // The processes that answered the files called "process".
@@ -387,7 +463,7 @@ TEST_F(Signals, EndTheRunAndItsWorkers) {
     RunningProgram program(QUORL_JS_PATH, oddArguments({"a", "hang", "--timeout=0"}));
     RunningProgram::waitForFile("hanging");
     program.send(signal);
-    EXPECT_EQ(program.errorsToTheEnd(), "");  // ends when no process has it any more
+    EXPECT_EQ(program.errorsToTheEnd(), "");  // ends when no process is left
     EXPECT_EQ(program.waitForEnd(), 128 + signal);
     fs::remove("hanging");
   }
@@ -495,7 +571,6 @@ TEST_F(Strictness, MakesAFailureOfWhatIsOnlyTold) {
 TEST_F(Strictness, IsNotChangedByQuiet) {
   EXPECT_EQ(runOdd({"a", "error", "no-memory", "--quiet"}),
             (Outcome{1, answerTo("a") + R"([{"error": "it\'s \"odd\": x"}])", ""}));
-  EXPECT_EQ(runOdd({"warning", "--quiet"}), (Outcome{0, answerTo("warning"), ""}));
   EXPECT_EQ(runOdd({"a", "--quiet", "--files-from=gone"}),
             (Outcome{2, "", "quorl-js: list gone: No such file or directory\n"}));
 }

@@ -1,0 +1,104 @@
+"""Runs of quorl-js over ten thousand files, with one worker and with two in turn, and how long it
+takes to start.
+
+The files are texts of 1 to 100 KB out of the packages that texts.py fetches, as they are.
+"""
+import hashlib
+import os
+import pathlib
+import shutil
+import statistics
+import subprocess
+import sys
+import tarfile
+import time
+
+import texts
+
+FILES = 10_000
+FILE_BYTES = range(1_000, 100_001)
+JOBS = (1, 2)
+STARTS = 100  # a start takes little time, and the machine may be busy at any one
+RATE_HEADS = ["jobs", "wall s", "cpu s", "files/s", "MB/s wall", "MB/s a core of cpu",
+              "wall of -j 1/wall"]
+START_HEADS = ["command", "median ms", "least ms"]
+
+
+def prepare(cache):
+    """The file that lists the files, all made unless this very file has made them already."""
+    recipe = hashlib.sha256(pathlib.Path(__file__).read_bytes()).hexdigest()[:12]
+    folder = cache / ("many-" + recipe)
+    if not folder.exists():
+        downloads = cache / "packages"
+        downloads.mkdir(parents=True, exist_ok=True)
+        part = cache / "many.part"
+        shutil.rmtree(part, ignore_errors=True)
+        write_files(part, downloads)
+        for old in cache.glob("many-*/"):
+            shutil.rmtree(old)
+        part.rename(folder)
+    names = sorted(path for path in folder.rglob("*") if path.is_file())
+    listing = cache / "many-list"
+    listing.write_text("".join("%s\n" % name for name in names))
+    return listing
+
+
+def texts_of(path):
+    """The files of an archive that hold text of the sizes wanted, as (name, bytes), by name."""
+    with tarfile.open(path) as archive:
+        found = [(member.name, archive.extractfile(member).read()) for member in archive
+                 if member.isfile() and member.size in FILE_BYTES]
+    return sorted((name, text) for name, text in found if b"\0" not in text)
+
+
+def write_files(folder, downloads):
+    found = [(package + "/" + name, text) for package in texts.PACKAGES
+             for name, text in texts_of(texts.fetch(package, downloads))]
+    assert len(found) >= FILES, len(found)
+    for number in range(FILES):
+        name, text = found[number * len(found) // FILES]
+        path = folder / name
+        path.parent.mkdir(parents=True, exist_ok=True)
+        path.write_bytes(text)
+
+
+def run_once(command):
+    """(wall, processor seconds) of one process and its workers."""
+    before = time.perf_counter()
+    process = subprocess.Popen(list(map(str, command)), stdout=subprocess.DEVNULL)
+    _, status, usage = os.wait4(process.pid, 0)
+    wall = time.perf_counter() - before
+    process.returncode = os.waitstatus_to_exitcode(status)
+    if process.returncode != 0:
+        sys.exit("%s ended with status %d" % (command[0], process.returncode))
+    return wall, usage.ru_utime + usage.ru_stime
+
+
+def compare_jobs(listing, quorl_js, rounds):
+    names = listing.read_text().splitlines()
+    source_mb = sum(os.path.getsize(name) for name in names) * 1e-6
+
+    def run(jobs):
+        return run_once([quorl_js, "--files-from", listing, "--format", "ndjson", "-j", jobs])
+
+    run(JOBS[-1])  # brings files into memory
+    pairs = [[run(jobs) for jobs in JOBS] for _ in range(rounds)]
+    rows = []
+    for place, jobs in enumerate(JOBS):
+        wall, cpu = map(statistics.median, zip(*(pair[place] for pair in pairs)))
+        gain = statistics.median(pair[0][0] / pair[place][0] for pair in pairs)
+        rows.append(["-j %d" % jobs, wall, cpu, len(names) / wall, source_mb / wall,
+                     source_mb / cpu, "%.2f" % gain])
+    return source_mb, rows
+
+
+def measure_starts(listing, quorl_js):
+    tiny = listing.with_name("tiny.js")
+    tiny.write_bytes(b"let a = 1;\n")
+    rows = []
+    for label, arguments in (("--version", ["--version"]), ("a file of 11 bytes", [tiny]),
+                             ("the same, ndjson", [tiny, "--format", "ndjson"])):
+        samples = [run_once([quorl_js, *arguments])[0] * 1e3 for _ in range(STARTS)]
+        rows.append([label, statistics.median(samples), min(samples)])
+    tiny.unlink()
+    return rows
