@@ -46,8 +46,11 @@ TEST(AnswerTable, LeavesOutNumbersBeforeItsFirst) {
 TEST(AnswerTable, CountsFromItsFirstNumber) {
   const std::int32_t first = std::numeric_limits<std::int32_t>::max() - 2;
   AnswerTable table(first);
+  table.note(first, askedStatement());
   table.note(first + 1, askedStatement());
-  EXPECT_NE(table.of(first + 1).known, 0);
+  EXPECT_EQ(table.of(first).known, askedStatement().answers().known);
+  EXPECT_EQ(table.of(first + 1).known, askedStatement().answers().known);
+  EXPECT_EQ(table.of(first + 2).known, 0);
 }
 
 // What is known is not worked out again: a statement that is told the opposite believes it.
