@@ -58,16 +58,14 @@ constexpr std::array kOptions = {
            .argument = "PATH",
            .completion = Completion::kFiles,
            .help = "the plug-in module to load instead of the one that came with quorl-js"},
-    Option{
-        .name = "--diagnostics",
-        .argument = "WHERE",
-        .completion = Completion::kFiles,
-        .words = "none stderr",
-        .help =
-            "where the plug-in's diagnostic lines and warnings go: none (as without this option), "
-            "stderr, or the name of a file, which is overwritten; for their order, files "
-            "are read one at a time with "
-            "the last two"},
+    Option{.name = "--diagnostics",
+           .argument = "WHERE",
+           .completion = Completion::kFiles,
+           .words = "none stderr",
+           .help = "where the plug-in's diagnostic lines go: none (as without this option), "
+                   "stderr, or the name of a file, which is overwritten; for their order, files "
+                   "are read one at a time with "
+                   "the last two"},
     Option{.name = "--jobs",
            .shortName = "-j",
            .argument = "N",
@@ -94,7 +92,8 @@ constexpr std::array kOptions = {
                    "nothing to read at all"},
     Option{.name = "--quiet",
            .shortName = "-q",
-           .help = "tell nothing of single files on standard error; the exit status stays"},
+           .help = "tell nothing of single files on standard error, and let the plug-in tell "
+                   "nothing there either; the exit status stays"},
     Option{.name = "--no-progress",
            .help = "do not show how far the run is; that is shown on standard error if it is a "
                    "terminal and the output goes elsewhere"},

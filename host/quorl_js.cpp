@@ -97,6 +97,7 @@ WorkerTask taskFor(const CommandLine& commandLine, const Diagnostics& diagnostic
   task.settings = settingsFor(commandLine);
   task.wholeDocuments = commandLine.outDirectory.has_value();
   task.times = commandLine.times;
+  task.quiet = commandLine.quiet;
   return task;
 }
 

@@ -64,6 +64,14 @@ std::string errorMessage(const std::string& file, std::string_view answer) {
 // the stream remembers a failed one.
 bool areDiagnosticsLost() { return std::fflush(stdout) != 0 || std::ferror(stdout) != 0; }
 
+void silenceStandardError() {
+  const int nowhere = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
+  if (nowhere != STDERR_FILENO) {
+    ::dup2(nowhere, STDERR_FILENO);
+    ::close(nowhere);
+  }
+}
+
 class Worker {
  public:
   // The output is the descriptor for texts that are not sent to the parent, or negative.
@@ -223,9 +231,8 @@ void work(const WorkerTask& task, int requests, int results) {
   const int output =
       task.writesOutput ? ::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, kFirstFreeDescriptor) : -1;
   if (task.writesOutput && output < 0) ::_exit(EXIT_FAILURE);
-  for (const int stream : {STDOUT_FILENO, STDERR_FILENO}) {
-    if (::dup2(task.diagnostics, stream) < 0) ::_exit(EXIT_FAILURE);
-  }
+  if (::dup2(task.diagnostics, STDOUT_FILENO) < 0) ::_exit(EXIT_FAILURE);
+  if (task.quiet) silenceStandardError();
   if (task.limits.memory != 0) limitMemory(task.limits.memory);
   std::set_new_handler([] { ::_exit(kWorkerOutOfMemory); });
   try {

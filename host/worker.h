@@ -16,13 +16,14 @@ struct WorkerTask {
   std::string plugin;  // the module's path
   std::string defines;
   FileLimits limits;
-  int diagnostics;  // where the module's standard output and standard error lead
+  int diagnostics;  // the descriptor that the module's standard output leads to
   const Inputs* inputs;
   const Format* format;
   FormatSettings settings;
   bool wholeDocuments = false;  // each file is an output of its own
   bool writesOutput = false;    // workers write to standard output themselves: there is one file
   bool times = false;
+  bool quiet = false;  // the module's standard error leads nowhere
 };
 
 // Asks for the module's version instead of for a file.

@@ -159,7 +159,7 @@ TEST_F(Completions, OfZsh) {
   writeFile("_quorl-js", script);
   EXPECT_EQ(printedBy("zsh", "zsh -n _quorl-js"), "");
   const std::string diagnostics =
-      "--diagnostics=[where the plug-in's diagnostic lines and warnings go]:WHERE:"
+      "--diagnostics=[where the plug-in's diagnostic lines go]:WHERE:"
       R"x({_alternative "words\:word\:(none stderr)" "files\:file\:_files"})x";
   // The specifications as zsh reads them out of the quotes.
   const std::string read =
@@ -209,8 +209,7 @@ TEST_F(Completions, OfFish) {
        "--node-modules\twith --recursive, take entries called node_modules too\n"
        "--no-progress\tdo not show how far the run is\n"
        "--null\tnames in LIST end in NUL bytes instead of line feeds\n"},
-      {"quorl-js --diagnostics s",
-       "stderr\twhere the plug-in's diagnostic lines and warnings go\n"},
+      {"quorl-js --diagnostics s", "stderr\twhere the plug-in's diagnostic lines go\n"},
       {"quorl-js --plugin folder/", "folder/f.js\n"},
       {"quorl-js --format j", "json\tthe form of the output\n"},
       {"quorl-js --out-dir folder/", ""},

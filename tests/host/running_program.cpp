@@ -70,21 +70,17 @@ RunningProgram::RunningProgram(const std::string& program,
   for (std::string& word : words) argv.push_back(word.data());
   argv.push_back(nullptr);
   const Channel out = makePipe();
-  const Channel life = makePipe();
   const Channel err = standardError == StandardError::kPipe ? makePipe() : makeTerminal();
   pid_ = checked(::fork(), "fork");
   if (pid_ == 0) {
     ::signal(SIGPIPE, SIG_DFL);
     ::dup2(out.theirs, STDOUT_FILENO);
     ::dup2(err.theirs, STDERR_FILENO);
-    checked(::dup(life.theirs), "dup");  // which stays open in all that it starts
     ::execv(argv[0], argv.data());
     ::_exit(127);
   }
   ::close(out.theirs);
   ::close(err.theirs);
-  ::close(life.theirs);
-  life_ = life.ours;
   out_ = out.ours;
   err_ = err.ours;
 }
@@ -96,7 +92,6 @@ RunningProgram::~RunningProgram() {
   }
   if (out_ >= 0) ::close(out_);
   if (err_ >= 0) ::close(err_);
-  if (life_ >= 0) ::close(life_);
 }
 
 void RunningProgram::waitForFile(const std::string& path) {
@@ -115,11 +110,7 @@ std::string RunningProgram::readErrorsUpTo(const std::string& text) const {
   return seen;
 }
 
-std::string RunningProgram::errorsToTheEnd() {
-  const std::string errors = readToEnd(err_);
-  readToEnd(life_);
-  return errors;
-}
+std::string RunningProgram::errorsToTheEnd() { return readToEnd(err_); }
 
 std::string RunningProgram::readOutput(std::size_t count) const {
   std::string seen;

@@ -33,7 +33,7 @@ class RunningProgram {
   // What is written to standard error until its end is the text given.
   std::string readErrorsUpTo(const std::string& text) const;
 
-  // What was written to standard error until the program and all its children ended.
+  // What was written to standard error until each process that has it ended, children too.
   std::string errorsToTheEnd();
 
   // The next bytes of standard output, so many unless it ends before.
@@ -49,7 +49,6 @@ class RunningProgram {
   pid_t pid_ = 0;
   int out_ = -1;
   int err_ = -1;
-  int life_ = -1;  // a pipe that nothing is written to, and that ends with the last process
 };
 
 }  // namespace host_test

@@ -463,7 +463,7 @@ TEST_F(Signals, EndTheRunAndItsWorkers) {
     RunningProgram program(QUORL_JS_PATH, oddArguments({"a", "hang", "--timeout=0"}));
     RunningProgram::waitForFile("hanging");
     program.send(signal);
-    EXPECT_EQ(program.errorsToTheEnd(), "");  // ends when no process is left
+    EXPECT_EQ(program.errorsToTheEnd(), "");  // ends when no process has it any more
     EXPECT_EQ(program.waitForEnd(), 128 + signal);
     fs::remove("hanging");
   }
@@ -571,6 +571,7 @@ TEST_F(Strictness, MakesAFailureOfWhatIsOnlyTold) {
 TEST_F(Strictness, IsNotChangedByQuiet) {
   EXPECT_EQ(runOdd({"a", "error", "no-memory", "--quiet"}),
             (Outcome{1, answerTo("a") + R"([{"error": "it\'s \"odd\": x"}])", ""}));
+  EXPECT_EQ(runOdd({"warning", "--quiet"}), (Outcome{0, answerTo("warning"), ""}));
   EXPECT_EQ(runOdd({"a", "--quiet", "--files-from=gone"}),
             (Outcome{2, "", "quorl-js: list gone: No such file or directory\n"}));
 }
