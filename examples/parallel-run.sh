@@ -12,6 +12,8 @@ list=$2
 shards=$3
 
 mkdir -p "$shards"
+# Without SHELL, as some job schedulers start it, parallel would lose what the jobs answer.
+export SHELL="${SHELL:-/bin/sh}"
 # One job a machine at a time, for quorl-js itself takes all its cores. A job that fails, or whose
 # machine goes away, is run again by the next call; merge tells if there has to be one.
 parallel --sshloginfile "$hosts" --workdir "$PWD" --jobs 1 \

@@ -52,6 +52,8 @@ class Machines:
         (tools / "ssh").write_text(SSH)
         (tools / "ssh").chmod(0o755)
         (tools / "quorl-js").symlink_to(quorl_js)
+        # Not every job scheduler sets SHELL, by which parallel chooses how to quote.
+        os.environ.pop("SHELL", None)
         self.env = dict(os.environ, PATH="%s:%s" % (tools, os.environ["PATH"]), HOME=str(scratch),
                         SCRATCH=str(scratch), FILES_PER_JOB=str(FILES_PER_JOB))
 
