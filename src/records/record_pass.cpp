@@ -89,7 +89,6 @@ class Renumbering {
   void renumber(std::size_t place) {
     ObjectBranch& node = *kept_[place].node;
     node.nodeID = static_cast<std::int32_t>(place);
-    done_ = place + 1;
     std::erase_if(node.children, [this](const ObjectBranch* child) {
       return child == nullptr || newIds_.find(child->nodeID) < 0;
     });
@@ -97,8 +96,7 @@ class Renumbering {
 
   // The new number of a kept node, whether it has it yet or not; nothing for any other node.
   std::optional<std::int32_t> newIdOf(const ObjectBranch& node) const {
-    if (isAt(node.nodeID, node) && static_cast<std::size_t>(node.nodeID) < done_)
-      return node.nodeID;
+    if (isAt(node.nodeID, node)) return node.nodeID;
     const std::int32_t place = newIds_.find(node.nodeID);
     return isAt(place, node) ? std::optional(place) : std::nullopt;
   }
@@ -111,7 +109,6 @@ class Renumbering {
 
   const KeptNodes& kept_;
   const tree::IdTable& newIds_;
-  std::size_t done_ = 0;  // the nodes before this place have their new numbers
 };
 
 std::string previewName(const detect::Statement& statement) {

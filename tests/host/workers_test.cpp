@@ -158,7 +158,7 @@ TEST_F(BadFiles, AreFourOfAThousand) {
   writeFile("list", list);
   for (const char* jobs : {"1", "16"}) {
     SCOPED_TRACE(jobs);
-    EXPECT_TRUE(runOdd({"--files-from=list", "--timeout=2", "--max-memory=64M", "-j", jobs}) ==
+    EXPECT_TRUE(runOdd({"--files-from=list", "--timeout=5", "--max-memory=64M", "-j", jobs}) ==
                 (Outcome{1, answers, messages}));
   }
 }
@@ -420,7 +420,7 @@ TEST_F(Workers, KeepTheOrderOfTheFiles) {
 
 // More than what is held of results that are ahead of their turn.
 TEST_F(Workers, WaitWithResultsThatAreFarAhead) {
-  Words arguments = {"-j4", "hang-once", "--timeout=2"};
+  Words arguments = {"-j4", "hang-once", "--timeout=5"};
   std::string answers = answerTo("hang-once");
   for (int number = 0; number < 60; ++number) {
     arguments.emplace_back("big");
