@@ -187,7 +187,10 @@ void WorkerPool::receiveFrom(Slot& slot) {
 }
 
 void WorkerPool::accept(Slot& slot, Frame frame) {
-  if (frame.kind == FrameKind::kUnusable) throw Failure(frame.message);
+  if (frame.kind == FrameKind::kUnusable) {
+    slot.process->waitForEnd();  // by itself: a module that was loaded has something to end, too
+    throw Failure(frame.message);
+  }
   slot.isReady = true;
   slot.isWriting = frame.kind == FrameKind::kWriting;
   if (frame.kind != FrameKind::kFile) return;

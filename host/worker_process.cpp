@@ -135,8 +135,8 @@ Version askVersion(const WorkerTask& task) {
       throw Failure("the plug-in ended its process");
     }
   }
-  if (frame.kind == FrameKind::kUnusable) throw Failure(frame.message);
   const ProcessEnd end = worker.waitForEnd();
+  if (frame.kind == FrameKind::kUnusable) throw Failure(frame.message);
   return {frame.text, frame.diagnosticsLost || end.isWithStatus(kWorkerLostDiagnostics)};
 }
 

@@ -136,6 +136,16 @@ TEST_F(Module, ThatLacksAnEntryPointEndsTheRun) {
             (Outcome{2, "", "quorl-js: " INCOMPLETE_PLUGIN_PATH ": no entry point Info\n"}));
 }
 
+TEST_F(Module, ThatLacksAnEntryPointIsEndedInOrder) {
+  const std::string reason = "quorl-js: " INCOMPLETE_PLUGIN_PATH ": no entry point Info\n";
+  for (const char* job : {"f", "--version"}) {
+    SCOPED_TRACE(job);
+    EXPECT_EQ(run({"--plugin", INCOMPLETE_PLUGIN_PATH, "--diagnostics", "spoken", job}),
+              (Outcome{2, "", reason}));
+    EXPECT_EQ(contentsOf("spoken"), "loaded\nunloaded\n");
+  }
+}
+
 TEST_F(Module, IsFoundInTheCurrentDirectoryByABareName) {
   fs::create_symlink(ODD_PLUGIN_PATH, "odd.so");
   EXPECT_EQ(run({"--plugin", "odd.so", "f"}), (Outcome{0, "[\nf|\n]\n", ""}));
