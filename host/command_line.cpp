@@ -196,6 +196,8 @@ CommandLine readCommandLine(int argc, const char* const* argv) {
   result.times = isGiven(app, "--times");
   result.jobs = availableCores();
   withValue(app, "--jobs", [&](const auto& text) { return takeJobs(text, result.jobs); });
+  // A large file may well need gigabytes: its tree takes far more than its text.
+  result.limits.memory = machineMemory();
   readLimits(app, result.limits);
   result.strict = isGiven(app, "--strict");
   result.quiet = isGiven(app, "--quiet");

@@ -78,11 +78,12 @@ constexpr std::array kOptions = {
     Option{.name = "--max-memory",
            .argument = "SIZE",
            .help = "the most memory for a file, that is, the address space of the process that "
-                   "reads it; 4G without this option, at least 64M, and 0 for no limit"},
+                   "reads it; as much as the machine has without this option, at least 64M, and 0 "
+                   "for no limit"},
     Option{.name = "--max-output",
            .argument = "SIZE",
-           .help = "the longest text that the plug-in may give for a file; 1G without this option, "
-                   "and 0 for no limit"},
+           .help = "the longest text that the plug-in may give for a file; no limit without this "
+                   "option, nor with 0"},
     Option{.name = "--max-size",
            .argument = "SIZE",
            .help = "the largest file that is read; 256M without this option, and 0 for no limit"},

@@ -55,6 +55,13 @@ unsigned availableCores() {
   return std::max(std::thread::hardware_concurrency(), 1U);
 }
 
+std::uint64_t machineMemory() {
+  const long pages = ::sysconf(_SC_PHYS_PAGES);
+  const long pageBytes = ::sysconf(_SC_PAGESIZE);
+  if (pages <= 0 || pageBytes <= 0) return 0;
+  return static_cast<std::uint64_t>(pages) * static_cast<std::uint64_t>(pageBytes);
+}
+
 void endWithParent([[maybe_unused]] pid_t parent) {
 #ifdef __linux__
   ::prctl(PR_SET_PDEATHSIG, SIGKILL);
@@ -72,7 +79,7 @@ void limitMemory(std::uint64_t bytes) {
   if (kReservesAddressSpace) return;
   rlimit limit{};
   ::getrlimit(RLIMIT_AS, &limit);
-  limit.rlim_cur = std::min(static_cast<rlim_t>(bytes), limit.rlim_max);
+  limit.rlim_cur = std::min(static_cast<rlim_t>(bytes), limit.rlim_cur);
   ::setrlimit(RLIMIT_AS, &limit);
 }
 

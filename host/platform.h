@@ -15,11 +15,15 @@ unsigned availableCores();
 // learns of that when it next reads from its parent or writes to it.
 void endWithParent(pid_t parent);
 
+// The memory of the machine in bytes, 0 where it is not told.
+std::uint64_t machineMemory();
+
 // The most memory that this process has had at once, in bytes.
 std::uint64_t peakMemory();
 
-// Lets this process have no more address space than that. macOS takes the limit and does not hold
-// to it; a build for AddressSanitizer, which reserves more than any limit, sets none.
+// Lets this process have no more address space than that, nor than it may have already. macOS takes
+// the limit and does not hold to it; a build for AddressSanitizer, which reserves more than any
+// limit, sets none.
 void limitMemory(std::uint64_t bytes);
 
 // Lets a pipe hold as much as an ordinary user may ask for, where that can be asked for at all.

@@ -19,8 +19,7 @@ bool isBraceOnly(const ObjectBranch& node) {
 }
 
 void removeBraceOnlyChildren(ObjectBranch& node) {
-  constexpr std::size_t kAhead =
-      8;  // how many children ahead of the one at hand the next is fetched
+  constexpr std::size_t kAhead = 8;  // how far behind the child at hand the one fetched stands
   std::vector<ObjectBranch*>& children = node.children;
   std::size_t kept = 0;
   for (std::size_t i = 0; i < children.size(); ++i) {

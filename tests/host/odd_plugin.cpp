@@ -5,6 +5,7 @@
 // "[\nPATH|DEFINES\n]\n". Some paths end the process instead, or come to no end.
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -82,6 +83,12 @@ void spoilPipes() {
   }
 }
 
+std::string addressSpace() {
+  rlimit limit{};
+  ::getrlimit(RLIMIT_AS, &limit);
+  return limit.rlim_cur == RLIM_INFINITY ? "unlimited" : std::to_string(limit.rlim_cur);
+}
+
 void hang() {
   leaveMark("hanging");
   while (true) ::pause();
@@ -144,6 +151,8 @@ EXPORTED const char* ParseJS(const char* path, const char* defines) {
     answer = "[\n]\n";
   } else if (name == "process") {
     answer = "[\n" + std::to_string(::getpid()) + "\n]\n";
+  } else if (name == "address-space") {
+    answer = "[\n" + addressSpace() + "\n]\n";
   } else if (name == "bad-alloc") {
     answer = R"([{"error": "Parser exception: std::bad_alloc"}])";
   } else if (name == "big-by") {

@@ -1,7 +1,9 @@
 // What bad files do to a run, and how many workers it has. The module is one that crashes, hangs
 // and floods where a test wants it to.
 
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <csignal>
@@ -122,6 +124,30 @@ TEST_F(BadFiles, ThatTakeTooMuchMemory) {
       runOdd({"--max-memory=64M", "a", "hog", "b"}),
       (Outcome{1, answerTo("a") + errorAnswer(told) + answerTo("b"), "quorl-js: " + told + "\n"}));
   EXPECT_EQ(runOdd({"--max-memory=0", "keep"}), (Outcome{0, answerTo("keep"), ""}));
+}
+
+TEST_F(BadFiles, MayTakeWhatTheMachineHasUnlessToldOtherwise) {
+  if (!kMemoryIsLimited) GTEST_SKIP() << "no limit on memory here";
+  rlimit limit{};
+  ASSERT_EQ(::getrlimit(RLIMIT_AS, &limit), 0);
+  if (limit.rlim_cur != RLIM_INFINITY) GTEST_SKIP() << "these tests have a limit themselves";
+  const auto machine = static_cast<std::uint64_t>(::sysconf(_SC_PHYS_PAGES)) *
+                       static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE));
+  const Outcome small{0, "[\n67108864\n]\n", ""};
+  EXPECT_EQ(runOdd({"address-space"}), (Outcome{0, "[\n" + std::to_string(machine) + "\n]\n", ""}));
+  EXPECT_EQ(runOdd({"--max-memory=64M", "address-space"}), small);
+  EXPECT_EQ(runOdd({"--max-memory=0", "address-space"}), (Outcome{0, "[\nunlimited\n]\n", ""}));
+
+  // What the user's shell has set is kept to.
+  const rlimit shell{rlim_t{128} << 20U, limit.rlim_max};
+  ASSERT_EQ(::setrlimit(RLIMIT_AS, &shell), 0);
+  const Outcome usual = runOdd({"address-space"});
+  const Outcome smaller = runOdd({"--max-memory=64M", "address-space"});
+  const Outcome larger = runOdd({"--max-memory=1G", "address-space"});
+  ASSERT_EQ(::setrlimit(RLIMIT_AS, &limit), 0);
+  EXPECT_EQ(usual, (Outcome{0, "[\n134217728\n]\n", ""}));
+  EXPECT_EQ(smaller, small);
+  EXPECT_EQ(larger, usual);
 }
 
 // The module tells of it by an answer of its own, which names no file and no limit.
