@@ -5,6 +5,7 @@
 #include <sys/time.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <chrono>
@@ -27,6 +28,9 @@ namespace {
 // The module keeps its trees, so a worker is replaced after so many files or so much memory.
 constexpr unsigned kMaxFiles = 1000;
 constexpr std::uint64_t kMaxMemoryKept = std::uint64_t{256} << 20U;
+
+// More than most files need. It is taken from the system as it is written to.
+constexpr std::uint64_t kHeapBytes = std::uint64_t{1} << 30U;
 
 // To load the module, and to end with it.
 constexpr std::chrono::seconds kTimeBesidesFiles{60};
@@ -234,6 +238,9 @@ void work(const WorkerTask& task, int requests, int results) {
   if (::dup2(task.diagnostics, STDOUT_FILENO) < 0) ::_exit(EXIT_FAILURE);
   if (task.quiet) silenceStandardError();
   if (task.limits.memory != 0) limitMemory(task.limits.memory);
+  // The trees and answers of large files are mostly written once: what counts is to touch them.
+  useLargePages(task.limits.memory != 0 ? std::min(kHeapBytes, task.limits.memory / 4)
+                                        : kHeapBytes);
   std::set_new_handler([] { ::_exit(kWorkerOutOfMemory); });
   try {
     limitTime(kTimeBesidesFiles);
