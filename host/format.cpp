@@ -10,7 +10,7 @@ namespace {
 
 void writeNothing(const FormatSettings& /*settings*/, std::string& /*out*/) {}
 
-constexpr std::array kFormatTable = {
+constexpr std::array kFormats = {
     Format{"raw", writeNothing, writeRawFile, writeNothing, "", true},
     Format{"json", beginJson, writeJsonFile, endJson, ",\n", false},
     Format{"ndjson", beginNdjson, writeNdjsonFile, writeNothing, "", false},
@@ -19,12 +19,10 @@ constexpr std::array kFormatTable = {
 
 }  // namespace
 
-constinit const std::span<const Format> kFormats = kFormatTable;
-
 const Format* findFormat(std::string_view name) {
-  const auto* const format = std::find_if(kFormatTable.begin(), kFormatTable.end(),
+  const auto* const format = std::find_if(kFormats.begin(), kFormats.end(),
                                           [name](const Format& row) { return row.name == name; });
-  return format == kFormatTable.end() ? nullptr : format;
+  return format == kFormats.end() ? nullptr : format;
 }
 
 }  // namespace host

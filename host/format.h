@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <span>
 #include <string>
 #include <string_view>
 
@@ -34,9 +33,7 @@ struct Format {
   bool isAnswer;  // what file writes for an answer is that answer
 };
 
-extern const std::span<const Format> kFormats;  // raw, json, ndjson, tree
-
-// Null when no format is called that.
+// raw, json, ndjson or tree; null when no format is called that.
 const Format* findFormat(std::string_view name);
 
 }  // namespace host

@@ -1,30 +1,23 @@
 // The module's own text. A file over which a worker was lost gets an error answer of the module's
 // kind. One that failed without an answer, such as a FIFO that was skipped, has none here either.
 
-#include <array>
+#include <algorithm>
 #include <string_view>
 
 #include "format_functions.h"
+#include "record_escapes.h"
 
 namespace host {
 namespace {
 
-struct Escape {
-  char byte;
-  std::string_view text;
-};
-
-constexpr std::array kEscapes = {Escape{'"', "\\\""}, Escape{'\'', "\\'"}, Escape{'\\', "\\\\"},
-                                 Escape{'\n', "\\n"}, Escape{'\r', "\\r"}, Escape{'\t', "\\t"}};
-
 void appendEscaped(std::string& out, std::string_view text) {
   for (const char byte : text) {
-    const auto* row = kEscapes.begin();
-    while (row != kEscapes.end() && row->byte != byte) ++row;
-    if (row == kEscapes.end()) {
+    const auto* const row = std::find_if(kRecordEscapes.begin(), kRecordEscapes.end(),
+                                         [byte](const auto& known) { return known.byte == byte; });
+    if (row == kRecordEscapes.end()) {
       out += byte;
     } else {
-      out += row->text;
+      out += {'\\', row->letter};
     }
   }
 }

@@ -5,27 +5,17 @@
 #include <charconv>
 #include <system_error>
 
+#include "record_escapes.h"
+
 namespace host {
 namespace {
 
-using ByteTable = std::array<bool, 256>;
-
-constexpr ByteTable tableOf(std::string_view bytes) {
-  ByteTable table{};
-  for (const char byte : bytes) table[static_cast<unsigned char>(byte)] = true;
-  return table;
-}
-
 // No text between double quotes holds one of these but as an escape.
-constexpr ByteTable kEscaped = tableOf("\"'\\\n\r\t");
-
-struct Escape {
-  char letter;
-  char byte;
-};
-
-constexpr std::array kEscapes = {Escape{'"', '"'},  Escape{'\'', '\''}, Escape{'\\', '\\'},
-                                 Escape{'n', '\n'}, Escape{'r', '\r'},  Escape{'t', '\t'}};
+constexpr std::array<bool, 256> kEscaped = [] {
+  std::array<bool, 256> table{};
+  for (const auto& [byte, letter] : kRecordEscapes) table[static_cast<unsigned char>(byte)] = true;
+  return table;
+}();
 
 // How a tag's line may begin: the first of a node, and one behind it.
 constexpr std::string_view kFirstTag = "\n      \"";
@@ -38,11 +28,11 @@ std::size_t findEscaped(std::string_view text, std::size_t from) {
   return static_cast<std::size_t>(stop - text.data());
 }
 
-const Escape* escapeOf(char letter) {
+const RecordEscape* escapeOf(char letter) {
   const auto* const row =
-      std::find_if(kEscapes.begin(), kEscapes.end(),
-                   [letter](const Escape& known) { return known.letter == letter; });
-  return row == kEscapes.end() ? nullptr : row;
+      std::find_if(kRecordEscapes.begin(), kRecordEscapes.end(),
+                   [letter](const auto& known) { return known.letter == letter; });
+  return row == kRecordEscapes.end() ? nullptr : row;
 }
 
 // Labels and tags are written as they are, so they are of bytes that need no escape.
@@ -54,7 +44,7 @@ std::string unescaped(std::string_view text) {
   std::string result;
   for (std::size_t at = 0; at < text.size(); ++at) {
     const bool mayBegin = text[at] == '\\' && at + 1 < text.size();
-    const Escape* const escape = mayBegin ? escapeOf(text[at + 1]) : nullptr;
+    const RecordEscape* const escape = mayBegin ? escapeOf(text[at + 1]) : nullptr;
     result += escape == nullptr ? text[at] : escape->byte;
     if (escape != nullptr) ++at;
   }
@@ -118,7 +108,7 @@ bool RecordReader::takeEscaped(std::string& storage, std::string_view& text) {
   storage.clear();
   std::size_t run = 0;
   for (; stop + 1 < rest_.size() && rest_[stop] == '\\'; stop = findEscaped(rest_, run)) {
-    const Escape* const escape = escapeOf(rest_[stop + 1]);
+    const RecordEscape* const escape = escapeOf(rest_[stop + 1]);
     if (escape == nullptr) break;
     storage.append(rest_, run, stop - run);
     storage += escape->byte;

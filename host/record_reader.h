@@ -30,7 +30,7 @@ struct Record {
   std::string_view simpleFunctionName;
 };
 
-// The text without its escapes. A backslash that begins none of them stays.
+// The text without its escapes, which are \" \' \\ \n \r \t. Any other backslash stays.
 std::string unescaped(std::string_view text);
 
 class RecordReader {

@@ -36,10 +36,10 @@ std::string write(std::string_view format, const FileReport& report,
 }
 
 TEST(Format, FormsAreFoundByTheirNames) {
-  std::vector<std::string_view> names;
-  for (const host::Format& format : host::kFormats) names.push_back(format.name);
-  EXPECT_EQ(names, (std::vector<std::string_view>{"raw", "json", "ndjson", "tree"}));
-  EXPECT_EQ(host::findFormat("tree"), &host::kFormats[3]);
+  for (const char* name : {"raw", "json", "ndjson", "tree"}) {
+    ASSERT_NE(host::findFormat(name), nullptr) << name;
+    EXPECT_EQ(host::findFormat(name)->name, name);
+  }
   EXPECT_EQ(host::findFormat("xml"), nullptr);
   EXPECT_EQ(host::findFormat(""), nullptr);
 }
