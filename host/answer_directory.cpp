@@ -34,7 +34,7 @@ TemporaryFile makeTemporaryFile(int directory) {
 // Gives 0, or the number of the first error.
 int fill(const TemporaryFile& file, std::string_view text) {
   const int writeError = writeAll(file.descriptor, text);
-  const int closeError = ::close(file.descriptor) != 0 && errno != EINTR ? errno : 0;
+  const int closeError = closeWritten(file.descriptor);
   return writeError != 0 ? writeError : closeError;
 }
 
@@ -71,6 +71,13 @@ AnswerDirectory::AnswerDirectory(const std::string& path, std::string_view exten
 }
 
 AnswerDirectory::~AnswerDirectory() { ::close(directory_); }
+
+void AnswerDirectory::remove(std::string_view sourceFile) const {
+  const std::string name = answerName(sourceFile, extension_);
+  if (::unlinkat(directory_, name.c_str(), 0) != 0 && errno != ENOENT) {
+    throw systemFailure("answer file " + path_ + "/" + name, errno);
+  }
+}
 
 void AnswerDirectory::write(std::string_view sourceFile, std::string_view answer) const {
   const std::string name = answerName(sourceFile, extension_);

@@ -15,11 +15,12 @@ class AnswerDirectory {
   AnswerDirectory& operator=(const AnswerDirectory&) = delete;
   ~AnswerDirectory();
 
-  const std::string& path() const { return path_; }
-
   // Makes the answer file of the source file, in place of one from before. It appears complete or,
   // with a Failure, not at all. Temporary files have names with a leading dot, as no answer has.
   void write(std::string_view sourceFile, std::string_view answer) const;
+
+  // Removes what a run before may have left for the source file.
+  void remove(std::string_view sourceFile) const;
 
  private:
   std::string path_;

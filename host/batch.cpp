@@ -19,7 +19,7 @@ constexpr int kProgressMilliseconds = 100;
 class Batch {
  public:
   Batch(const WorkerTask& task, const CommandLine& commandLine, const Diagnostics& diagnostics,
-        Output& output, const AnswerDirectory* answerDirectory)
+        Output* output, const AnswerDirectory* answerDirectory)
       : task_(task),
         commandLine_(commandLine),
         diagnostics_(diagnostics),
@@ -32,9 +32,9 @@ class Batch {
     const auto& inputs = task_.inputs->all;
     for (std::uint64_t index = 0; index < inputs.size(); ++index) take(index, inputs[index]);
     if (!pool_.finish()) throw diagnostics_.failure();
-    if (answerDirectory_ == nullptr) finishOutput();
+    if (output_ != nullptr) finishOutput();
     if (commandLine_.strict && task_.inputs->reportCount == 0) {
-      tell("nothing to read");
+      complain("nothing to read");  // which is nothing about a single file
       warned_ = true;
     }
     return failed_ == 0 && !(commandLine_.strict && warned_);
@@ -43,7 +43,7 @@ class Batch {
  private:
   // What else is written to the terminal would run into the line.
   bool isProgressWanted() const {
-    const bool isOutputSeen = answerDirectory_ == nullptr && terminalWidth(STDOUT_FILENO) != 0;
+    const bool isOutputSeen = output_ != nullptr && terminalWidth(STDOUT_FILENO) != 0;
     return commandLine_.progress && !commandLine_.quiet && !isOutputSeen &&
            diagnostics_.where() != "stderr";
   }
@@ -53,36 +53,20 @@ class Batch {
       takeResult(input, pool_.take(index, idleOver(input)));
       return;
     }
-    const bool isIrregular = input.kind != InputKind::kUnreadableDirectory;
-    const std::string message =
-        isIrregular ? irregularFileMessage(input.path) : input.path + ": " + input.reason.message();
+    const std::string message = input.path + ": " + input.reason;
     if (input.kind == InputKind::kPassedOver) {
       tell(message);
       warned_ = true;
     } else {
-      takeResult(input, resultWithout(input, message));
+      takeResult(input, unansweredResult(task_, input, FileStatus::kFailed, message));
     }
   }
 
   Idle idleOver(const Input& input) {
     return {progress_.isShown() ? kProgressMilliseconds : kIdleMilliseconds, [this, &input] {
               progress_.show(done_, failed_, input.path);
-              if (answerDirectory_ == nullptr) output_.checkReader();
+              if (output_ != nullptr) output_->checkReader();
             }};
-  }
-
-  // Of an input that the module is not asked for.
-  FileResult resultWithout(const Input& input, const std::string& message) const {
-    FileResult result;
-    result.status = FileStatus::kFailed;
-    result.message = onOneLine(message);
-    FileReport report;
-    report.index = input.place;
-    report.path = input.path;
-    report.status = result.status;
-    report.message = result.message;
-    appendText(report, task_, result.text);
-    return result;
   }
 
   void takeResult(const Input& input, const FileResult& result) {
@@ -104,19 +88,21 @@ class Batch {
     if (answerDirectory_ != nullptr) {
       if (result.hasAnswer || !result.text.empty()) {
         answerDirectory_->write(input.path, result.text);
+      } else {
+        answerDirectory_->remove(input.path);
       }
       return;
     }
     if (result.isWritten) {
-      output_.check(result.outputError);
+      output_->check(result.outputError);
       return;
     }
     if (!isBegun_) {
       begin();
     } else {
-      output_.write(task_.format->separator);
+      output_->write(task_.format->separator);
     }
-    output_.write(result.text);
+    output_->write(result.text);
   }
 
   void begin() {
@@ -124,7 +110,7 @@ class Batch {
     if (task_.wholeDocuments) return;
     std::string text;
     task_.format->begin(task_.settings, text);
-    output_.write(text);
+    output_->write(text);
   }
 
   void finishOutput() {
@@ -132,7 +118,7 @@ class Batch {
     if (!isBegun_) begin();
     std::string text;
     task_.format->end(task_.settings, text);
-    output_.write(text);
+    output_->write(text);
   }
 
   void tell(std::string_view message) {
@@ -144,7 +130,7 @@ class Batch {
   const WorkerTask& task_;
   const CommandLine& commandLine_;
   const Diagnostics& diagnostics_;
-  Output& output_;
+  Output* output_;
   const AnswerDirectory* answerDirectory_;
   Progress progress_;
   WorkerPool pool_;
@@ -157,7 +143,7 @@ class Batch {
 }  // namespace
 
 bool answerFiles(const WorkerTask& task, const CommandLine& commandLine,
-                 const Diagnostics& diagnostics, Output& output,
+                 const Diagnostics& diagnostics, Output* output,
                  const AnswerDirectory* answerDirectory) {
   return Batch(task, commandLine, diagnostics, output, answerDirectory).run();
 }

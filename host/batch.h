@@ -11,10 +11,10 @@
 
 namespace host {
 
-// Has each file answered, in order, and complains of those that fail. With answerDirectory, which
-// may be null, the texts go there and not to output. Gives false if the run is to count as failed.
+// Has each file answered, in order, and complains of those that fail. The texts go to output or to
+// answerDirectory, of which the other one is null. Gives false if the run is to count as failed.
 bool answerFiles(const WorkerTask& task, const CommandLine& commandLine,
-                 const Diagnostics& diagnostics, Output& output,
+                 const Diagnostics& diagnostics, Output* output,
                  const AnswerDirectory* answerDirectory);
 
 }  // namespace host

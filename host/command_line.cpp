@@ -19,6 +19,8 @@ namespace host {
 
 namespace {
 
+constexpr unsigned kMaxJobs = 256;
+
 // Whether the text is the name of an option that takes a value.
 bool takesValue(const CLI::App& app, const std::string& text) {
   if (!text.starts_with("--")) return false;
@@ -95,7 +97,6 @@ void withValue(const CLI::App& app, const char* name, Take take) {
 }
 
 bool takeJobs(const std::string& text, unsigned& jobs) {
-  constexpr unsigned kMaxJobs = 256;
   return parseNumber(text, jobs) && jobs >= 1 && jobs <= kMaxJobs;
 }
 
@@ -194,7 +195,7 @@ CommandLine readCommandLine(int argc, const char* const* argv) {
     }
   }
   result.times = isGiven(app, "--times");
-  result.jobs = availableCores();
+  result.jobs = std::min(availableCores(), kMaxJobs);
   withValue(app, "--jobs", [&](const auto& text) { return takeJobs(text, result.jobs); });
   // A large file may well need gigabytes: its tree takes far more than its text.
   result.limits.memory = machineMemory();

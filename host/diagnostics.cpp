@@ -1,6 +1,7 @@
 #include "diagnostics.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -10,7 +11,7 @@ namespace {
 
 // Each clear of 0 and 2, should they be closed.
 int openFile(const std::string& path) {
-  const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+  const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666);
   const int descriptor = file < 0 ? file : outOfTheWay(file);
   if (descriptor < 0) throw systemFailure("diagnostics file " + path, errno);
   return descriptor;
@@ -28,6 +29,13 @@ Diagnostics::Diagnostics(const std::string& where)
     : where_(where),
       descriptor_(where == "stderr" ? copyOfStandardError()
                                     : openFile(where == "none" ? "/dev/null" : where)) {}
+
+void Diagnostics::begin() const {
+  struct stat status {};
+  const bool isFile = ::fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode);
+  if (where_ == "stderr" || !isFile) return;
+  if (::ftruncate(descriptor_, 0) != 0) throw systemFailure("diagnostics file " + where_, errno);
+}
 
 Failure Diagnostics::failure() const {
   return Failure("diagnostics could not be written: " + where_);

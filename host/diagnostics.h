@@ -9,11 +9,14 @@ namespace host {
 
 class Diagnostics {
  public:
-  // where: "none", "stderr", or the file to overwrite. Throws Failure when it cannot be opened.
+  // where: "none", "stderr", or the file to write. Throws Failure when it cannot be opened.
   explicit Diagnostics(const std::string& where);
   Diagnostics(const Diagnostics&) = delete;
   Diagnostics& operator=(const Diagnostics&) = delete;
   ~Diagnostics();
+
+  // Empties the file, which still holds what was in it when the run cannot begin.
+  void begin() const;
 
   int descriptor() const { return descriptor_; }
   const std::string& where() const { return where_; }

@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <string>
-#include <system_error>
 #include <vector>
 
 #include "command_line.h"
@@ -11,16 +10,15 @@
 namespace host {
 
 enum class InputKind {
-  kFile,                 // for the module
-  kIrregular,            // named, but neither a regular file nor a directory
-  kPassedOver,           // the same, met in a walk
-  kUnreadableDirectory,  // not listed to its end
+  kFile,        // for the module
+  kRefused,     // a name, or a directory that was not listed to its end
+  kPassedOver,  // met in a walk
 };
 
 struct Input {
   std::string path;
   InputKind kind;
-  std::error_code reason;   // of an unreadable directory
+  std::string reason;       // of one that is not for the module
   std::uint64_t place = 0;  // among the inputs that are reported on, which kPassedOver is not
 };
 
@@ -30,12 +28,22 @@ struct Inputs {
   std::uint64_t fileCount = 0;  // of these, those for the module
 };
 
-// What is told of a file of the second and third kind.
-std::string irregularFileMessage(const std::string& path);
+inline constexpr const char* kIrregular = "not a regular file, skipped";
 
-// Looks at each name and below directories. A directory that is the same as passedOver, if that is
-// not empty, is not gone into.
+// What a run writes to and is therefore not to read.
+struct Written {
+  int output;             // a descriptor, or negative
+  int diagnostics;        // the same
+  std::string directory;  // of answer files, or empty
+};
+
+// Looks at each name and below directories. What is written is passed over in a walk. Of names, the
+// output is refused; for a file of diagnostics, which would be emptied, and for the directory it
+// throws Failure.
 Inputs findInputs(const std::vector<std::string>& names, const CommandLine& commandLine,
-                  const std::string& passedOver);
+                  const Written& written);
+
+// The size of a regular file in bytes; 0 for all else, and for what is not there.
+std::uint64_t regularFileBytes(const std::string& path);
 
 }  // namespace host

@@ -23,11 +23,11 @@ quorl-js - print the structure of JavaScript, HTML and other text as records
 constexpr std::string_view kDescription = R"(
 A file that fails has an answer too, which gives the error, and the message stands on standard error
 as well; the files behind it are done. Every message is one line that begins with "quorl-js: ", with
-control bytes as \\xNN.
+control bytes as \\xNN. The plug-in has warnings of its own, which pass through; see *--quiet*.
 
 Only regular files are opened. A FIFO, a device or a socket is named on standard error and skipped;
 it makes the run fail only if it was named on the command line or in _LIST_, not if it was met below
-a directory. Without *--recursive* a directory is an empty file, which fails. A name on the command
+a directory. So is a file that standard output leads to: it would be read while it grows. Without *--recursive* a directory is an empty file, which fails. A name on the command
 line or in _LIST_ is taken whatever it is called, and a link that it leads to is followed.
 
 The files of the command line are done first, then those of _LIST_, each in the order in which they
@@ -38,8 +38,9 @@ With *--out-dir*, the answer to _src/a b.js_ is _DIR/src%2Fa%20b.js.records_. A 
 written %2E, so that no answer is a hidden file, and the empty name is a lone %. A name that this
 makes longer than 200 bytes is cut, with "~" and 16 hexadecimal digits, a 64-bit FNV-1a hash of the
 whole path, behind it. An answer is written under another name, which begins with ".quorl-js-", and
-renamed when it is complete; what bore its name before is replaced. A file that is given twice has
-one answer.
+renamed when it is complete; what bore its name before is replaced, or removed where there is no
+answer now. A file that is given twice has one answer. _DIR_ is passed over below a directory and may
+not be walked itself.
 
 Files are read by worker processes, which are replaced now and then, since the plug-in keeps what it
 has read in memory. The output is in the order of the files and has the same bytes whatever

@@ -12,8 +12,8 @@ constexpr std::array<std::string_view, 3> kSynopses = {
 constexpr std::array kOptions = {
     Option{.name = "--recursive",
            .help = "take the regular files below each FILE that is a directory; they come in byte "
-                   "order of their paths, links to directories are not followed, and entries with "
-                   "a leading dot or the name node_modules are left out"},
+                   "order of their paths, links to directories below it are not followed, and "
+                   "entries with a leading dot or the name node_modules are left out"},
     Option{.name = "--hidden",
            .neededName = "--recursive",
            .help = "with --recursive, take entries with a leading dot too"},
@@ -47,9 +47,10 @@ constexpr std::array kOptions = {
            .argument = "DIR",
            .completion = Completion::kDirectories,
            .help = "write the output for each FILE to a file of its own in the directory DIR; "
-                   "nothing goes to standard output, and the file is named after FILE as given, "
-                   "with bytes other than A-Z, a-z, 0-9, \".\", \"_\" and \"-\" as %XX, and "
-                   ".records or, for another format than raw, the format's name behind it"},
+                   "nothing goes to standard output, no walk goes into DIR, and the file is named "
+                   "after FILE as given, with bytes other than A-Z, a-z, 0-9, \".\", \"_\" and "
+                   "\"-\" as %XX, and .records or, for another format than raw, the format's "
+                   "name behind it"},
     Option{.name = "--defines",
            .argument = "NAME",
            .mayRepeat = true,
@@ -63,9 +64,8 @@ constexpr std::array kOptions = {
            .completion = Completion::kFiles,
            .words = "none stderr",
            .help = "where the plug-in's diagnostic lines go: none (as without this option), "
-                   "stderr, or the name of a file, which is overwritten; for their order, files "
-                   "are read one at a time with "
-                   "the last two"},
+                   "stderr, or the name of a file, which is overwritten and may not be one to "
+                   "read; for their order, files are read one at a time with the last two"},
     Option{.name = "--jobs",
            .shortName = "-j",
            .argument = "N",

@@ -10,6 +10,7 @@
 #include <system_error>
 
 #include "platform.h"
+#include "shown_text.h"
 
 namespace host {
 namespace {
@@ -37,23 +38,11 @@ int writeAll(int descriptor, std::string_view text) {
   return 0;
 }
 
+int closeWritten(int descriptor) { return ::close(descriptor) != 0 && errno != EINTR ? errno : 0; }
+
 void complain(std::string_view message) {
   // One call, so that the line stays whole beside those of other processes.
   writeAll(STDERR_FILENO, "quorl-js: " + onOneLine(message) + "\n");
-}
-
-std::string onOneLine(std::string_view text) {
-  constexpr std::string_view kHexDigits = "0123456789abcdef";
-  std::string line;
-  for (const char byte : text) {
-    const auto code = static_cast<unsigned char>(byte);
-    if (code >= 0x20 && code != 0x7f) {
-      line += byte;
-    } else {
-      line += {'\\', 'x', kHexDigits[code >> 4U], kHexDigits[code & 0xfU]};
-    }
-  }
-  return line;
 }
 
 int outOfTheWay(int descriptor) {
@@ -78,8 +67,6 @@ void Output::checkReader() const {
   if (isAbandoned(STDOUT_FILENO)) throw systemFailure("standard output", EPIPE);
 }
 
-void Output::close() {
-  if (::close(STDOUT_FILENO) != 0 && errno != EINTR) throw systemFailure("standard output", errno);
-}
+void Output::close() { check(closeWritten(STDOUT_FILENO)); }
 
 }  // namespace host

@@ -18,12 +18,13 @@ Failure systemFailure(const std::string& subject, int errorNumber);
 // Writes all of the text; gives 0, or the error number of the write that failed.
 int writeAll(int descriptor, std::string_view text);
 
-// Writes one line to standard error: "quorl-js: ", the message and a line feed. Control bytes of
-// the message become \xNN, so that it is one line whatever a file is called.
-void complain(std::string_view message);
+// Closes what was written to, since some file systems tell only then that a write has failed. Gives
+// 0, or the number of that error.
+int closeWritten(int descriptor);
 
-// The message as complain writes it.
-std::string onOneLine(std::string_view text);
+// Writes one line to standard error: "quorl-js: ", the message and a line feed. It is
+// one line whatever a file is called, see onOneLine.
+void complain(std::string_view message);
 
 // Keeps clear of 0 and 2, should they be closed.
 inline constexpr int kFirstFreeDescriptor = 3;
@@ -47,7 +48,7 @@ class Output {
   // Throws Failure when the reader has gone, which nothing tells while nothing is written.
   void checkReader() const;
 
-  // Ends the output. Throws Failure for what a file system only tells now.
+  // Ends the output, see closeWritten. Throws Failure.
   void close();
 };
 

@@ -30,6 +30,17 @@ constexpr unsigned kUsualWidth = 80;
 #ifdef __GLIBC__
 constexpr std::uintptr_t kLargePage = std::uintptr_t{2} << 20U;
 constexpr std::uint64_t kMaxTopPad = std::uint64_t{1} << 30U;
+
+// Whether the system promises no more memory than it has, so that what one process takes and never
+// writes to is lacking in others.
+bool isUnwrittenMemoryCounted() {
+  const int file = ::open("/proc/sys/vm/overcommit_memory", O_RDONLY | O_CLOEXEC);
+  if (file < 0) return false;
+  char mode = '0';
+  [[maybe_unused]] const auto count = ::read(file, &mode, 1);
+  ::close(file);
+  return mode == '2';
+}
 #endif
 
 #ifdef __linux__
@@ -96,7 +107,7 @@ void limitMemory(std::uint64_t bytes) {
 
 void useLargePages([[maybe_unused]] std::uint64_t bytes) {
 #ifdef __GLIBC__
-  if (kReservesAddressSpace) return;
+  if (kReservesAddressSpace || isUnwrittenMemoryCounted()) return;
   constexpr int kUsualTopPad = 128 * 1024;
   const auto before = reinterpret_cast<std::uintptr_t>(::sbrk(0));
   ::mallopt(M_MMAP_MAX, 0);         // all comes from the heap, long texts too,

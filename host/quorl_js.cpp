@@ -69,15 +69,16 @@ std::vector<std::string> namesOf(const CommandLine& commandLine) {
   return names;
 }
 
-bool isColorWanted(Color color) {
-  if (color != Color::kAuto) return color == Color::kAlways;
+bool isColorWanted(const CommandLine& commandLine) {
+  if (commandLine.color != Color::kAuto) return commandLine.color == Color::kAlways;
+  if (commandLine.outDirectory) return false;
   const char* const noColor = std::getenv("NO_COLOR");
   return terminalWidth(STDOUT_FILENO) != 0 && (noColor == nullptr || *noColor == '\0');
 }
 
 FormatSettings settingsFor(const CommandLine& commandLine) {
   FormatSettings settings;
-  settings.color = isColorWanted(commandLine.color);
+  settings.color = isColorWanted(commandLine);
   settings.depth = commandLine.depth;
   settings.onlyLabels = commandLine.onlyLabels;
   if (!commandLine.outDirectory) {
@@ -103,6 +104,7 @@ WorkerTask taskFor(const CommandLine& commandLine, const Diagnostics& diagnostic
 
 int tellVersions(const CommandLine& commandLine, Output& output) {
   const Diagnostics diagnostics(commandLine.diagnostics);
+  diagnostics.begin();
   const Version version = askVersion(taskFor(commandLine, diagnostics));
   output.write("quorl-js " QUORL_VERSION "\n" + version.text);
   if (version.diagnosticsLost) throw diagnostics.failure();
@@ -113,14 +115,19 @@ std::string extensionFor(const Format& format) {
   return format.name == "raw" ? ".records" : "." + std::string(format.name);
 }
 
-int runBatch(const CommandLine& commandLine, Output& output) {
+// Without output, which is null then, there is a directory for it.
+int runBatch(const CommandLine& commandLine, Output* output) {
   const Diagnostics diagnostics(commandLine.diagnostics);
   const std::vector<std::string> names = namesOf(commandLine);
   std::optional<AnswerDirectory> answerDirectory;
   if (commandLine.outDirectory) {
     answerDirectory.emplace(*commandLine.outDirectory, extensionFor(*commandLine.format));
   }
-  const Inputs inputs = findInputs(names, commandLine, commandLine.outDirectory.value_or(""));
+  const Inputs inputs =
+      findInputs(names, commandLine,
+                 {.output = output == nullptr ? -1 : STDOUT_FILENO,
+                  .diagnostics = diagnostics.areKept() ? diagnostics.descriptor() : -1,
+                  .directory = commandLine.outDirectory.value_or("")});
   WorkerTask task = taskFor(commandLine, diagnostics);
   task.inputs = &inputs;
   task.settings.fileCount = inputs.reportCount;
@@ -128,12 +135,15 @@ int runBatch(const CommandLine& commandLine, Output& output) {
     task.wholeDocuments = true;
     task.writesOutput = true;
   }
+  diagnostics.begin();
   const bool isGood = answerFiles(task, commandLine, diagnostics, output,
                                   answerDirectory ? &*answerDirectory : nullptr);
   return isGood ? kAllGood : kFileFailed;
 }
 
 int run(const CommandLine& commandLine) {
+  const bool writesAnswers = !commandLine.help && !commandLine.generate && !commandLine.version;
+  if (writesAnswers && commandLine.outDirectory) return runBatch(commandLine, nullptr);
   Output output;
   int status = kAllGood;
   if (commandLine.help) {
@@ -143,7 +153,7 @@ int run(const CommandLine& commandLine) {
   } else if (commandLine.version) {
     status = tellVersions(commandLine, output);
   } else {
-    status = runBatch(commandLine, output);
+    status = runBatch(commandLine, &output);
   }
   output.close();
   return status;

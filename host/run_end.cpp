@@ -27,6 +27,11 @@ sigset_t endingSignals() {
   return set;
 }
 
+bool isIgnored(int number) {
+  struct sigaction action {};
+  return ::sigaction(number, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
 // Calls only what may be called in a handler.
 void endRun(int number) {
   for (const auto& worker : workers) {
@@ -52,9 +57,8 @@ void replaceNote(pid_t from, pid_t to) {
 void endRunOnSignals() {
   std::signal(SIGCHLD, SIG_DFL);  // ignored, it would keep how workers end from their parent
   for (const int number : kSignals) {
+    if (isIgnored(number)) continue;
     struct sigaction action {};
-    if (::sigaction(number, nullptr, &action) == 0 && action.sa_handler == SIG_IGN) continue;
-    action = {};
     action.sa_handler = endRun;
     action.sa_mask = endingSignals();
     ::sigaction(number, &action, nullptr);
@@ -62,7 +66,9 @@ void endRunOnSignals() {
 }
 
 void endWorkerOnSignals() {
-  for (const int number : kSignals) std::signal(number, number == SIGINT ? SIG_IGN : SIG_DFL);
+  for (const int number : kSignals) {
+    if (!isIgnored(number)) std::signal(number, number == SIGINT ? SIG_IGN : SIG_DFL);
+  }
   std::signal(SIGALRM, SIG_DFL);
   sigset_t none;
   sigemptyset(&none);

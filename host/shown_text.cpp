@@ -22,6 +22,13 @@ bool turnsDirection(char32_t value) {
          (0x2066 <= value && value <= 0x2069);
 }
 
+// Appends what stands for a code point that is better not written as such; false for others.
+bool appendEscape(std::string& out, char32_t value) {
+  if (!isControl(value) && !turnsDirection(value)) return false;
+  appendHex(out, value < 0x80 ? "\\x" : "\\u", value, value < 0x80 ? 2 : 4);
+  return true;
+}
+
 // Appends what stands for the code point and gives its columns.
 std::size_t appendOne(std::string& out, std::string_view bytes, const CodePoint& codePoint,
                       bool escapeControlBytes) {
@@ -35,11 +42,7 @@ std::size_t appendOne(std::string& out, std::string_view bytes, const CodePoint&
     out += "\\t";
   } else if (escapeControlBytes && !codePoint.valid) {
     for (const char byte : bytes) appendHex(out, "\\x", static_cast<unsigned char>(byte), 2);
-  } else if (escapeControlBytes && isControl(value)) {
-    appendHex(out, value < 0x80 ? "\\x" : "\\u", value, value < 0x80 ? 2 : 4);
-  } else if (escapeControlBytes && turnsDirection(value)) {
-    appendHex(out, "\\u", value, 4);
-  } else {
+  } else if (!escapeControlBytes || !appendEscape(out, value)) {
     out += bytes;
     return columnsOf(value);
   }
@@ -69,6 +72,18 @@ std::size_t appendShown(std::string& out, std::string_view text, bool escapeCont
     at += codePoint.bytes;
   }
   return columns;
+}
+
+std::string onOneLine(std::string_view text) {
+  std::string line;
+  for (std::size_t at = 0; at < text.size();) {
+    const CodePoint codePoint = codePointAt(text, at);
+    if (!codePoint.valid || !appendEscape(line, codePoint.value)) {
+      line += text.substr(at, codePoint.bytes);
+    }
+    at += codePoint.bytes;
+  }
+  return line;
 }
 
 }  // namespace host

@@ -17,4 +17,9 @@ inline constexpr std::size_t kNoLimit = static_cast<std::size_t>(-1);
 std::size_t appendShown(std::string& out, std::string_view text, bool escapeControlBytes,
                         std::size_t limit);
 
+// The text as one line that no terminal obeys and that says what it seems to: control bytes become
+// \xNN, other control characters and those that turn the direction of writing \uNNNN. Bytes that
+// are no UTF-8 stay.
+std::string onOneLine(std::string_view text);
+
 }  // namespace host

@@ -5,7 +5,6 @@
 #include <sys/time.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <chrono>
@@ -20,6 +19,7 @@
 #include "platform.h"
 #include "plugin_module.h"
 #include "record_reader.h"
+#include "shown_text.h"
 #include "worker_frame.h"
 
 namespace host {
@@ -51,7 +51,7 @@ void limitTime(std::chrono::microseconds time) {
   ::setitimer(ITIMER_REAL, &timer, nullptr);
 }
 
-constexpr std::chrono::microseconds kNoLimit{0};
+constexpr std::chrono::microseconds kNoTimeLimit{0};
 
 // What an error answer tells is wrong with the file, and of which file if it does not say so.
 std::string errorMessage(const std::string& file, std::string_view answer) {
@@ -106,14 +106,16 @@ class Worker {
     announcement.kind = FrameKind::kWriting;
     send(announcement, {});
     const int writeError = writeAll(output_, text);
-    const int closeError = ::close(output_) != 0 && errno != EINTR ? errno : 0;
+    const int closeError = closeWritten(output_);
     frame.isWritten = true;
     frame.outputError = writeError != 0 ? writeError : closeError;
   }
 
   void tellVersion() {
     Frame frame;
+    limitTime(task_.limits.time);
     const char* const info = plugin_.info();
+    limitTime(kNoTimeLimit);
     frame.kind = info == nullptr ? FrameKind::kUnusable : FrameKind::kVersion;
     if (info == nullptr) frame.message = "no memory for the plug-in's version";
     send(frame, info == nullptr ? "" : info);
@@ -135,7 +137,7 @@ class Worker {
     const bool isAnswer = task_.format->isAnswer && frame.hasAnswer;
     if (!isAnswer) fault = appendText(report, task_, frame.text);
     std::string_view text = isAnswer ? report.answer : frame.text;
-    limitTime(kNoLimit);
+    limitTime(kNoTimeLimit);
     if (!fault.empty()) {
       frame.status = FileStatus::kFailed;
       frame.message = onOneLine(input.path + ": " + fault);
@@ -157,7 +159,7 @@ class Worker {
     report.sourceBytes = S_ISREG(status.st_mode) ? static_cast<std::uint64_t>(status.st_size) : 0;
     if (!S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode)) {
       report.status = FileStatus::kFailed;
-      frame.message = onOneLine(irregularFileMessage(path));
+      frame.message = onOneLine(path + ": " + kIrregular);
       return false;
     }
     if (task_.limits.sourceBytes != 0 && report.sourceBytes > task_.limits.sourceBytes) {
@@ -238,14 +240,14 @@ void work(const WorkerTask& task, int requests, int results) {
   if (::dup2(task.diagnostics, STDOUT_FILENO) < 0) ::_exit(EXIT_FAILURE);
   if (task.quiet) silenceStandardError();
   if (task.limits.memory != 0) limitMemory(task.limits.memory);
-  // The trees and answers of large files are mostly written once: what counts is to touch them.
-  useLargePages(task.limits.memory != 0 ? std::min(kHeapBytes, task.limits.memory / 4)
-                                        : kHeapBytes);
+  // The trees and answers of large files are mostly written once: what counts is to touch them. A
+  // worker that may have little better gives back what it no longer needs.
+  if (task.limits.memory == 0 || task.limits.memory / 4 >= kHeapBytes) useLargePages(kHeapBytes);
   std::set_new_handler([] { ::_exit(kWorkerOutOfMemory); });
   try {
     limitTime(kTimeBesidesFiles);
     Worker worker(task, results, output);
-    limitTime(kNoLimit);
+    limitTime(kNoTimeLimit);
     if (writeFrame(results, Frame{}, {}) == 0) answerRequests(worker, requests);
     limitTime(kTimeBesidesFiles);  // to the very end
   } catch (const Failure& failure) {

@@ -16,9 +16,9 @@ struct WorkerTask {
   std::string plugin;  // the module's path
   std::string defines;
   FileLimits limits;
-  int diagnostics;  // the descriptor that the module's standard output leads to
-  const Inputs* inputs;
-  const Format* format;
+  int diagnostics = -1;            // the descriptor that the module's standard output leads to
+  const Inputs* inputs = nullptr;  // none where only the version is asked for
+  const Format* format = nullptr;
   FormatSettings settings;
   bool wholeDocuments = false;  // each file is an output of its own
   bool writesOutput = false;    // workers write to standard output themselves: there is one file

@@ -49,7 +49,7 @@ class FrameReader {
   State next(Frame& frame);
 
   std::size_t heldBytes() const { return bytes_.size() - taken_; }
-  std::size_t missingBytes() const;  // of the frame that has begun
+  std::size_t missingBytes() const;  // of the frame that has begun, which next found sound
 
  private:
   std::string bytes_;

@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "output.h"
+#include "shown_text.h"
 
 namespace host {
 namespace {
@@ -51,6 +52,21 @@ std::size_t bytesOf(const FileResult& result) {
 
 }  // namespace
 
+FileResult unansweredResult(const WorkerTask& task, const Input& input, FileStatus status,
+                            std::string_view message) {
+  FileResult result;
+  result.status = status;
+  result.message = onOneLine(message);
+  FileReport report;
+  report.index = input.place;
+  report.path = input.path;
+  report.status = status;
+  report.message = result.message;
+  report.sourceBytes = regularFileBytes(input.path);
+  appendText(report, task, result.text);
+  return result;
+}
+
 WorkerPool::WorkerPool(const WorkerTask& task, unsigned jobs, bool lockstep)
     : task_(task), lockstep_(lockstep) {
   slots_.resize(lockstep ? 1
@@ -70,7 +86,9 @@ FileResult WorkerPool::take(std::uint64_t index, const Idle& idle) {
       finishedBytes_ -= bytesOf(result);
       return result;
     }
-    if (!gotAny) idle.action();
+    if (gotAny) continue;
+    loseEnded(index);
+    idle.action();
   }
 }
 
@@ -99,12 +117,12 @@ void WorkerPool::handOut(std::uint64_t wanted) {
     // What others wait for finds a place, however many files are before it there.
     Slot* const slot = slotFor(isReturned || index == wanted);
     if (slot == nullptr) return;
+    if (!slot->process && !tryStart(*slot)) continue;
     if (isReturned) {
       givenBack_.erase(index);
     } else {
       ++nextFile_;
     }
-    if (!slot->process) start(*slot);
     send(*slot, index);
   }
 }
@@ -113,7 +131,8 @@ void WorkerPool::handOut(std::uint64_t wanted) {
 WorkerPool::Slot* WorkerPool::slotFor(bool mustBe) {
   Slot* best = nullptr;
   for (Slot& slot : slots_) {
-    if (!slot.isAlone && (best == nullptr || slot.files.size() < best->files.size())) best = &slot;
+    if (slot.isAlone || slot.isBarred) continue;
+    if (best == nullptr || slot.files.size() < best->files.size()) best = &slot;
   }
   const bool hasRoom = best != nullptr && (mustBe || best->files.size() < kFilesAhead);
   return hasRoom ? best : nullptr;
@@ -126,6 +145,19 @@ void WorkerPool::start(Slot& slot) {
   for (const auto& other : retired_) others.push_back(other.get());
   slot.process = std::make_unique<WorkerProcess>(task_, others);
   slot.isReady = false;
+}
+
+// Gives false when the system has no process to give and the others have to do.
+bool WorkerPool::tryStart(Slot& slot) {
+  try {
+    start(slot);
+  } catch (const Failure&) {
+    slot.isBarred = true;
+    const bool areOthers = std::any_of(slots_.begin(), slots_.end(),
+                                       [](const Slot& other) { return other.process != nullptr; });
+    if (!areOthers) throw;
+  }
+  return !slot.isBarred;
 }
 
 void WorkerPool::send(Slot& slot, std::uint64_t index) {
@@ -147,6 +179,13 @@ bool WorkerPool::mayBeRead(const Slot& slot, std::uint64_t wanted) const {
     if (other.process) bytes += other.process->frames().heldBytes();
   }
   return bytes < kMaxBytesAhead;
+}
+
+// A process that the module has begun may keep the pipe of a worker open that has ended.
+void WorkerPool::loseEnded(std::uint64_t wanted) {
+  for (Slot& slot : slots_) {
+    if (mayBeRead(slot, wanted) && slot.process->hasEnded()) lose(slot, false);
+  }
 }
 
 // Gives false if the time passed without anything.
@@ -261,15 +300,7 @@ void WorkerPool::lose(Slot& slot, bool isSpoilt) {
 
 void WorkerPool::fail(std::uint64_t index, FileStatus status, const std::string& what) {
   const Input& input = task_.inputs->all[index];
-  FileResult result;
-  result.status = status;
-  result.message = onOneLine(input.path + ": " + what);
-  FileReport report;
-  report.index = input.place;
-  report.path = input.path;
-  report.status = status;
-  report.message = result.message;
-  appendText(report, task_, result.text);
+  FileResult result = unansweredResult(task_, input, status, input.path + ": " + what);
   finishedBytes_ += bytesOf(result);
   finished_.emplace(index, std::move(result));
 }

@@ -10,6 +10,7 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "worker.h"
@@ -27,6 +28,10 @@ struct FileResult {
   int outputError = 0;           // the number of the error that kept it from that
   std::string firstFailure;      // what was wrong at the first of two attempts, or empty
 };
+
+// Of a file that the module has not answered.
+FileResult unansweredResult(const WorkerTask& task, const Input& input, FileStatus status,
+                            std::string_view message);
 
 // What is done while nothing else is to be.
 struct Idle {
@@ -54,6 +59,7 @@ class WorkerPool {
     std::deque<std::uint64_t> files;  // handed to it and not answered, in its order
     bool isReady = false;             // has loaded the module
     bool isAlone = false;             // is for the first of its files only
+    bool isBarred = false;            // the system had no process for it
     bool isWriting = false;           // to the output itself
   };
 
@@ -61,9 +67,11 @@ class WorkerPool {
   bool isAllowed(std::uint64_t index, std::uint64_t wanted) const;
   Slot* slotFor(bool mustBe);
   void start(Slot& slot);
+  bool tryStart(Slot& slot);
   void send(Slot& slot, std::uint64_t index);
   bool receive(std::uint64_t wanted, int timeout);
   bool mayBeRead(const Slot& slot, std::uint64_t wanted) const;
+  void loseEnded(std::uint64_t wanted);
   void receiveFrom(Slot& slot);
   void accept(Slot& slot, Frame frame);
   void retire(Slot& slot);

@@ -113,12 +113,14 @@ ProcessEnd WorkerProcess::waitForEnd() {
   return end;
 }
 
-std::optional<ProcessEnd> WorkerProcess::endIfEnded() {
+bool WorkerProcess::hasEnded() const {
   siginfo_t info{};
-  if (::waitid(P_PID, static_cast<id_t>(pid_), &info, WEXITED | WNOWAIT | WNOHANG) != 0 ||
-      info.si_pid == 0) {
-    return std::nullopt;
-  }
+  return ::waitid(P_PID, static_cast<id_t>(pid_), &info, WEXITED | WNOWAIT | WNOHANG) == 0 &&
+         info.si_pid != 0;
+}
+
+std::optional<ProcessEnd> WorkerProcess::endIfEnded() {
+  if (!hasEnded()) return std::nullopt;
   return waitForEnd();
 }
 

@@ -31,13 +31,15 @@ class WorkerProcess {
   WorkerProcess& operator=(const WorkerProcess&) = delete;
   ~WorkerProcess();  // kills it if it has not ended
 
-  void request(std::uint64_t index);
-  void endRequests();  // it finishes what it has, and ends
+  void request(std::uint64_t index);  // not behind endRequests
+  void endRequests();                 // it finishes what it has, and ends
 
   int results() const { return results_; }
   FrameReader& frames() { return frames_; }
   const FrameReader& frames() const { return frames_; }
 
+  // None of these once its end is known, that is, behind the two last.
+  bool hasEnded() const;
   void kill();
   ProcessEnd waitForEnd();
   std::optional<ProcessEnd> endIfEnded();

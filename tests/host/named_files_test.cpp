@@ -20,6 +20,7 @@
 namespace {
 
 namespace fs = std::filesystem;
+using host_test::contentsOf;
 using host_test::joined;
 using host_test::Outcome;
 using host_test::runProgram;
@@ -113,6 +114,50 @@ TEST_F(Directories, AreFilesForTheModuleUnlessTheyAreWalked) {
   EXPECT_EQ(runOdd({"tree"}), (Outcome{0, answersTo({"tree"}), ""}));
   EXPECT_EQ(run({"tree"}), (Outcome{1, R"([{"error": "File is empty: tree"}])",
                                     "quorl-js: File is empty: tree\n"}));
+}
+
+TEST_F(Directories, MayHoldTheOutputOfTheRun) {
+  fs::create_directories("tree");
+  writeFile("tree/a", "x");
+  fs::create_symlink("out", "tree/link");
+  struct Row {
+    const char* why;
+    Words arguments;
+    int status;
+    std::string answers;
+    std::string messages;
+  };
+  const std::string skipped = ": is written by this run, skipped\n";
+  const std::vector<Row> rows = {
+      {"met in a walk",
+       {"--recursive", "tree"},
+       0,
+       answersTo({"tree/a"}),
+       "quorl-js: tree/link" + skipped + "quorl-js: tree/out" + skipped},
+      {"named", {"tree/out", "tree/a"}, 1, answersTo({"tree/a"}), "quorl-js: tree/out" + skipped},
+      {"with diagnostics in the tree as well",
+       {"--recursive", "tree", "--diagnostics", "tree/b"},
+       0,
+       answersTo({"tree/a"}),
+       "quorl-js: tree/b" + skipped + "quorl-js: tree/link" + skipped + "quorl-js: tree/out" +
+           skipped},
+      {"not the output, with a directory for it",
+       {"--recursive", "tree", "--out-dir", "answers"},
+       0,
+       "",
+       ""},
+  };
+  fs::create_directory("answers");
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.why);
+    Words arguments = {"-c",       "exec \"$@\" >tree/out", "sh", QUORL_JS_PATH,
+                       "--plugin", ODD_PLUGIN_PATH};
+    arguments.insert(arguments.end(), row.arguments.begin(), row.arguments.end());
+    EXPECT_EQ(host_test::runProgram("/bin/sh", arguments), (Outcome{row.status, "", row.messages}));
+    EXPECT_EQ(contentsOf("tree/out"), row.answers);
+    fs::remove("tree/b");
+  }
+  EXPECT_EQ(contentsOf("answers/tree%2Fout.records"), answersTo({"tree/out"}));
 }
 
 TEST_F(Directories, ThatCannotBeReadAreToldAndTheRestIsDone) {

@@ -94,6 +94,16 @@ void hang() {
   while (true) ::pause();
 }
 
+// Leaves a process that has all that is open here, and notes it.
+void leaveOrphan() {
+  const pid_t orphan = ::fork();
+  if (orphan == 0) {
+    while (true) ::pause();
+  }
+  std::ofstream("orphans", std::ios::app) << orphan << '\n';
+  ::_exit(7);
+}
+
 struct Misdeed {
   std::string_view path;
   void (*commit)();
@@ -116,6 +126,7 @@ constexpr std::array kMisdeeds = {
     Misdeed{"hog", [] { takeMemory(kGreediestBlocks); }},
     Misdeed{"keep", [] { takeMemory(kKeptBlocks); }},
     Misdeed{"flood-stdout", floodStandardOutput},
+    Misdeed{"orphan", leaveOrphan},
     Misdeed{"spoil", spoilPipes},
 };
 
@@ -172,6 +183,7 @@ EXPORTED void CleanupJS() { std::puts("cleaned up"); }
 
 #ifndef ODD_PLUGIN_LACKS_INFO
 EXPORTED const char* Info() {
+  if (std::getenv("ODD_PLUGIN_HANGS") != nullptr) hang();
   return std::getenv("ODD_PLUGIN_HAS_NO_MEMORY") == nullptr ? "odd plug-in\n" : nullptr;
 }
 #endif

@@ -13,12 +13,14 @@
 
 #include "host/program_runner.h"
 #include "host/quorl_js_fixture.h"
+#include "host/running_program.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 using host_test::contentsOf;
 using host_test::Outcome;
+using host_test::RunningProgram;
 using host_test::StandardOutput;
 using host_test::Words;
 using host_test::writeFile;
@@ -158,6 +160,41 @@ TEST_F(OutDir, HasNothingForWhatIsSkipped) {
   EXPECT_EQ(runIntoOut({"pipe", "f"}),
             (Outcome{1, "", "quorl-js: pipe: not a regular file, skipped\n"}));
   EXPECT_EQ(filesIn("out"), (Files{{"f.records", kGood}}));
+}
+
+TEST_F(OutDir, LosesTheAnswerOfWhatHasNoneAnyMore) {
+  writeFile("out/pipe.records", "from before");
+  writeFile("out/f.records", "from before");
+  ASSERT_EQ(::mkfifo("pipe", 0600), 0);
+  EXPECT_EQ(runIntoOut({"pipe", "f"}),
+            (Outcome{1, "", "quorl-js: pipe: not a regular file, skipped\n"}));
+  EXPECT_EQ(filesIn("out"), (Files{{"f.records", kGood}}));
+}
+
+TEST_F(OutDir, IsNotWalkedItself) {
+  writeFile("out/a.records", "kept");
+  for (const char* name : {"out", "./out/", "out/../out"}) {
+    EXPECT_EQ(runOdd({"--recursive", "--out-dir=out", name}),
+              (Outcome{2, "", "quorl-js: output directory out: is also one to read\n"}));
+  }
+  EXPECT_EQ(filesIn("out"), (Files{{"a.records", "kept"}}));
+}
+
+TEST_F(OutDir, NeedsNoStandardOutput) {
+  EXPECT_EQ(runIntoOut({"f"}, StandardOutput::kClosed), (Outcome{0, "", ""}));
+  EXPECT_EQ(filesIn("out"), (Files{{"f.records", kGood}}));
+}
+
+TEST_F(OutDir, HasNoColoursOfATerminalElsewhere) {
+  writeFile("a.js", "let a = 1;\n");
+  RunningProgram program("/bin/sh",
+                         {"-c", "unset NO_COLOR; exec \"$@\" 1>&2", "sh", QUORL_JS_PATH, "a.js",
+                          "--format=tree", "--out-dir=out"},
+                         RunningProgram::StandardError::kTerminal);
+  EXPECT_EQ(program.errorsToTheEnd(), "");
+  EXPECT_EQ(program.waitForEnd(), 0);
+  EXPECT_EQ(contentsOf("out/a.js.tree"), run({"a.js", "--format=tree"}).out);
+  EXPECT_EQ(contentsOf("out/a.js.tree").find('\x1b'), std::string::npos);
 }
 
 TEST_F(OutDir, HasTheAnswersOfAWalkAndAList) {

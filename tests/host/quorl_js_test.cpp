@@ -146,6 +146,12 @@ TEST_F(Module, ThatLacksAnEntryPointIsEndedInOrder) {
   }
 }
 
+TEST_F(Module, ThatHangsOverItsVersionEndsTheRun) {
+  EXPECT_EQ(runProgram("/usr/bin/env", {"ODD_PLUGIN_HANGS=1", QUORL_JS_PATH, "--plugin",
+                                        ODD_PLUGIN_PATH, "--version", "--timeout=1"}),
+            (Outcome{2, "", "quorl-js: the plug-in ended its process\n"}));
+}
+
 TEST_F(Module, IsFoundInTheCurrentDirectoryByABareName) {
   fs::create_symlink(ODD_PLUGIN_PATH, "odd.so");
   EXPECT_EQ(run({"--plugin", "odd.so", "f"}), (Outcome{0, "[\nf|\n]\n", ""}));
@@ -217,6 +223,17 @@ TEST_F(Diagnostics, GoToAFileThatIsOverwritten) {
   writeFile("lines", std::string(1000, 'x'));
   EXPECT_EQ(runOdd({"noisy", "--diagnostics", "lines"}), (Outcome{0, "[\nnoisy|\n]\n", ""}));
   EXPECT_EQ(contentsOf("lines"), kNoise);
+}
+
+TEST_F(Diagnostics, OverwriteNothingInARunThatCannotBegin) {
+  writeFile("f", "source");
+  writeFile("lines", "before");
+  EXPECT_EQ(runOdd({"f", "--diagnostics", "./f"}),
+            (Outcome{2, "", "quorl-js: diagnostics file f: is also one to read\n"}));
+  EXPECT_EQ(contentsOf("f"), "source");
+  EXPECT_EQ(runOdd({"--files-from=gone", "--diagnostics", "lines"}),
+            (Outcome{2, "", "quorl-js: list gone: No such file or directory\n"}));
+  EXPECT_EQ(contentsOf("lines"), "before");
 }
 
 TEST_F(Diagnostics, GoToFilesOfAnyName) {

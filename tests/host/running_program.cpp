@@ -73,6 +73,7 @@ RunningProgram::RunningProgram(const std::string& program,
   const Channel err = standardError == StandardError::kPipe ? makePipe() : makeTerminal();
   pid_ = checked(::fork(), "fork");
   if (pid_ == 0) {
+    ::setpgid(0, 0);
     ::signal(SIGPIPE, SIG_DFL);
     ::dup2(out.theirs, STDOUT_FILENO);
     ::dup2(err.theirs, STDERR_FILENO);
@@ -101,6 +102,8 @@ void RunningProgram::waitForFile(const std::string& path) {
 }
 
 void RunningProgram::send(int signal) const { checked(::kill(pid_, signal), "kill"); }
+
+void RunningProgram::sendToGroup(int signal) const { checked(::kill(-pid_, signal), "kill"); }
 
 void RunningProgram::leaveStandardOutput() { ::close(std::exchange(out_, -1)); }
 

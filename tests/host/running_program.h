@@ -15,7 +15,8 @@ class RunningProgram {
   // pipe.
   enum class StandardError { kPipe, kTerminal };
 
-  // Starts it in the current directory, with signals at their default actions.
+  // Starts it in the current directory, as a process group of its own, with signals at their
+  // default actions.
   RunningProgram(const std::string& program, const std::vector<std::string>& arguments,
                  StandardError standardError = StandardError::kPipe);
   RunningProgram(const RunningProgram&) = delete;
@@ -28,7 +29,8 @@ class RunningProgram {
   static void waitForFile(const std::string& path);
 
   void send(int signal) const;
-  void leaveStandardOutput();  // as a reader who has seen enough
+  void sendToGroup(int signal) const;  // as a terminal does
+  void leaveStandardOutput();          // as a reader who has seen enough
 
   // What is written to standard error until its end is the text given.
   std::string readErrorsUpTo(const std::string& text) const;

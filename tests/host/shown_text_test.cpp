@@ -56,6 +56,14 @@ TEST(ShownText, EscapesWhatATerminalObeys) {
   }
 }
 
+TEST(OneLine, EscapesWhatATerminalObeysAndKeepsBytes) {
+  EXPECT_EQ(host::onOneLine("a\nb\rc\td"), "a\\x0ab\\x0dc\\x09d");
+  EXPECT_EQ(host::onOneLine("\x1b[2J\x7f"), "\\x1b[2J\\x7f");
+  EXPECT_EQ(host::onOneLine("\xc2\x9b\xe2\x80\xae"), "\\u009b\\u202e");
+  EXPECT_EQ(host::onOneLine("\xff\n\xe2\x82\x1b"), "\xff\\x0a\xe2\x82\\x1b");
+  EXPECT_EQ(host::onOneLine("caf\xc3\xa9 \\n"), "caf\xc3\xa9 \\n");
+}
+
 TEST(ShownText, CutsWhatIsTooWide) {
   EXPECT_EQ(shown("abcdef", true, 6), (Shown{"abcdef", 6}));
   EXPECT_EQ(shown("abcdefg", true, 6), (Shown{"abc...", 6}));

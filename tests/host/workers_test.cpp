@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <set>
 #include <sstream>
 #include <string>
@@ -115,6 +116,24 @@ TEST_F(BadFiles, MayHaveQuotesInTheirNames) {
   EXPECT_EQ(run({"it's \"big\".js", "--max-output=10"}),
             (Outcome{1, errorAnswer(std::string("it\\'s \\\"big\\\".js: ") + kTooLong),
                      std::string("quorl-js: it's \"big\".js: ") + kTooLong + "\n"}));
+}
+
+// A process that outlives the worker has the same pipes.
+TEST_F(BadFiles, MayLeaveAProcessBehind) {
+  const std::string told = "orphan: ended its process with status 7";
+  const Outcome outcome = runOdd({"a", "orphan", "b"});
+  std::ifstream orphans("orphans");
+  for (pid_t orphan = 0; orphans >> orphan;) ::kill(orphan, SIGKILL);
+  EXPECT_EQ(outcome, (Outcome{1, answerTo("a") + errorAnswer(told) + answerTo("b"),
+                              "quorl-js: " + told + "\n"}));
+}
+
+TEST_F(BadFiles, HaveTheirSizeInTheReport) {
+  writeFile("a.js", "let a = 1;\n");
+  EXPECT_EQ(linesOf(run({"a.js", "--max-output=10", "--format=ndjson"}).out).at(1),
+            R"({"type":"file","file":0,"path":"a.js","status":"too-large",)"
+            R"("message":"a.js: the answer is too long; see --max-output",)"
+            R"("sourceBytes":11,"microseconds":null,"recordCount":0})");
 }
 
 TEST_F(BadFiles, ThatTakeTooMuchMemory) {
@@ -551,12 +570,19 @@ TEST_F(Signals, LeaveWholeAnswerFilesAlone) {
 }
 
 TEST_F(Signals, ThatWereIgnoredBeforeStayIgnored) {
-  RunningProgram program("/bin/sh", {"-c", "trap '' HUP; exec \"$@\"", "sh", QUORL_JS_PATH,
-                                     "--plugin", ODD_PLUGIN_PATH, "hang", "--timeout=1"});
-  RunningProgram::waitForFile("hanging");
-  program.send(SIGHUP);
-  EXPECT_EQ(program.errorsToTheEnd(), std::string("quorl-js: hang: ") + kTimedOut + "\n");
-  EXPECT_EQ(program.waitForEnd(), 1);
+  for (const int signal : {SIGHUP, SIGTERM}) {
+    SCOPED_TRACE(::strsignal(signal));
+    RunningProgram program("/bin/sh", {"-c", "trap '' HUP TERM; exec \"$@\"", "sh", QUORL_JS_PATH,
+                                       "--plugin", ODD_PLUGIN_PATH, "hang-once", "--timeout=1"});
+    RunningProgram::waitForFile("hanging");
+    program.sendToGroup(signal);
+    EXPECT_EQ(program.errorsToTheEnd(),
+              std::string("quorl-js: hang-once: answered at the second attempt; the first: ") +
+                  kTimedOut + "\n");
+    EXPECT_EQ(program.waitForEnd(), 0);
+    fs::remove("hanging");
+    fs::remove("hung");
+  }
 }
 
 TEST_F(Signals, OfEndingChildrenMayBeIgnoredBefore) {
@@ -571,6 +597,21 @@ TEST_F(Signals, AreNotNeededWhenTheReaderHasGone) {
   program.leaveStandardOutput();
   EXPECT_EQ(program.errorsToTheEnd(), "quorl-js: standard output: Broken pipe\n");
   EXPECT_EQ(program.waitForEnd(), 2);
+}
+
+// ---- What the system is short of
+
+TEST_F(Workers, AreFewerWhereThereAreNoMore) {
+  Words files;
+  std::string answers;
+  for (int number = 0; number < 60; ++number) {
+    files.push_back(std::to_string(number));
+    answers += answerTo(files.back());
+  }
+  Words arguments = {
+      "-c", "ulimit -n 40; exec \"$@\"", "sh", QUORL_JS_PATH, "--plugin", ODD_PLUGIN_PATH, "-j40"};
+  arguments.insert(arguments.end(), files.begin(), files.end());
+  EXPECT_EQ(host_test::runProgram("/bin/sh", arguments), (Outcome{0, answers, ""}));
 }
 
 // ---- What counts as a failure
@@ -588,8 +629,10 @@ TEST_F(Strictness, MakesAFailureOfWhatIsOnlyTold) {
   EXPECT_EQ(runOdd({"--recursive", "tree", "--strict", "-q"}),
             (Outcome{1, answerTo("tree/a"), ""}));
   EXPECT_EQ(runOdd({"--files-from=empty"}), (Outcome{0, "", ""}));
-  EXPECT_EQ(runOdd({"--files-from=empty", "--strict"}),
-            (Outcome{1, "", "quorl-js: nothing to read\n"}));
+  for (const char* often : {"--strict", "--quiet"}) {
+    EXPECT_EQ(runOdd({"--files-from=empty", "--strict", often}),
+              (Outcome{1, "", "quorl-js: nothing to read\n"}));
+  }
   EXPECT_EQ(runOdd({"crash-once", "--strict"}).status, 1);
   EXPECT_EQ(runOdd({"crash-once", "--strict"}), (Outcome{0, answerTo("crash-once"), ""}));
 }
