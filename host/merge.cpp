@@ -4,7 +4,6 @@
 
 #include <unistd.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
@@ -16,6 +15,7 @@
 #include <utility>
 #include <vector>
 
+#include "arguments.h"
 #include "help_text.h"
 #include "json_text.h"
 #include "line_reader.h"
@@ -41,25 +41,14 @@ struct MergeOptions {
 };
 
 MergeOptions readOptions(int argc, const char* const* argv) {
-  CLI::App app;
+  const Arguments arguments(kMerge, argc, argv);
   MergeOptions options;
-  app.set_help_flag("--help");
-  auto* const list = app.add_option("--files-from", options.list);
-  const auto* const null = app.add_flag("-0,--null")->needs(list);
-  // As many as there are arguments, since any number would have CLI11 split "[a,b]" into two.
-  app.add_option("SHARD", options.shards)
-      ->expected(std::max(argc, 1))
-      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::CallForHelp&) {
-    options.help = true;
-    return options;
-  } catch (const CLI::ParseError& error) {
-    throw Failure(std::string(error.what()) + "; see quorl-js merge --help");
-  }
-  if (null->count() > 0) options.listNameEnd = NameEnd::kNul;
-  if (options.shards.empty()) throw Failure("no SHARD given; see quorl-js merge --help");
+  options.help = arguments.isHelpWanted();
+  if (options.help) return options;
+  options.shards = arguments.operands();
+  options.list = arguments.valueOf("--files-from");
+  if (arguments.isGiven("--null")) options.listNameEnd = NameEnd::kNul;
+  if (options.shards.empty()) throw arguments.failure("no SHARD given");
   return options;
 }
 
