@@ -193,8 +193,7 @@ constinit const Command kMerge = {
     "Joins the ndjson outputs of several runs into one with one header and the files numbered "
     "anew, and writes it to standard output. A SHARD is a regular file, since it is read twice, "
     "and may hold several outputs, one after the other. Nothing is written when a SHARD is cut or "
-    "lacks a file that its header tells of, or "
-    "is empty and there is no LIST.",
+    "lacks a file that its header tells of, or is empty and there is no LIST.",
     kMergeOptions,
     {.name = "--", .help = "every argument behind it is a SHARD"},
     kMergeStatuses,
