@@ -2,11 +2,7 @@
 // missing, then to write them. What is kept between is a few dozen bytes a file, whatever its size.
 #include "merge.h"
 
-#include <unistd.h>
-
-#include <CLI/CLI.hpp>
 #include <algorithm>
-#include <cerrno>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -16,6 +12,7 @@
 #include <utility>
 #include <vector>
 
+#include "arguments.h"
 #include "help_text.h"
 #include "json_text.h"
 #include "line_reader.h"
@@ -41,25 +38,14 @@ struct MergeOptions {
 };
 
 MergeOptions readOptions(int argc, const char* const* argv) {
-  CLI::App app;
+  const Arguments arguments(kMerge, argc, argv);
   MergeOptions options;
-  app.set_help_flag("--help");
-  auto* const list = app.add_option("--files-from", options.list);
-  const auto* const null = app.add_flag("-0,--null")->needs(list);
-  // As many as there are arguments, since any number would have CLI11 split "[a,b]" into two.
-  app.add_option("SHARD", options.shards)
-      ->expected(std::max(argc, 1))
-      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::CallForHelp&) {
-    options.help = true;
-    return options;
-  } catch (const CLI::ParseError& error) {
-    throw Failure(std::string(error.what()) + "; see quorl-js merge --help");
-  }
-  if (null->count() > 0) options.listNameEnd = NameEnd::kNul;
-  if (options.shards.empty()) throw Failure("no SHARD given; see quorl-js merge --help");
+  options.help = arguments.isHelpWanted();
+  if (options.help) return options;
+  options.shards = arguments.operands();
+  options.list = arguments.valueOf("--files-from");
+  if (arguments.isGiven("--null")) options.listNameEnd = NameEnd::kNul;
+  if (options.shards.empty()) throw arguments.failure("no SHARD given");
   return options;
 }
 
@@ -145,9 +131,11 @@ Plan readShards(const MergeOptions& options) {
   return plan;
 }
 
-// Standard output, in large writes.
+// The output in large writes.
 class MergedOutput {
  public:
+  explicit MergedOutput(Output& output) : output_(output) {}
+
   std::string& buffer() { return buffer_; }
 
   void flushIfLarge() {
@@ -155,13 +143,12 @@ class MergedOutput {
   }
 
   void flush() {
-    if (const int error = writeAll(STDOUT_FILENO, buffer_)) {
-      throw systemFailure("standard output", error);
-    }
+    output_.write(buffer_);
     buffer_.clear();
   }
 
  private:
+  Output& output_;
   std::string buffer_;
 };
 
@@ -178,8 +165,8 @@ void appendRenumbered(std::string& out, std::string_view line, std::size_t numbe
   throw Failure(shard + ": changed while it was read");
 }
 
-void writePlan(const Plan& plan, const std::vector<std::string>& shards) {
-  MergedOutput output;
+void writePlan(const Plan& plan, const std::vector<std::string>& shards, Output& standardOutput) {
+  MergedOutput output(standardOutput);
   appendNdjsonHeader(output.buffer(), plan.version, plan.places.size());
   std::optional<LineReader> lines;  // one shard at a time is open: there may be thousands
   std::size_t opened = kNoPlace;
@@ -205,17 +192,17 @@ void writePlan(const Plan& plan, const std::vector<std::string>& shards) {
 
 int runMerge(int argc, const char* const* argv) {
   const MergeOptions options = readOptions(argc, argv);
+  Output output;
+  int status = kAllAnswered;
   if (options.help) {
-    if (const int error = writeAll(STDOUT_FILENO, helpText(kMerge))) {
-      throw systemFailure("standard output", error);
-    }
-    return kAllAnswered;
+    output.write(helpText(kMerge));
+  } else {
+    const Plan plan = readShards(options);
+    writePlan(plan, options.shards, output);
+    if (!plan.allAnswered) status = kFileFailed;
   }
-  const Plan plan = readShards(options);
-  writePlan(plan, options.shards);
-  // Some file systems tell only now that a write has failed.
-  if (::close(STDOUT_FILENO) != 0 && errno != EINTR) throw systemFailure("standard output", errno);
-  return plan.allAnswered ? kAllAnswered : kFileFailed;
+  output.close();
+  return status;
 }
 
 }  // namespace host

@@ -108,6 +108,12 @@ constexpr std::array kOptions = {
            .help = "print the versions of quorl-js and of the plug-in and stop"},
 };
 
+constexpr std::array kHiddenOptions = {
+    Option{.name = "--generate",
+           .argument = "KIND",
+           .help = "print a text that is made from these tables and stop; for the build"},
+};
+
 constexpr std::array kStatuses = {
     ExitStatus{"0", "every file was read"},
     ExitStatus{"1",
@@ -169,20 +175,25 @@ constexpr std::array kMergeExamples = {
 }  // namespace
 
 constinit const Command kProgram = {
+    "quorl-js",
+    "FILE",
     kSynopses,
     "Prints the structure records of each FILE on standard output, one answer after the other. "
     "merge joins the output of several ndjson runs; see quorl-js merge --help.",
     kOptions,
     {.name = "--", .help = "every argument behind it is a FILE"},
     kStatuses,
-    kExamples};
+    kExamples,
+    kHiddenOptions};
 
 constinit const Command kMerge = {
+    "quorl-js merge",
+    "SHARD",
     kMergeSynopses,
     "Joins the ndjson outputs of several runs into one with one header and the files numbered "
-    "anew, and writes it to standard output. A SHARD may hold several outputs, one after the "
-    "other. Nothing is written when a SHARD is cut or lacks a file that its header tells of, or "
-    "is empty and there is no LIST.",
+    "anew, and writes it to standard output. A SHARD is a regular file, since it is read twice, "
+    "and may hold several outputs, one after the other. Nothing is written when a SHARD is cut or "
+    "lacks a file that its header tells of, or is empty and there is no LIST.",
     kMergeOptions,
     {.name = "--", .help = "every argument behind it is a SHARD"},
     kMergeStatuses,

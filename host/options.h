@@ -32,12 +32,15 @@ struct Example {
 };
 
 struct Command {
+  std::string_view name;                       // how it is called
+  std::string_view operand;                    // what an argument is called that is no option
   std::span<const std::string_view> synopses;  // the forms of the command line
   std::string_view purpose;                    // what the command does, in a sentence or two
   std::span<const Option> options;             // in the order of --help
   Option endOfOptions;                         // "--", which is no option to look up
   std::span<const ExitStatus> statuses;
   std::span<const Example> examples;
+  std::span<const Option> hiddenOptions = {};  // which no text tells of
 };
 
 extern const Command kProgram;  // the program as such

@@ -23,6 +23,7 @@ struct LineValues {
   std::optional<std::string> path;
   std::optional<std::string> pathBytes;
   std::optional<std::string> status;
+  std::optional<std::string> tool;
   std::optional<std::string> version;
   std::optional<std::uint64_t> schema;
   std::optional<std::uint64_t> fileCount;
@@ -41,7 +42,8 @@ struct NumberMember {
 
 constexpr std::array kTextMembers = {
     TextMember{"path", &LineValues::path}, TextMember{"pathBytes", &LineValues::pathBytes},
-    TextMember{"status", &LineValues::status}, TextMember{"version", &LineValues::version}};
+    TextMember{"status", &LineValues::status}, TextMember{"tool", &LineValues::tool},
+    TextMember{"version", &LineValues::version}};
 
 constexpr std::array kNumberMembers = {NumberMember{"schema", &LineValues::schema},
                                        NumberMember{"fileCount", &LineValues::fileCount},
@@ -109,6 +111,8 @@ class ShardReader {
     file_.offset = 0;
     while (lines_.next(line)) {
       ++lineNumber_;
+      // JSON allows it, and the output would have both kinds of line ends.
+      if (line.ends_with('\r')) fail("ends in CR LF instead of a line feed");
       if (line.starts_with(kHeaderLineStart)) {
         readHeader(line);
       } else if (line.starts_with(kRecordLineStart)) {
@@ -151,6 +155,7 @@ class ShardReader {
     checkRunIsWhole("a header comes");
     LineValues values;
     parse<ValueCollector>(line, values);
+    if (values.tool != kToolName) fail("a header of another tool");
     if (values.schema != kSchemaVersion) fail("a header of another schema");
     if (!values.version || !values.fileCount) fail("a header without version or fileCount");
     if (version_.empty()) version_ = *values.version;

@@ -18,9 +18,10 @@ struct ShardFile {
 };
 
 // Reads the shard once and gives its files in their order; an empty one has none. Every line has to
-// be whole and strict JSON, and nothing may be missing that a header or a file's line tells of;
-// else throws Failure. version is that of the tool: all headers have to name the same, and an empty
-// one is set by the first.
+// be whole and strict JSON with a line feed alone behind it, each header has to be of this tool and
+// schema, and nothing may be missing that a header or a file's line tells of; else throws Failure.
+// version is that of the tool: all headers have to name the same, and an empty one is set by the
+// first.
 void readShard(LineReader& lines, std::string& version,
                const std::function<void(const ShardFile& file)>& take);
 

@@ -6,8 +6,10 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstring>
+#include <thread>
 #include <utility>
 
 #include "output.h"
@@ -23,6 +25,8 @@ constexpr std::size_t kFilesAhead = 4;
 constexpr std::uint64_t kMaxInputsAhead = 1024;
 constexpr std::size_t kMaxBytesAhead = std::size_t{64} << 20U;
 constexpr std::size_t kBytesOfAResult = 256;  // besides its texts
+
+constexpr std::chrono::seconds kTimeToEnd{10};  // for workers whose module is of no use
 
 struct KnownEnd {
   bool (*isIt)(const ProcessEnd& end);
@@ -87,7 +91,7 @@ FileResult WorkerPool::take(std::uint64_t index, const Idle& idle) {
       return result;
     }
     if (gotAny) continue;
-    loseEnded(index);
+    loseEnded();
     idle.action();
   }
 }
@@ -182,9 +186,12 @@ bool WorkerPool::mayBeRead(const Slot& slot, std::uint64_t wanted) const {
 }
 
 // A process that the module has begun may keep the pipe of a worker open that has ended.
-void WorkerPool::loseEnded(std::uint64_t wanted) {
+void WorkerPool::loseEnded() {
   for (Slot& slot : slots_) {
-    if (mayBeRead(slot, wanted) && slot.process->hasEnded()) lose(slot, false);
+    if (!slot.process || !slot.process->hasEnded()) continue;
+    pollfd end{slot.process->results(), POLLIN, 0};
+    const bool isReadOut = ::poll(&end, 1, 0) <= 0;
+    if (isReadOut) lose(slot, false);
   }
 }
 
@@ -227,7 +234,7 @@ void WorkerPool::receiveFrom(Slot& slot) {
 
 void WorkerPool::accept(Slot& slot, Frame frame) {
   if (frame.kind == FrameKind::kUnusable) {
-    slot.process->waitForEnd();  // by itself: a module that was loaded has something to end, too
+    letUnreadyEnd();
     throw Failure(frame.message);
   }
   slot.isReady = true;
@@ -252,6 +259,20 @@ void WorkerPool::accept(Slot& slot, Frame frame) {
 }
 
 // ---- The ends of workers
+
+// Not killed: a module that was loaded has something to end, too, even if it is of no use.
+void WorkerPool::letUnreadyEnd() {
+  const auto latest = std::chrono::steady_clock::now() + kTimeToEnd;
+  for (const Slot& slot : slots_) {
+    if (slot.process && !slot.isReady) slot.process->abandon();
+  }
+  for (const Slot& slot : slots_) {
+    if (!slot.process || slot.isReady) continue;
+    while (!slot.process->hasEnded() && std::chrono::steady_clock::now() < latest) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+  }
+}
 
 void WorkerPool::giveBack(Slot& slot) {
   givenBack_.insert(slot.files.begin(), slot.files.end());

@@ -71,9 +71,10 @@ class WorkerPool {
   void send(Slot& slot, std::uint64_t index);
   bool receive(std::uint64_t wanted, int timeout);
   bool mayBeRead(const Slot& slot, std::uint64_t wanted) const;
-  void loseEnded(std::uint64_t wanted);
+  void loseEnded();
   void receiveFrom(Slot& slot);
   void accept(Slot& slot, Frame frame);
+  void letUnreadyEnd();
   void retire(Slot& slot);
   void lose(Slot& slot, bool isSpoilt);
   void giveBack(Slot& slot);

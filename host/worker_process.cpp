@@ -97,6 +97,12 @@ void WorkerProcess::request(std::uint64_t index) {
 
 void WorkerProcess::endRequests() { closeIfOpen(std::exchange(requests_, -1)); }
 
+void WorkerProcess::abandon() {
+  closeOurEnds();
+  requests_ = -1;
+  results_ = -1;
+}
+
 void WorkerProcess::kill() { ::kill(pid_, SIGKILL); }
 
 ProcessEnd WorkerProcess::waitForEnd() {

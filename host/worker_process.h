@@ -33,6 +33,7 @@ class WorkerProcess {
 
   void request(std::uint64_t index);  // not behind endRequests
   void endRequests();                 // it finishes what it has, and ends
+  void abandon();                     // it ends when it next has something to tell
 
   int results() const { return results_; }
   FrameReader& frames() { return frames_; }

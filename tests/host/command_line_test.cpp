@@ -24,6 +24,8 @@ using Arguments = host_test::QuorlJs;
 using Help = host_test::QuorlJs;
 using Version = host_test::QuorlJs;
 
+constexpr const char* kMergeHint = "quorl-js merge --help";
+
 TEST_F(Arguments, ReachTheModuleByteForByte) {
   struct Row {
     const char* why;
@@ -99,6 +101,7 @@ TEST_F(Arguments, ThatCannotBeFollowedAreRefused) {
   struct Row {
     Words arguments;
     std::string message;
+    std::string hint = "quorl-js --help";
   };
   const std::vector<Row> rows = {
       {{}, "no FILE given"},
@@ -119,11 +122,23 @@ TEST_F(Arguments, ThatCannotBeFollowedAreRefused) {
       {{"--recursive"}, "no FILE given"},
       {{"--out-dir", "f"}, "no FILE given"},
       {{"--caf\xc3\xa9"}, "unknown option --caf\xc3\xa9"},
+      {{"merge"}, "no SHARD given", kMergeHint},
+      {{"merge", "--"}, "no SHARD given", kMergeHint},
+      {{"merge", "--files-from=list"}, "no SHARD given", kMergeHint},
+      {{"merge", "--files-from", "f"}, "no SHARD given", kMergeHint},
+      {{"merge", "--bogus"}, "unknown option --bogus", kMergeHint},
+      {{"merge", "-q", "f"}, "unknown option -q", kMergeHint},
+      {{"merge", "f", "--bogus=1", "--other"}, "unknown option --bogus=1", kMergeHint},
+      {{"merge", "f", "-x", "--", "-y"}, "unknown option -x", kMergeHint},
+      {{"merge", "--recursive", "f"}, "unknown option --recursive", kMergeHint},
+      {{"merge", "--generate", "man"}, "unknown option --generate", kMergeHint},
+      {{"merge", "--version"}, "unknown option --version", kMergeHint},
+      {{"merge", "--a\x1b\nb"}, "unknown option --a\\x1b\\x0ab", kMergeHint},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(joined(row.arguments));
     EXPECT_EQ(run(row.arguments),
-              (Outcome{2, "", "quorl-js: " + row.message + "; see quorl-js --help\n"}));
+              (Outcome{2, "", "quorl-js: " + row.message + "; see " + row.hint + "\n"}));
     EXPECT_FALSE(fs::exists("lines"));  // nothing is opened for a run that does not start
   }
 }
@@ -133,6 +148,7 @@ TEST_F(Arguments, ThatDoNotGoTogetherAreRefusedInOneLine) {
   struct Row {
     Words arguments;
     std::string told;
+    std::string hint = "quorl-js --help";
   };
   const std::vector<Row> rows = {
       {{"f", "--defines"}, "defines"},
@@ -153,6 +169,12 @@ TEST_F(Arguments, ThatDoNotGoTogetherAreRefusedInOneLine) {
       {{"f", "--null"}, "--null requires --files-from"},
       {{"f", "--depth=1"}, "--depth requires --format tree"},
       {{"f", "--only=line", "--format=json"}, "--only requires --format tree"},
+      {{"merge", "f", "--help=yes"}, "help", kMergeHint},
+      {{"merge", "f", "--files-from=a", "--null=yes"}, "null", kMergeHint},
+      {{"merge", "f", "--files-from"}, "files-from", kMergeHint},
+      {{"merge", "f", "--files-from=a", "--files-from=a"}, "files-from", kMergeHint},
+      {{"merge", "f", "-0"}, "--null requires --files-from", kMergeHint},
+      {{"merge", "f", "--null"}, "--null requires --files-from", kMergeHint},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(joined(row.arguments));
@@ -161,7 +183,7 @@ TEST_F(Arguments, ThatDoNotGoTogetherAreRefusedInOneLine) {
     EXPECT_EQ(outcome.out, "");
     EXPECT_EQ(outcome.err.rfind("quorl-js: ", 0), 0U) << outcome;
     EXPECT_NE(outcome.err.find(row.told), std::string::npos) << outcome;
-    const std::string end = "; see quorl-js --help\n";
+    const std::string end = "; see " + row.hint + "\n";
     EXPECT_EQ(outcome.err.find('\n'), outcome.err.size() - 1) << outcome;
     EXPECT_EQ(outcome.err.find(end), outcome.err.size() - end.size()) << outcome;
   }
@@ -272,6 +294,17 @@ TEST_F(Help, ListsOptionsAndExitStatuses) {
   std::istringstream lines(outcome.out);
   for (std::string line; std::getline(lines, line);) EXPECT_LE(line.size(), 79U) << line;
   EXPECT_EQ(outcome.out.back(), '\n');
+}
+
+TEST_F(Help, OfMergeNeedsNothingElse) {
+  const std::string text = run({"merge", "--help"}).out;
+  EXPECT_EQ(text.rfind("Usage: quorl-js merge [--files-from LIST [-0]] SHARD...\n", 0), 0U);
+  for (const Words& arguments : {Words{"merge", "f", "--help"}, Words{"merge", "--help", "--bogus"},
+                                 Words{"merge", "--files-from=gone", "--help"},
+                                 Words{"merge", "-0", "--help"}, Words{"merge", "--help="}}) {
+    SCOPED_TRACE(joined(arguments));
+    EXPECT_EQ(run(arguments), (Outcome{0, text, ""}));
+  }
 }
 
 TEST_F(Help, NeedsNothingElse) {

@@ -2,7 +2,8 @@
 
 usage: merge_test.py QUORL_JS SCRATCH
 
-Every case writes its shards into files called a, b and so on, and its list into one called list.
+Cases of GOOD and BAD write their shards into files called a, b and so on, and their list into one
+called list. Those of ARGUMENTS find the files of NAMED_FILES.
 """
 import json
 import os
@@ -11,9 +12,9 @@ import subprocess
 import sys
 
 
-def header(count, version="1.0.0", schema=1):
-    return ('{"type":"header","schema":%d,"tool":"quorl-js","version":"%s","fileCount":%d}\n'
-            % (schema, version, count)).encode()
+def header(count, version="1.0.0", schema=1, tool="quorl-js"):
+    return ('{"type":"header","schema":%d,"tool":"%s","version":"%s","fileCount":%d}\n'
+            % (schema, tool, version, count)).encode()
 
 
 def record(file, contents='x'):
@@ -32,6 +33,10 @@ A_THEN_B = (header(3) + record(0, "a") + record(0, "b") + file(0, "one.js", 2) +
             file(1, "two.js") + record(2, "c") + file(2, "three.js", 1))
 B_FIRST = (header(3) + record(0, "c") + file(0, "three.js", 1) + file(1, "two.js") +
            record(2, "a") + record(2, "b") + file(2, "one.js", 2))
+C = header(1) + file(0, "c.js")
+A_THEN_C = header(3) + A[len(header(2)):] + file(2, "c.js")
+C_TWICE = header(2) + file(0, "c.js") + file(1, "c.js")
+C_THEN_B = header(2) + file(0, "c.js") + record(1, "c") + file(1, "three.js", 1)
 ODD = header(1) + file(0, "\\ufffd\\n.js", more=',"pathBytes":"/wouanM="')
 FAILED = header(1) + file(0, "bad.js", status="crashed")
 LONG = header(1) + record(0, "z" * 1_000_000) + file(0, "long.js", 1)
@@ -57,7 +62,8 @@ GOOD = [
      header(1, "7.8.9") + file(0, "x")),
 ]
 
-# name, shards, list or None, options, what standard error says
+# name, shards, list or None, options, what standard error says; behind a ": " at the end come the
+# words of the JSON reader
 BAD = [
     ("a shard that is not there", [A], None, ["nowhere"], "nowhere: No such file or directory"),
     ("a folder", [A], None, ["."], ".: not a regular file"),
@@ -96,10 +102,28 @@ BAD = [
      "a: line 2: no JSON: "),
     ("a header of another schema", [header(0, schema=2)], None, [],
      "a: line 1: a header of another schema"),
+    ("a header of another tool", [header(0, tool="quorl")], None, [],
+     "a: line 1: a header of another tool"),
+    ("a header without a tool", [header(0).replace(b'"tool"', b'"made"')], None, [],
+     "a: line 1: a header of another tool"),
+    ("another tool with a schema of its own", [A, header(0, schema=2, tool="QUORL-JS")], None, [],
+     "b: line 1: a header of another tool"),
     ("a header without a count", [header(0).replace(b"fileCount", b"count")], None, [],
      "a: line 1: a header without version or fileCount"),
     ("another version", [A, header(0, "1.0.1")], None, [],
      "b: line 1: written by version 1.0.1, others by 1.0.0"),
+    ("line ends of two bytes", [A.replace(b"\n", b"\r\n")], None, [],
+     "a: line 1: ends in CR LF instead of a line feed"),
+    ("line ends of two bytes from the second run on", [A + B.replace(b"\n", b"\r\n")], None, [],
+     "a: line 6: ends in CR LF instead of a line feed"),
+    ("a record whose line ends in two bytes", [B.replace(b'"c"}', b'"c"}\r')], None, [],
+     "a: line 2: ends in CR LF instead of a line feed"),
+    ("a file whose line ends in two bytes", [A, B[:-1] + b"\r\n"], None, [],
+     "b: line 3: ends in CR LF instead of a line feed"),
+    ("an empty line with two bytes at its end", [B + b"\r\n"], None, [],
+     "a: line 4: ends in CR LF instead of a line feed"),
+    ("cut between the two bytes", [B[:-1] + b"\r"], None, [],
+     "a: line 3: cut, it has no line feed"),
     ("a file without a path", [B.replace(b'"path"', b'"name"')], None, [],
      "a: line 3: a file without path or status"),
     ("a path that is no base64", [ODD.replace(b"/wou", b"!!!!")], None, [],
@@ -115,9 +139,43 @@ BAD = [
      "2 files of list list are in no SHARD; the first is zero.js"),
     ("control bytes in a message", [B], b"three.js\na\x1bb.js\n", [],
      "1 files of list list are in no SHARD; the first is a\\x1bb.js"),
-    ("no shard", [], None, [], "no SHARD given; see quorl-js merge --help"),
-    ("-0 without a list", [A], None, ["-0"], "see quorl-js merge --help"),
-    ("an unknown option", [A], None, ["--no-such"], "see quorl-js merge --help"),
+]
+
+NAMED_FILES = {"a": A, "b": B, "[a,b]": C, "[]": C, "{a}": C, "SHARD": C, "--null": C, "a=b": C,
+               "%%": C, "list": b"three.js\ntwo.js\none.js\n", "[list,a]": b"c.js\n",
+               "--no": b"c.js\n", "null list": b"c.js\0three.js"}
+
+# name, arguments, status, standard output, standard error; the files are there
+ARGUMENTS = [
+    ("brackets", ["[a,b]"], 0, C, ""),
+    ("brackets among others", ["a", "[a,b]"], 0, A_THEN_C, ""),
+    ("brackets around nothing", ["[]"], 0, C, ""),
+    ("brackets behind --", ["--", "[a,b]"], 0, C, ""),
+    ("brackets before and behind --", ["[]", "--", "[a,b]"], 0, C_TWICE, ""),
+    ("brackets of a shard that is not there", ["[a]"], 2, b"", "[a]: No such file or directory"),
+    ("braces", ["{a}"], 0, C, ""),
+    ("an equals sign", ["a=b"], 0, C, ""),
+    ("the argument reader's own separator", ["%%"], 0, C, ""),
+    ("the word of the usage text", ["SHARD"], 0, C, ""),
+    ("an option behind --", ["--", "--null"], 0, C, ""),
+    ("-- behind --", ["--", "--"], 2, b"", "--: No such file or directory"),
+    ("a shard without a name", ["a", ""], 2, b"", ": No such file or directory"),
+    ("a device that could not be read twice", ["a", "/dev/stdin"], 2, b"",
+     "/dev/stdin: not a regular file"),
+    ("a list", ["--files-from", "list", "a", "b"], 0, B_FIRST, ""),
+    ("a joined list", ["a", "b", "--files-from=list"], 0, B_FIRST, ""),
+    ("a list behind a shard, and -- behind it", ["a", "--files-from=list", "--", "b"], 0, B_FIRST,
+     ""),
+    ("a list in brackets", ["--files-from", "[list,a]", "[a,b]"], 0, C, ""),
+    ("a joined list in brackets", ["--files-from=[list,a]", "[a,b]"], 0, C, ""),
+    ("a list of names with NUL bytes", ["--files-from=null list", "--null", "b", "[]"], 0,
+     C_THEN_B, ""),
+    ("-0 before the list, and twice", ["-0", "--files-from", "null list", "-0", "b", "[]"], 0,
+     C_THEN_B, ""),
+    ("an empty joined list", ["--files-from=", "a", "b"], 2, b"",
+     "list : No such file or directory"),
+    ("an empty list", ["--files-from", "", "a", "b"], 2, b"", "list : No such file or directory"),
+    ("a list called like an option", ["--files-from", "--no", "[]"], 0, C, ""),
 ]
 
 
@@ -141,9 +199,19 @@ def faults(quorl_js, folder):
     for name, shards, names, options, message in BAD:
         done = run(quorl_js, folder, shards, names, options)
         says = done.stderr.decode("utf-8", "replace")
-        is_one_line = says.startswith("quorl-js: ") and says.count("\n") == 1 and says[-1] == "\n"
-        if (done.returncode, done.stdout) != (2, b"") or not is_one_line or message not in says:
+        expected = "quorl-js: %s\n" % message
+        if message.endswith(": ") and says.startswith(expected[:-1]) and says.count("\n") == 1:
+            expected = says
+        if (done.returncode, done.stdout, says) != (2, b"", expected):
             yield "%s: %d %r %r" % (name, done.returncode, done.stdout[:400], says)
+    for name, content in NAMED_FILES.items():
+        (folder / name).write_bytes(content)
+    for name, arguments, status, output, message in ARGUMENTS:
+        done = subprocess.run([quorl_js, "merge"] + arguments, cwd=folder, check=False,
+                              stdin=subprocess.PIPE, capture_output=True)
+        says = ("quorl-js: %s\n" % message if message else "").encode()
+        if (done.returncode, done.stdout, done.stderr) != (status, output, says):
+            yield "%s: %d %r %r" % (name, done.returncode, done.stdout[:400], done.stderr)
     done = run(quorl_js, folder, [b""], b"", [])
     if done.returncode != 0 or json.loads(done.stdout)["fileCount"] != 0:
         yield "nothing asked for and nothing there: %r" % done
@@ -174,7 +242,7 @@ def main():
     quorl_js, scratch = os.path.abspath(sys.argv[1]), pathlib.Path(sys.argv[2])
     scratch.mkdir(parents=True, exist_ok=True)
     found = list(faults(quorl_js, scratch))
-    print("\n".join(found) or "%d cases" % (len(GOOD) + len(BAD)))
+    print("\n".join(found) or "%d cases" % (len(GOOD) + len(BAD) + len(ARGUMENTS)))
     return 1 if found else 0
 
 

@@ -144,6 +144,8 @@ TEST_F(Module, ThatLacksAnEntryPointIsEndedInOrder) {
               (Outcome{2, "", reason}));
     EXPECT_EQ(contentsOf("spoken"), "loaded\nunloaded\n");
   }
+  EXPECT_EQ(run({"--plugin", INCOMPLETE_PLUGIN_PATH, "-j8", "a", "b", "c", "d", "e", "f", "g"}),
+            (Outcome{2, "", reason}));
 }
 
 TEST_F(Module, ThatHangsOverItsVersionEndsTheRun) {
