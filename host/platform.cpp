@@ -84,6 +84,12 @@ std::uint64_t machineMemory() {
   return static_cast<std::uint64_t>(pages) * static_cast<std::uint64_t>(pageBytes);
 }
 
+std::uint64_t openFileLimit() {
+  rlimit limit{};
+  ::getrlimit(RLIMIT_NOFILE, &limit);
+  return limit.rlim_cur;
+}
+
 void endWithParent([[maybe_unused]] pid_t parent) {
 #ifdef __linux__
   ::prctl(PR_SET_PDEATHSIG, SIGKILL);

@@ -11,6 +11,9 @@ namespace host {
 // The processor cores that this process may use; at least 1.
 unsigned availableCores();
 
+// How many files this process may have open at once.
+std::uint64_t openFileLimit();
+
 // Has this process, a child of parent, killed when parent ends. Elsewhere than on Linux a child
 // learns of that when it next reads from its parent or writes to it.
 void endWithParent(pid_t parent);

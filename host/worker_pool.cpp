@@ -13,6 +13,7 @@
 #include <utility>
 
 #include "output.h"
+#include "platform.h"
 #include "shown_text.h"
 
 namespace host {
@@ -42,6 +43,17 @@ constexpr std::array kKnownEnds = {
     KnownEnd{[](const ProcessEnd& end) { return end.isWithStatus(kWorkerTooLarge); },
              FileStatus::kTooLarge, "the answer is too long; see --max-output"},
 };
+
+// As many as are asked for and of use, and for which there are descriptors.
+std::size_t workerCount(unsigned jobs, const Inputs& inputs) {
+  constexpr std::uint64_t kDescriptorsBesides = 24;
+  constexpr std::uint64_t kDescriptorsOfAWorker = 2;
+  const std::uint64_t all = openFileLimit();
+  const std::uint64_t room = all - std::min(all, kDescriptorsBesides);
+  const std::uint64_t count =
+      std::min({std::uint64_t{jobs}, inputs.fileCount, room / kDescriptorsOfAWorker});
+  return static_cast<std::size_t>(std::max(count, std::uint64_t{1}));
+}
 
 std::string crashText(const ProcessEnd& end) {
   if (WIFSIGNALED(end.state)) {
@@ -73,9 +85,7 @@ FileResult unansweredResult(const WorkerTask& task, const Input& input, FileStat
 
 WorkerPool::WorkerPool(const WorkerTask& task, unsigned jobs, bool lockstep)
     : task_(task), lockstep_(lockstep) {
-  slots_.resize(lockstep ? 1
-                         : static_cast<std::size_t>(std::clamp<std::uint64_t>(
-                               task.inputs->fileCount, 1, std::max(jobs, 1U))));
+  slots_.resize(lockstep ? 1 : workerCount(jobs, *task.inputs));
 }
 
 FileResult WorkerPool::take(std::uint64_t index, const Idle& idle) {

@@ -21,16 +21,25 @@ struct Pipe {
   int writeEnd;
 };
 
-Pipe makePipe() {
-  std::array<int, 2> ends{};
-  if (::pipe(ends.data()) != 0) throw systemFailure("worker", errno);
-  const Pipe pipe{outOfTheWay(ends[0]), outOfTheWay(ends[1])};
-  if (pipe.readEnd < 0 || pipe.writeEnd < 0) throw systemFailure("worker", errno);
-  return pipe;
-}
-
 void closeIfOpen(int descriptor) {
   if (descriptor >= 0) ::close(descriptor);
+}
+
+void close(const Pipe& pipe) {
+  closeIfOpen(pipe.readEnd);
+  closeIfOpen(pipe.writeEnd);
+}
+
+// Nothing, with errno set, when the system has none to give.
+std::optional<Pipe> makePipe() {
+  std::array<int, 2> ends{};
+  if (::pipe(ends.data()) != 0) return std::nullopt;
+  const Pipe pipe{outOfTheWay(ends[0]), outOfTheWay(ends[1])};
+  if (pipe.readEnd >= 0 && pipe.writeEnd >= 0) return pipe;
+  const int error = errno;
+  close(pipe);
+  errno = error;
+  return std::nullopt;
 }
 
 }  // namespace
@@ -45,21 +54,26 @@ bool ProcessEnd::isWithStatus(int status) const {
 
 WorkerProcess::WorkerProcess(const WorkerTask& task,
                              std::span<const WorkerProcess* const> siblings) {
-  const Pipe requests = makePipe();
-  const Pipe results = makePipe();
-  requests_ = requests.writeEnd;
-  results_ = results.readEnd;
+  const std::optional<Pipe> requests = makePipe();
+  const std::optional<Pipe> results = requests ? makePipe() : std::nullopt;
+  if (!results) {
+    const int error = errno;
+    if (requests) close(*requests);
+    throw systemFailure("worker", error);
+  }
+  requests_ = requests->writeEnd;
+  results_ = results->readEnd;
   widenPipe(results_);
   const pid_t parent = ::getpid();
   {
     const SignalsHeld held;
     pid_ = ::fork();
-    if (pid_ == 0) becomeWorker(task, parent, requests.readEnd, results.writeEnd, siblings);
+    if (pid_ == 0) becomeWorker(task, parent, requests->readEnd, results->writeEnd, siblings);
     if (pid_ > 0) noteWorker(pid_);
   }
   const int error = errno;
-  ::close(requests.readEnd);
-  ::close(results.writeEnd);
+  ::close(requests->readEnd);
+  ::close(results->writeEnd);
   if (pid_ < 0) {
     closeOurEnds();
     throw systemFailure("worker", error);
