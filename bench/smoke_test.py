@@ -33,9 +33,10 @@ def main():
             (whole / name).write_bytes(text)
         runs = counters(scratch, [runs_program, folder, "2", module, module])
         kernels = counters(scratch, [kernels_program, folder, "1"])
-    assert set(runs) == {route + "/whole" for route in TEXTS}, runs.keys()
-    for route, (_, text) in TEXTS.items():
-        run = runs[route + "/whole"]
+    processes = ("whole", "again", "large-pages")
+    assert set(runs) == {route + "/" + name for route in TEXTS for name in processes}, runs.keys()
+    for name, run in runs.items():
+        text = TEXTS[name.split("/")[0]][1]
         assert run["iterations"] == 2, run
         assert run["source_bytes"] == len(text), run
         assert run["record_bytes"] == run["against_record_bytes"] > len(text), run
