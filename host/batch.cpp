@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "passed_errors.h"
 #include "platform.h"
 #include "progress.h"
 #include "worker_pool.h"
@@ -26,12 +27,19 @@ class Batch {
         output_(output),
         answerDirectory_(answerDirectory),
         progress_(isProgressWanted(), task.inputs->reportCount),
-        pool_(task, commandLine.jobs, diagnostics.areKept()) {}
+        errors_(progress_.isShown()),
+        pool_(task_, commandLine.jobs, diagnostics.areKept()) {
+    task_.standardError = errors_.writeEnd();
+  }
+
+  Batch(const Batch&) = delete;
+  Batch& operator=(const Batch&) = delete;
+  ~Batch() { passErrorsOn(true); }
 
   bool run() {
     const auto& inputs = task_.inputs->all;
     for (std::uint64_t index = 0; index < inputs.size(); ++index) take(index, inputs[index]);
-    if (!pool_.finish()) throw diagnostics_.failure();
+    if (!pool_.finish(idleUntilTheEnd())) throw diagnostics_.failure();
     if (output_ != nullptr) finishOutput();
     if (commandLine_.strict && task_.inputs->reportCount == 0) {
       complain("nothing to read");  // which is nothing about a single file
@@ -62,14 +70,21 @@ class Batch {
     }
   }
 
+  Idle idleUntilTheEnd() {
+    return {kProgressMilliseconds, errors_.readEnd(), [this] { passErrorsOn(false); }};
+  }
+
   Idle idleOver(const Input& input) {
-    return {progress_.isShown() ? kProgressMilliseconds : kIdleMilliseconds, [this, &input] {
+    return {progress_.isShown() ? kProgressMilliseconds : kIdleMilliseconds, errors_.readEnd(),
+            [this, &input] {
+              passErrorsOn(false);
               progress_.show(done_, failed_, input.path);
               if (output_ != nullptr) output_->checkReader();
             }};
   }
 
   void takeResult(const Input& input, const FileResult& result) {
+    passErrorsOn(false);
     deliver(input, result);
     ++done_;
     if (result.diagnosticsLost) throw diagnostics_.failure();
@@ -121,18 +136,27 @@ class Batch {
     output_->write(text);
   }
 
+  // What the module has written there, whose last line may not be whole yet.
+  void passErrorsOn(bool all) {
+    const std::string text = errors_.take(all);
+    if (text.empty()) return;
+    progress_.erase();
+    writeAll(STDERR_FILENO, text);
+  }
+
   void tell(std::string_view message) {
     if (commandLine_.quiet) return;
     progress_.erase();
     complain(message);
   }
 
-  const WorkerTask& task_;
+  WorkerTask task_;
   const CommandLine& commandLine_;
   const Diagnostics& diagnostics_;
   Output* output_;
   const AnswerDirectory* answerDirectory_;
   Progress progress_;
+  PassedErrors errors_;
   WorkerPool pool_;
   std::uint64_t done_ = 0;
   std::uint64_t failed_ = 0;

@@ -238,6 +238,7 @@ void work(const WorkerTask& task, int requests, int results) {
       task.writesOutput ? ::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, kFirstFreeDescriptor) : -1;
   if (task.writesOutput && output < 0) ::_exit(EXIT_FAILURE);
   if (::dup2(task.diagnostics, STDOUT_FILENO) < 0) ::_exit(EXIT_FAILURE);
+  if (task.standardError >= 0) ::dup2(task.standardError, STDERR_FILENO);
   if (task.quiet) silenceStandardError();
   if (task.limits.memory != 0) limitMemory(task.limits.memory);
   // The trees and answers of large files are mostly written once: what counts is to touch them. A

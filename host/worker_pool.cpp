@@ -27,6 +27,7 @@ constexpr std::uint64_t kMaxInputsAhead = 1024;
 constexpr std::size_t kMaxBytesAhead = std::size_t{64} << 20U;
 constexpr std::size_t kBytesOfAResult = 256;  // besides its texts
 
+constexpr int kMillisecondsToEnd = 2;           // between looks at whether workers have ended
 constexpr std::chrono::seconds kTimeToEnd{10};  // for workers whose module is of no use
 
 struct KnownEnd {
@@ -92,7 +93,7 @@ FileResult WorkerPool::take(std::uint64_t index, const Idle& idle) {
   while (true) {
     handOut(index);
     const bool isFinished = finished_.contains(index);
-    const bool gotAny = receive(index, isFinished ? 0 : idle.milliseconds);
+    const bool gotAny = receive(index, idle, isFinished ? 0 : idle.milliseconds);
     const auto found = finished_.find(index);
     if (found != finished_.end()) {
       FileResult result = std::move(found->second);
@@ -106,9 +107,16 @@ FileResult WorkerPool::take(std::uint64_t index, const Idle& idle) {
   }
 }
 
-bool WorkerPool::finish() {
+bool WorkerPool::finish(const Idle& idle) {
   for (Slot& slot : slots_) {
     if (slot.process) retire(slot);
+  }
+  // One may wait until what it writes is taken away.
+  while (idle.watched >= 0 && !retired_.empty()) {
+    pollfd end{idle.watched, POLLIN, 0};
+    ::poll(&end, 1, kMillisecondsToEnd);
+    idle.action();
+    reapRetired(false);
   }
   reapRetired(true);
   return !diagnosticsLost_;
@@ -205,8 +213,8 @@ void WorkerPool::loseEnded() {
   }
 }
 
-// Gives false if the time passed without anything.
-bool WorkerPool::receive(std::uint64_t wanted, int timeout) {
+// Gives false if the time passed without anything from workers, or what idle watches came first.
+bool WorkerPool::receive(std::uint64_t wanted, const Idle& idle, int timeout) {
   std::vector<pollfd> ends;
   std::vector<Slot*> slots;
   for (Slot& slot : slots_) {
@@ -214,12 +222,16 @@ bool WorkerPool::receive(std::uint64_t wanted, int timeout) {
     ends.push_back({slot.process->results(), POLLIN, 0});
     slots.push_back(&slot);
   }
+  ends.push_back({idle.watched, POLLIN, 0});  // which poll skips if it is negative
   if (::poll(ends.data(), static_cast<nfds_t>(ends.size()), timeout) <= 0) return false;
-  for (std::size_t number = 0; number < ends.size(); ++number) {
-    if (ends[number].revents != 0) receiveFrom(*slots[number]);
+  bool gotAny = false;
+  for (std::size_t number = 0; number < slots.size(); ++number) {
+    if (ends[number].revents == 0) continue;
+    receiveFrom(*slots[number]);
+    gotAny = true;
   }
   reapRetired(false);
-  return true;
+  return gotAny;
 }
 
 void WorkerPool::receiveFrom(Slot& slot) {

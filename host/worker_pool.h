@@ -36,6 +36,7 @@ FileResult unansweredResult(const WorkerTask& task, const Input& input, FileStat
 // What is done while nothing else is to be.
 struct Idle {
   int milliseconds;  // between two calls
+  int watched;       // a descriptor that it is called for as soon as there is something to read
   std::function<void()> action;
 };
 
@@ -51,7 +52,7 @@ class WorkerPool {
   FileResult take(std::uint64_t index, const Idle& idle);
 
   // Waits for the workers' ends. Gives false if diagnostics were lost in them.
-  bool finish();
+  bool finish(const Idle& idle);
 
  private:
   struct Slot {
@@ -69,7 +70,7 @@ class WorkerPool {
   void start(Slot& slot);
   bool tryStart(Slot& slot);
   void send(Slot& slot, std::uint64_t index);
-  bool receive(std::uint64_t wanted, int timeout);
+  bool receive(std::uint64_t wanted, const Idle& idle, int timeout);
   bool mayBeRead(const Slot& slot, std::uint64_t wanted) const;
   void loseEnded();
   void receiveFrom(Slot& slot);

@@ -89,6 +89,13 @@ std::string addressSpace() {
   return limit.rlim_cur == RLIM_INFINITY ? "unlimited" : std::to_string(limit.rlim_cur);
 }
 
+constexpr int kFloodLines = 20'000;
+
+void floodStandardError() {
+  const std::string line = std::string(99, 'e') + "\n";
+  for (int count = 0; count < kFloodLines; ++count) std::fputs(line.c_str(), stderr);
+}
+
 void hang() {
   leaveMark("hanging");
   while (true) ::pause();
@@ -126,6 +133,7 @@ constexpr std::array kMisdeeds = {
     Misdeed{"hog", [] { takeMemory(kGreediestBlocks); }},
     Misdeed{"keep", [] { takeMemory(kKeptBlocks); }},
     Misdeed{"flood-stdout", floodStandardOutput},
+    Misdeed{"flood-stderr", floodStandardError},
     Misdeed{"orphan", leaveOrphan},
     Misdeed{"spoil", spoilPipes},
 };

@@ -683,6 +683,19 @@ TEST_F(ProgressLine, IsNotThereWhenItIsNotWanted) {
   }
 }
 
+TEST_F(ProgressLine, GivesWayToWhatTheModuleWrites) {
+  RunningProgram program(QUORL_JS_PATH,
+                         oddArguments({"-j1", "slow", "slow", "slow", "warning", "flood-stderr"}),
+                         RunningProgram::StandardError::kTerminal);
+  const std::string seen = program.errorsToTheEnd();
+  EXPECT_EQ(program.waitForEnd(), 0);
+  EXPECT_NE(seen.find("\r\x1b[Ka warning of the module\r\n"), std::string::npos) << seen;
+  const std::string line = std::string(99, 'e') + "\r\n";
+  int lines = 0;
+  for (auto at = seen.find(line); at != std::string::npos; at = seen.find(line, at + 1)) ++lines;
+  EXPECT_EQ(lines, 20'000);
+}
+
 TEST_F(ProgressLine, LeavesNothingBehindWhenTheRunIsEnded) {
   RunningProgram program(QUORL_JS_PATH, oddArguments({"hang", "--timeout=0"}),
                          RunningProgram::StandardError::kTerminal);
