@@ -186,10 +186,11 @@ TEST_F(OutDir, NeedsNoStandardOutput) {
 }
 
 TEST_F(OutDir, HasNoColoursOfATerminalElsewhere) {
+  if (const auto why = RunningProgram::whyNoTerminal(); !why.empty()) GTEST_SKIP() << why;
   writeFile("a.js", "let a = 1;\n");
   RunningProgram program("/bin/sh",
                          {"-c", "unset NO_COLOR; exec \"$@\" 1>&2", "sh", QUORL_JS_PATH, "a.js",
-                          "--format=tree", "--out-dir=out"},
+                          "--format=tree", "--out-dir=out", "--no-progress"},
                          RunningProgram::StandardError::kTerminal);
   EXPECT_EQ(program.errorsToTheEnd(), "");
   EXPECT_EQ(program.waitForEnd(), 0);
