@@ -11,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include "host/plain_user.h"
 #include "host/program_runner.h"
 #include "host/quorl_js_fixture.h"
 #include "host/running_program.h"
@@ -20,6 +21,7 @@ namespace {
 namespace fs = std::filesystem;
 using host_test::contentsOf;
 using host_test::Outcome;
+using host_test::PlainUser;
 using host_test::RunningProgram;
 using host_test::StandardOutput;
 using host_test::Words;
@@ -269,9 +271,10 @@ TEST_F(OutDir, ThatIsNoDirectoryEndsTheRun) {
 }
 
 TEST_F(OutDir, ThatTakesNoFilesEndsTheRun) {
-  if (::geteuid() == 0) GTEST_SKIP() << "root writes to every directory";
+  const PlainUser user;
+  if (const auto why = user.whyNot(); !why.empty()) GTEST_SKIP() << why;
   ::chmod("out", 0500);
-  EXPECT_EQ(runIntoOut({"no-memory", "f"}),
+  EXPECT_EQ(user.runOdd({"--out-dir", "out", "no-memory", "f"}),
             (Outcome{2, "", "quorl-js: output directory out: Permission denied\n"}));
   ::chmod("out", 0700);
 }
