@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
 #include <filesystem>
 #include <functional>
 #include <stdexcept>
@@ -21,6 +20,7 @@
 #include "refine/inline_functions.h"
 #include "support/dump_tree.h"
 #include "support/make_tree.h"
+#include "support/redirected.h"
 #include "support/sanitized.h"
 #include "support/temp_dir.h"
 #include "tree/object_branch.h"
@@ -45,34 +45,13 @@ std::string repeat(std::string_view piece, std::size_t count) {
   return text;
 }
 
-// While it lives, standard output goes nowhere: each record prints a line.
-class SilentOutput {
- public:
-  SilentOutput() {
-    std::fflush(stdout);
-    const int nowhere = open("/dev/null", O_WRONLY);
-    dup2(nowhere, STDOUT_FILENO);
-    close(nowhere);
-  }
-  SilentOutput(const SilentOutput&) = delete;
-  SilentOutput& operator=(const SilentOutput&) = delete;
-  ~SilentOutput() {
-    std::fflush(stdout);
-    dup2(kept_, STDOUT_FILENO);
-    close(kept_);
-  }
-
- private:
-  const int kept_ = dup(STDOUT_FILENO);
-};
-
 void* callThrough(void* run) {
   (*static_cast<const std::function<void()>*>(run))();
   return nullptr;
 }
 
 void runOnSmallStack(const std::function<void()>& run) {
-  const SilentOutput silent;
+  const support::Redirected records(STDOUT_FILENO, "/dev/null", O_WRONLY);  // a line for each
   pthread_attr_t attributes;
   pthread_attr_init(&attributes);
   pthread_t thread;

@@ -261,8 +261,8 @@ TEST_F(ManualPage, CompilesAndReadsWithoutAWarning) {
 #ifndef __APPLE__  // whose man knows none of these options
   if (!isInstalled("man")) GTEST_SKIP() << "no man";
   writeFile("quorl-js.1", compiled.out);
-  const Outcome shown =
-      runProgram("/bin/sh", {"-c", "MANWIDTH=100 man --warnings -l -P cat quorl-js.1"});
+  const Outcome shown = runProgram("/usr/bin/env", {"LC_ALL=C.UTF-8", "MANWIDTH=100", "man",
+                                                    "--warnings", "-l", "-P", "cat", "quorl-js.1"});
   EXPECT_EQ(shown.status, 0);
   EXPECT_EQ(shown.err, "");
   for (const char* text : {"\n       quorl-js --files-from LIST [FILE]... [OPTION]...\n",

@@ -11,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include "host/plain_user.h"
 #include "host/program_runner.h"
 #include "host/quorl_js_fixture.h"
 #include "host/running_program.h"
@@ -20,6 +21,7 @@ namespace {
 namespace fs = std::filesystem;
 using host_test::contentsOf;
 using host_test::Outcome;
+using host_test::PlainUser;
 using host_test::RunningProgram;
 using host_test::StandardOutput;
 using host_test::Words;
@@ -186,10 +188,11 @@ TEST_F(OutDir, NeedsNoStandardOutput) {
 }
 
 TEST_F(OutDir, HasNoColoursOfATerminalElsewhere) {
+  if (const auto why = RunningProgram::whyNoTerminal(); !why.empty()) GTEST_SKIP() << why;
   writeFile("a.js", "let a = 1;\n");
   RunningProgram program("/bin/sh",
                          {"-c", "unset NO_COLOR; exec \"$@\" 1>&2", "sh", QUORL_JS_PATH, "a.js",
-                          "--format=tree", "--out-dir=out"},
+                          "--format=tree", "--out-dir=out", "--no-progress"},
                          RunningProgram::StandardError::kTerminal);
   EXPECT_EQ(program.errorsToTheEnd(), "");
   EXPECT_EQ(program.waitForEnd(), 0);
@@ -268,9 +271,10 @@ TEST_F(OutDir, ThatIsNoDirectoryEndsTheRun) {
 }
 
 TEST_F(OutDir, ThatTakesNoFilesEndsTheRun) {
-  if (::geteuid() == 0) GTEST_SKIP() << "root writes to every directory";
+  const PlainUser user;
+  if (const auto why = user.whyNot(); !why.empty()) GTEST_SKIP() << why;
   ::chmod("out", 0500);
-  EXPECT_EQ(runIntoOut({"no-memory", "f"}),
+  EXPECT_EQ(user.runOdd({"--out-dir", "out", "no-memory", "f"}),
             (Outcome{2, "", "quorl-js: output directory out: Permission denied\n"}));
   ::chmod("out", 0700);
 }

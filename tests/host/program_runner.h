@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include <gtest/gtest.h>
+
 namespace host_test {
 
 // What file descriptor 1 of the program is.
@@ -29,8 +31,13 @@ struct Outcome {
 // For failure messages: control bytes and bytes from 0x80 up are shown as \xNN.
 std::ostream& operator<<(std::ostream& stream, const Outcome& outcome);
 
+// Whether they are the same. A failure shows the status, standard error and where standard output
+// first differs: for outputs that are too long to be shown.
+testing::AssertionResult isOutcome(const Outcome& expected, const Outcome& found);
+
 // Runs the program in the current directory and waits for its end. Signals have their default
-// actions in it, so that a program which does not care for SIGPIPE is killed by it.
+// actions in it, so that a program which does not care for SIGPIPE is killed by it, and it has no
+// descriptors but the standard ones.
 Outcome runProgram(const std::string& program, const std::vector<std::string>& arguments,
                    StandardOutput standardOutput = StandardOutput::kFile);
 

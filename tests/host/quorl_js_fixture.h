@@ -1,9 +1,6 @@
 // What the tests of the command-line program share.
 #pragma once
 
-#include <unistd.h>
-
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -13,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include "host/program_runner.h"
+#include "support/temp_dir.h"
 
 namespace host_test {
 
@@ -39,16 +37,11 @@ inline std::string joined(const Words& words) {
 class QuorlJs : public testing::Test {
  protected:
   QuorlJs() : before_(std::filesystem::current_path()) {
-    std::string name = (std::filesystem::temp_directory_path() / "quorl-js-test-XXXXXX").string();
-    if (::mkdtemp(name.data()) == nullptr) std::abort();
-    std::filesystem::current_path(name);
+    std::filesystem::current_path(own_.path("."));
     directory_ = std::filesystem::current_path();
   }
 
-  ~QuorlJs() override {
-    std::filesystem::current_path(before_);
-    std::filesystem::remove_all(directory_);
-  }
+  ~QuorlJs() override { std::filesystem::current_path(before_); }
 
   // Runs the program with the module that comes with it.
   static Outcome run(const Words& arguments, StandardOutput out = StandardOutput::kFile) {
@@ -64,7 +57,8 @@ class QuorlJs : public testing::Test {
   const std::filesystem::path& directory() const { return directory_; }
 
  private:
-  std::filesystem::path before_;
+  const support::TempDir own_;
+  const std::filesystem::path before_;
   std::filesystem::path directory_;
 };
 

@@ -5,8 +5,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <array>
-#include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
@@ -15,25 +13,10 @@
 #include <thread>
 #include <utility>
 
+#include <gtest/gtest.h>
+
 namespace host_test {
 namespace {
-
-int checked(int result, const char* call) {
-  if (result < 0) throw std::system_error(errno, std::generic_category(), call);
-  return result;
-}
-
-struct Channel {
-  int ours;
-  int theirs;
-};
-
-Channel makePipe() {
-  std::array<int, 2> ends{};
-  checked(::pipe(ends.data()), "pipe");
-  for (const int end : ends) checked(::fcntl(end, F_SETFD, FD_CLOEXEC), "fcntl");
-  return {ends[0], ends[1]};
-}
 
 Channel makeTerminal() {
   const int ours = checked(::posix_openpt(O_RDWR | O_NOCTTY), "posix_openpt");
@@ -44,46 +27,37 @@ Channel makeTerminal() {
   winsize size{};
   size.ws_col = 40;
   checked(::ioctl(theirs, TIOCSWINSZ, &size), "ioctl");
-  return {ours, theirs};
-}
-
-std::string readToEnd(int& descriptor) {
-  std::string text;
-  std::array<char, 4096> block;
-  while (true) {
-    const ssize_t count = ::read(descriptor, block.data(), block.size());
-    if (count <= 0) break;  // a terminal that nobody else has open gives an error
-    text.append(block.data(), static_cast<std::size_t>(count));
-  }
-  ::close(std::exchange(descriptor, -1));
-  return text;
+  return {.programEnd = theirs, .ourEnd = ours};
 }
 
 }  // namespace
 
+std::string RunningProgram::whyNoTerminal() {
+  try {
+    const Channel terminal = makeTerminal();
+    ::close(terminal.programEnd);
+    ::close(terminal.ourEnd);
+  } catch (const std::system_error& error) {
+    return std::string("no pseudo-terminals here: ") + error.what();
+  }
+  return {};
+}
+
 RunningProgram::RunningProgram(const std::string& program,
                                const std::vector<std::string>& arguments,
                                StandardError standardError) {
-  std::vector<std::string> words{program};
-  words.insert(words.end(), arguments.begin(), arguments.end());
-  std::vector<char*> argv;
-  for (std::string& word : words) argv.push_back(word.data());
-  argv.push_back(nullptr);
+  const ProgramWords words(program, arguments);
   const Channel out = makePipe();
   const Channel err = standardError == StandardError::kPipe ? makePipe() : makeTerminal();
   pid_ = checked(::fork(), "fork");
   if (pid_ == 0) {
     ::setpgid(0, 0);
-    ::signal(SIGPIPE, SIG_DFL);
-    ::dup2(out.theirs, STDOUT_FILENO);
-    ::dup2(err.theirs, STDERR_FILENO);
-    ::execv(argv[0], argv.data());
-    ::_exit(127);
+    becomeProgram(words.argv(), out.programEnd, err.programEnd);
   }
-  ::close(out.theirs);
-  ::close(err.theirs);
-  out_ = out.ours;
-  err_ = err.ours;
+  ::close(out.programEnd);
+  ::close(err.programEnd);
+  out_ = out.ourEnd;
+  err_ = err.ourEnd;
 }
 
 RunningProgram::~RunningProgram() {
@@ -95,8 +69,19 @@ RunningProgram::~RunningProgram() {
   if (err_ >= 0) ::close(err_);
 }
 
-void RunningProgram::waitForFile(const std::string& path) {
-  while (!std::filesystem::exists(path)) {
+bool RunningProgram::hasEnded() const {
+  siginfo_t info{};  // stays as it is while there is nothing to tell
+  checked(::waitid(P_PID, static_cast<id_t>(pid_), &info, WEXITED | WNOHANG | WNOWAIT), "waitid");
+  return info.si_pid == pid_;
+}
+
+void RunningProgram::waitForFile(const std::string& path) const {
+  const auto isThere = [&path] { return std::filesystem::exists(path); };
+  while (!isThere()) {
+    if (hasEnded() && !isThere()) {
+      ADD_FAILURE() << "the program has ended, and there is no " << path;
+      return;
+    }
     std::this_thread::sleep_for(std::chrono::milliseconds(2));
   }
 }
@@ -105,7 +90,7 @@ void RunningProgram::send(int signal) const { checked(::kill(pid_, signal), "kil
 
 void RunningProgram::sendToGroup(int signal) const { checked(::kill(-pid_, signal), "kill"); }
 
-void RunningProgram::leaveStandardOutput() { ::close(std::exchange(out_, -1)); }
+void RunningProgram::leaveStandardOutput() { ::close(std::exchange(out_, kNoDescriptor)); }
 
 std::string RunningProgram::readErrorsUpTo(const std::string& text) const {
   std::string seen;
@@ -113,7 +98,9 @@ std::string RunningProgram::readErrorsUpTo(const std::string& text) const {
   return seen;
 }
 
-std::string RunningProgram::errorsToTheEnd() { return readToEnd(err_); }
+std::string RunningProgram::errorsToTheEnd() {
+  return readToEnd(std::exchange(err_, kNoDescriptor));
+}
 
 std::string RunningProgram::readOutput(std::size_t count) const {
   std::string seen;
@@ -121,15 +108,10 @@ std::string RunningProgram::readOutput(std::size_t count) const {
   return seen;
 }
 
-std::string RunningProgram::outputToTheEnd() { return readToEnd(out_); }
-
-int RunningProgram::waitForEnd() {
-  int state = 0;
-  while (::waitpid(pid_, &state, 0) < 0) {
-    if (errno != EINTR) checked(-1, "waitpid");
-  }
-  pid_ = 0;
-  return WIFEXITED(state) ? WEXITSTATUS(state) : 128 + WTERMSIG(state);
+std::string RunningProgram::outputToTheEnd() {
+  return readToEnd(std::exchange(out_, kNoDescriptor));
 }
+
+int RunningProgram::waitForEnd() { return waitFor(std::exchange(pid_, 0)); }
 
 }  // namespace host_test

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "child_process.h"
+
 namespace host_test {
 
 class RunningProgram {
@@ -15,8 +17,11 @@ class RunningProgram {
   // pipe.
   enum class StandardError { kPipe, kTerminal };
 
+  // Why this machine has no terminals to give, as a container may; nothing if it has.
+  static std::string whyNoTerminal();
+
   // Starts it in the current directory, as a process group of its own, with signals at their
-  // default actions.
+  // default actions and no descriptors but the standard ones.
   RunningProgram(const std::string& program, const std::vector<std::string>& arguments,
                  StandardError standardError = StandardError::kPipe);
   RunningProgram(const RunningProgram&) = delete;
@@ -25,8 +30,8 @@ class RunningProgram {
 
   pid_t pid() const { return pid_; }
 
-  // Waits for the file to be there.
-  static void waitForFile(const std::string& path);
+  // Waits for the file to be there. The test fails if the program ends without having made it.
+  void waitForFile(const std::string& path) const;
 
   void send(int signal) const;
   void sendToGroup(int signal) const;  // as a terminal does
@@ -48,9 +53,11 @@ class RunningProgram {
   int waitForEnd();
 
  private:
+  bool hasEnded() const;
+
   pid_t pid_ = 0;
-  int out_ = -1;
-  int err_ = -1;
+  int out_ = kNoDescriptor;
+  int err_ = kNoDescriptor;
 };
 
 }  // namespace host_test

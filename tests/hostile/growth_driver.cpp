@@ -18,6 +18,7 @@
 
 #include "hostile/generators.h"
 #include "plugin/plugin_api.h"
+#include "support/redirected.h"
 #include "support/temp_dir.h"
 
 namespace {
@@ -40,31 +41,6 @@ std::size_t parseSize(std::string_view digits) {
   return size;
 }
 
-// While it lives, what is written to standard output and standard error is lost.
-class Silence {
- public:
-  Silence() : output_(dup(STDOUT_FILENO)), error_(dup(STDERR_FILENO)) {
-    const int nowhere = open("/dev/null", O_WRONLY);
-    if (output_ < 0 || error_ < 0 || nowhere < 0) throw std::runtime_error("no /dev/null");
-    dup2(nowhere, STDOUT_FILENO);
-    dup2(nowhere, STDERR_FILENO);
-    close(nowhere);
-  }
-  Silence(const Silence&) = delete;
-  Silence& operator=(const Silence&) = delete;
-  ~Silence() {
-    std::fflush(stdout);
-    dup2(output_, STDOUT_FILENO);
-    dup2(error_, STDERR_FILENO);
-    close(output_);
-    close(error_);
-  }
-
- private:
-  const int output_;
-  const int error_;
-};
-
 enum class Parsed { kText, kEmptyLine };
 
 void run(std::string_view name, std::string_view size, Parsed parsed) {
@@ -77,7 +53,8 @@ void run(std::string_view name, std::string_view size, Parsed parsed) {
   const std::string& path = parsed == Parsed::kText ? text : emptyLine;
   const char* answer = nullptr;
   {
-    const Silence silence;
+    const support::Redirected output(STDOUT_FILENO, "/dev/null", O_WRONLY);
+    const support::Redirected errors(STDERR_FILENO, "/dev/null", O_WRONLY);
     answer = ParseJS(path.c_str(), nullptr);
   }
   // An error answer would be a count of something else.

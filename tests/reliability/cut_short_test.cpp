@@ -1,49 +1,50 @@
 // Every whole-file case cut at every byte: a file that ends anywhere is answered by records.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
+#include <algorithm>
+#include <cstddef>
 #include <filesystem>
-#include <fstream>
 #include <string>
+#include <string_view>
 
-#include "plugin/plugin_api.h"
+#include "answer_check.h"
+#include "reliability/parse.h"
+#include "support/temp_dir.h"
 #include "whole_file/case_files.h"
 
 namespace {
 
+// A carriage return ends a line as a line feed does, and both together end two.
+int lastLineOf(std::string_view text) {
+  const auto endsLine = [](char byte) { return byte == '\n' || byte == '\r'; };
+  return static_cast<int>(std::count_if(text.begin(), text.end(), endsLine)) + 1;
+}
+
 class CutShort : public testing::Test {
  protected:
-  CutShort() : before_(std::filesystem::current_path()) {
-    std::string name = (std::filesystem::temp_directory_path() / "quorl-cut-short-XXXXXX").string();
-    if (mkdtemp(name.data()) == nullptr) std::abort();
-    folder_ = name;
-    std::filesystem::current_path(folder_);
-  }
-  ~CutShort() override {
-    std::filesystem::current_path(before_);
-    std::filesystem::remove_all(folder_);
-  }
+  CutShort() { std::filesystem::current_path(folder_.path(".")); }
+  ~CutShort() override { std::filesystem::current_path(before_); }
 
-  std::filesystem::path before_;
-  std::filesystem::path folder_;
+  const std::filesystem::path before_ = std::filesystem::current_path();
+  const support::TempDir folder_;
 };
 
 TEST_F(CutShort, EveryCaseAtEveryByte) {
-  testing::internal::CaptureStdout();
-  testing::internal::CaptureStderr();
   for (const whole_file::CaseFile& file : whole_file::loadCases()) {
     const std::string whole = whole_file::readFile(file.folder / file.input);
+    const char* const defines = reliability::definesOf(file);
+    folder_.write(file.input, "");
+    EXPECT_EQ(reliability::parse(file.input, defines),
+              "[{\"error\": \"File is empty: " + file.input + "\"}]");
     for (std::size_t size = 1; size < whole.size(); ++size) {
-      std::ofstream(file.input, std::ios::binary) << whole.substr(0, size);
-      const std::string answer = ParseJS(file.input.c_str(), nullptr);
-      ASSERT_TRUE(answer.starts_with("[\n  {\n    \"lineNumber\": 0,\n") &&
-                  answer.ends_with("\n  }\n]\n"))
+      const std::string text = whole.substr(0, size);
+      folder_.write(file.input, text);
+      const std::string answer = reliability::parse(file.input, defines).value_or("(null)");
+      ASSERT_EQ(fuzz::checkAnswer(answer, file.input, lastLineOf(text)).fault, "")
           << file.name << " cut at " << size << ": " << answer;
     }
     std::filesystem::remove(file.input);
   }
-  testing::internal::GetCapturedStdout();
-  testing::internal::GetCapturedStderr();
 }
 
 }  // namespace

@@ -138,67 +138,78 @@ TEST(HostSettings, AStreamWithoutABuffer) {
   std::cout.rdbuf(before);
 }
 
-// Runs the cases with file descriptor 1 as it is made by point, and sets it right again. Nothing is
-// captured meanwhile, since that opens files, and one of them would get a number that is free.
-template <typename Point>
-void expectCasesWithOutput(Point point) {
+// Runs the cases with the descriptor of stdout or stderr as it is made by spoil, and sets it right
+// again. The other stream gets all its bytes. Nothing begins to be captured meanwhile, since that
+// opens files, and one of them would get a number that is free.
+void expectCasesWith(std::FILE* spoilt, void (*spoil)(int descriptor)) {
+  const bool isOutput = spoilt == stdout;
   const std::vector<whole_file::CaseFile> files = whole_file::loadCases();
   std::vector<std::string> answers;
   bool works = true;
-  std::fflush(stdout);
+  isOutput ? testing::internal::CaptureStderr() : testing::internal::CaptureStdout();
   {
-    const support::Redirected warnings(STDERR_FILENO, "/dev/null", O_WRONLY);
-    const support::Redirected output(STDOUT_FILENO, "/dev/null", O_WRONLY);
-    point();
+    const support::Redirected lost(fileno(spoilt), "/dev/null", O_WRONLY);
+    spoil(fileno(spoilt));
     for (const whole_file::CaseFile& file : files) {
       std::filesystem::current_path(file.folder);
       answers.push_back(answerFor(file));
     }
-    works = std::fputs("x", stdout) != EOF && std::fflush(stdout) != EOF;
-    __fpurge(stdout);  // what could not be written is still in the buffer
-    std::clearerr(stdout);
+    works = std::fputs("x", spoilt) != EOF && std::fflush(spoilt) != EOF;
+    __fpurge(spoilt);  // what could not be written is still in the buffer
+    std::clearerr(spoilt);
   }
+  const std::string other =
+      isOutput ? testing::internal::GetCapturedStderr() : testing::internal::GetCapturedStdout();
   EXPECT_FALSE(works) << "what was to be tested did not come about";
+  std::string expected;
+  for (const whole_file::CaseFile& file : files) {
+    expected += isOutput ? file.standardError : file.standardOutput;
+  }
+  EXPECT_EQ(other, expected);
   for (std::size_t i = 0; i < files.size(); ++i) EXPECT_EQ(answers[i], files[i].records);
 }
 
-void closeOutput() { close(STDOUT_FILENO); }
+void closeIt(int descriptor) { close(descriptor); }
 
-void openOutput(const char* path, int flags) {
+void openInstead(int descriptor, const char* path, int flags) {
   const int other = open(path, flags);
   ASSERT_GE(other, 0);
-  dup2(other, STDOUT_FILENO);
+  dup2(other, descriptor);
   close(other);
 }
 
-void fillOutput() { openOutput("/dev/full", O_WRONLY); }
+void fill(int descriptor) { openInstead(descriptor, "/dev/full", O_WRONLY); }
 
-void makeOutputReadOnly() { openOutput("/dev/null", O_RDONLY); }
+void makeReadOnly(int descriptor) { openInstead(descriptor, "/dev/null", O_RDONLY); }
 
-void leaveOutputWithoutAReader() {
+void leaveWithoutAReader(int descriptor) {
   std::array<int, 2> ends;
   ASSERT_EQ(pipe(ends.data()), 0);
   close(ends[0]);
-  dup2(ends[1], STDOUT_FILENO);
+  dup2(ends[1], descriptor);
   close(ends[1]);
 }
 
-TEST(HostSettings, AStandardOutputThatIsClosed) { expectCasesWithOutput(closeOutput); }
-
-TEST(HostSettings, AStandardOutputThatIsFull) { expectCasesWithOutput(fillOutput); }
-
-TEST(HostSettings, AStandardOutputThatIsReadOnly) { expectCasesWithOutput(makeOutputReadOnly); }
-
-TEST(HostSettings, AStandardOutputWhoseReaderHasGone) {
+void expectCasesWithoutAReaderOf(std::FILE* spoilt) {
   const auto before = std::signal(SIGPIPE, SIG_IGN);
-  expectCasesWithOutput(leaveOutputWithoutAReader);
+  expectCasesWith(spoilt, leaveWithoutAReader);
   std::signal(SIGPIPE, before);
 }
+
+TEST(HostSettings, AStandardOutputThatIsClosed) { expectCasesWith(stdout, closeIt); }
+TEST(HostSettings, AStandardOutputThatIsFull) { expectCasesWith(stdout, fill); }
+TEST(HostSettings, AStandardOutputThatIsReadOnly) { expectCasesWith(stdout, makeReadOnly); }
+TEST(HostSettings, AStandardOutputWhoseReaderHasGone) { expectCasesWithoutAReaderOf(stdout); }
+
+TEST(HostSettings, AStandardErrorThatIsClosed) { expectCasesWith(stderr, closeIt); }
+TEST(HostSettings, AStandardErrorThatIsFull) { expectCasesWith(stderr, fill); }
+TEST(HostSettings, AStandardErrorThatIsReadOnly) { expectCasesWith(stderr, makeReadOnly); }
+TEST(HostSettings, AStandardErrorWhoseReaderHasGone) { expectCasesWithoutAReaderOf(stderr); }
 
 // All at once, and a std::cout that throws.
 TEST(HostSettings, AStreamThatThrowsOverAStandardOutputThatIsFull) {
   std::cout.exceptions(std::ios::badbit | std::ios::failbit);
-  expectCasesWithOutput(fillOutput);
+  expectCasesWith(stdout, fill);
   std::cout.exceptions(std::ios::goodbit);
   std::cout.clear();
 }
@@ -206,26 +217,7 @@ TEST(HostSettings, AStreamThatThrowsOverAStandardOutputThatIsFull) {
 // Without a buffer each line that the plug-in writes is a call of its own that fails.
 TEST(HostSettings, AStandardOutputThatIsFullAndHasNoBuffer) {
   std::setvbuf(stdout, nullptr, _IONBF, 0);
-  expectCasesWithOutput(fillOutput);
-}
-
-TEST(HostSettings, AStandardErrorThatIsClosed) {
-  const std::vector<whole_file::CaseFile> files = whole_file::loadCases();
-  std::vector<std::string> answers;
-  testing::internal::CaptureStdout();
-  {
-    const support::Redirected errors(STDERR_FILENO, "/dev/null", O_WRONLY);
-    close(STDERR_FILENO);
-    for (const whole_file::CaseFile& file : files) {
-      std::filesystem::current_path(file.folder);
-      answers.push_back(answerFor(file));
-    }
-    std::clearerr(stderr);
-  }
-  std::string expected;
-  for (const whole_file::CaseFile& file : files) expected += file.standardOutput;
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), expected);
-  for (std::size_t i = 0; i < files.size(); ++i) EXPECT_EQ(answers[i], files[i].records);
+  expectCasesWith(stdout, fill);
 }
 
 }  // namespace

@@ -312,6 +312,7 @@ TEST(SeekFailure, NeverCutsATextShort) {
   forEachCase([&failures](const CaseFile& file) {
     parseWith(file.input, reliability::definesOf(file), {});
     const std::size_t total = seen.seeks;
+    EXPECT_GT(total, 0U) << file.name;
     for (std::size_t failing = 0; failing < total; ++failing) {
       Files plan;
       plan.failingSeek = failing;
@@ -324,6 +325,7 @@ TEST(SeekFailure, NeverCutsATextShort) {
   forEachLongFile([&failures](const std::string& path, const std::string& full, std::size_t) {
     parseWith(path, nullptr, {});
     const std::size_t total = seen.seeks;
+    EXPECT_GT(total, 0U) << path;
     for (std::size_t failing = 0; failing < total; ++failing) {
       Files plan;
       plan.failingSeek = failing;

@@ -9,14 +9,11 @@
 
 #include <gtest/gtest.h>
 
+#include "support/sanitized.h"
+
 namespace support {
 
-#if defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define QUORL_TESTS_SANITIZED 1
-#endif
-#endif
-#if defined(__SANITIZE_ADDRESS__) || defined(QUORL_TESTS_SANITIZED) || !defined(__OPTIMIZE__)
+#if defined(QUORL_TEST_IS_SANITIZED) || !defined(__OPTIMIZE__)
 inline constexpr bool kSlowBuild = true;
 #else
 inline constexpr bool kSlowBuild = false;

@@ -1,8 +1,11 @@
-// Points a file descriptor elsewhere for as long as it lives.
+// Points a file descriptor elsewhere for as long as it lives. What C's streams hold goes where it
+// pointed when it was written.
 #pragma once
 
 #include <fcntl.h>
 #include <unistd.h>
+
+#include <cstdio>
 
 namespace support {
 
@@ -10,6 +13,7 @@ class Redirected {
  public:
   Redirected(int descriptor, const char* path, int flags)
       : descriptor_(descriptor), before_(dup(descriptor)) {
+    std::fflush(nullptr);
     const int other = open(path, flags);
     dup2(other, descriptor);
     close(other);
@@ -17,6 +21,7 @@ class Redirected {
   Redirected(const Redirected&) = delete;
   Redirected& operator=(const Redirected&) = delete;
   ~Redirected() {
+    std::fflush(nullptr);
     dup2(before_, descriptor_);
     close(before_);
   }

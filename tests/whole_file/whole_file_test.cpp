@@ -2,7 +2,6 @@
 // the command-line host; and one after the other in one process, in both orders.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cctype>
@@ -13,6 +12,7 @@
 
 #include "host/program_runner.h"
 #include "plugin/plugin_api.h"
+#include "support/temp_dir.h"
 #include "whole_file/case_files.h"
 
 namespace whole_file {
@@ -72,9 +72,8 @@ TEST_P(WholeFile, ThroughTheModule) {
 
 TEST_P(WholeFile, ThroughTheCommandLineHost) {
   const CaseFile& file = GetParam();
-  const std::string diagnostics =
-      (std::filesystem::temp_directory_path() / ("quorl-case-" + std::to_string(getpid())))
-          .string();
+  const support::TempDir folder;
+  const std::string diagnostics = folder.path("diagnostics");
   std::filesystem::current_path(file.folder);
   std::vector<std::string> arguments{"--plugin", QUORL_PLUGIN_PATH, "--diagnostics", diagnostics};
   // The host joins its defines with line feeds, so one value with line feeds in it is the bytes.
@@ -83,7 +82,6 @@ TEST_P(WholeFile, ThroughTheCommandLineHost) {
   const host_test::Outcome outcome = host_test::runProgram(QUORL_JS_PATH, arguments);
   EXPECT_EQ(outcome.status, 0);
   expectAsCase({outcome.out, readFile(diagnostics), outcome.err}, file);
-  std::filesystem::remove(diagnostics);
 }
 
 std::string testName(const testing::TestParamInfo<CaseFile>& info) {

@@ -12,14 +12,7 @@
 #include <gtest/gtest.h>
 
 #include "support/heap.h"
-
-#if defined(__SANITIZE_ADDRESS__)
-#define BUILT_WITH_ADDRESS_SANITIZER
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define BUILT_WITH_ADDRESS_SANITIZER
-#endif
-#endif
+#include "support/sanitized.h"
 
 namespace {
 
@@ -164,7 +157,7 @@ TEST(ObjectBranch, SafeStringAlloc) {
 }
 
 TEST(ObjectBranch, SafeStringAllocWithoutMemory) {
-#ifdef BUILT_WITH_ADDRESS_SANITIZER
+#ifdef QUORL_TEST_IS_SANITIZED
   GTEST_SKIP() << "the sanitizer ends the program at a request of that size";
 #else
   constexpr std::size_t kLargest = std::numeric_limits<std::size_t>::max();
