@@ -79,7 +79,7 @@ def print_growth(runs):
 
 def print_runs(runs):
     rows = []
-    for name in ("%s/%s" % (route, size) for route in ROUTES for size in (*SIZES, "again", "large-pages")):
+    for name in ("%s/%s" % (route, size) for route in ROUTES for size in (*SIZES, "again")):
         run = runs.get(name)
         if not run:
             continue

@@ -18,7 +18,6 @@
 #include <string>
 #include <vector>
 
-#include "platform.h"
 #include "plugin/plugin_api.h"
 #include "report.h"
 
@@ -32,23 +31,14 @@ Symbol find(void* module, const char* name) {
   return reinterpret_cast<Symbol>(symbol);
 }
 
-// What a process has done before the measured time.
-enum class Before {
-  kNothing,
-  kRun,         // the same files
-  kLargePages,  // it has asked for large pages, as the workers of quorl-js do
-};
-
+// With again, the process has run the files once before, outside of the measured time.
 void runFiles(Sample& sample, const std::string& path, const std::vector<std::string>& files,
-              Before before) {
-  if (before == Before::kLargePages) host::useLargePages(std::uint64_t{1} << 30U);
+              bool again) {
   void* const module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (module == nullptr) throw std::runtime_error(dlerror());
   const auto parse = find<decltype(&ParseJS)>(module, "ParseJS");
   const auto* nextId = find<const std::int32_t*>(module, "currentIndex");
-  if (before == Before::kRun) {
-    for (const std::string& file : files) parse(file.c_str(), nullptr);
-  }
+  for (std::size_t i = 0; again && i < files.size(); ++i) parse(files[i].c_str(), nullptr);
   for (const std::string& file : files) {
     const char* answer = nullptr;
     addTime(sample, [&] { answer = parse(file.c_str(), nullptr); });
@@ -70,22 +60,20 @@ int run(int argc, char** argv) {
   for (const std::string& route : filesOf(std::filesystem::path(argv[1]) / "runs")) {
     for (const std::string& size : filesOf(route)) {
       const std::vector<std::string> files = filesOf(size);
-      const auto variants = [&](Before before) {
+      const auto variants = [&](bool again) {
         std::vector<Variant> found;
         for (int i = 3; i < argc; ++i) {
           const std::string module = argv[i];
-          found.push_back({i == 3 ? "" : "against_", [module, files, before](Sample& sample) {
-                             runFiles(sample, module, files, before);
+          found.push_back({i == 3 ? "" : "against_", [module, files, again](Sample& sample) {
+                             runFiles(sample, module, files, again);
                            }});
         }
         return found;
       };
       const std::string routeName = std::filesystem::path(route).filename().string();
       const std::string sizeName = std::filesystem::path(size).filename().string();
-      registerBenchmark(routeName + "/" + sizeName, variants(Before::kNothing), rounds);
-      if (sizeName != "whole") continue;
-      registerBenchmark(routeName + "/again", variants(Before::kRun), rounds);
-      registerBenchmark(routeName + "/large-pages", variants(Before::kLargePages), rounds);
+      registerBenchmark(routeName + "/" + sizeName, variants(false), rounds);
+      if (sizeName == "whole") registerBenchmark(routeName + "/again", variants(true), rounds);
     }
   }
   runRegistered();

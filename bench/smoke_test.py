@@ -33,10 +33,11 @@ def main():
             (whole / name).write_bytes(text)
         runs = counters(scratch, [runs_program, folder, "2", module, module])
         kernels = counters(scratch, [kernels_program, folder, "1"])
-    processes = ("whole", "again", "large-pages")
+    processes = ("whole", "again")
     assert set(runs) == {route + "/" + name for route in TEXTS for name in processes}, runs.keys()
     for name, run in runs.items():
-        text = TEXTS[name.split("/")[0]][1]
+        route = name.split("/")[0]
+        text = TEXTS[route][1]
         assert run["iterations"] == 2, run
         assert run["source_bytes"] == len(text), run
         assert run["record_bytes"] == run["against_record_bytes"] > len(text), run

@@ -8,40 +8,18 @@
 
 #ifdef __linux__
 #include <sched.h>
-#include <sys/mman.h>
 #include <sys/prctl.h>
 
 #include <csignal>
 #endif
 
 #include <algorithm>
-#include <cstdlib>
 #include <thread>
-
-#ifdef __GLIBC__
-#include <malloc.h>
-#endif
 
 namespace host {
 namespace {
 
 constexpr unsigned kUsualWidth = 80;
-
-#ifdef __GLIBC__
-constexpr std::uintptr_t kLargePage = std::uintptr_t{2} << 20U;
-constexpr std::uint64_t kMaxTopPad = std::uint64_t{1} << 30U;
-
-// Whether the system promises no more memory than it has, so that what one process takes and never
-// writes to is lacking in others.
-bool isUnwrittenMemoryCounted() {
-  const int file = ::open("/proc/sys/vm/overcommit_memory", O_RDONLY | O_CLOEXEC);
-  if (file < 0) return false;
-  char mode = '0';
-  [[maybe_unused]] const auto count = ::read(file, &mode, 1);
-  ::close(file);
-  return mode == '2';
-}
-#endif
 
 #ifdef __linux__
 constexpr int kPipeBytes = 1 << 20;
@@ -109,23 +87,6 @@ void limitMemory(std::uint64_t bytes) {
   ::getrlimit(RLIMIT_AS, &limit);
   limit.rlim_cur = std::min(static_cast<rlim_t>(bytes), limit.rlim_cur);
   ::setrlimit(RLIMIT_AS, &limit);
-}
-
-void useLargePages([[maybe_unused]] std::uint64_t bytes) {
-#ifdef __GLIBC__
-  if (kReservesAddressSpace || isUnwrittenMemoryCounted()) return;
-  constexpr int kUsualTopPad = 128 * 1024;
-  const auto before = reinterpret_cast<std::uintptr_t>(::sbrk(0));
-  ::mallopt(M_MMAP_MAX, 0);         // all comes from the heap, long texts too,
-  ::mallopt(M_TRIM_THRESHOLD, -1);  // of which nothing is given back
-  ::mallopt(M_TOP_PAD, static_cast<int>(std::min(bytes, kMaxTopPad)));
-  void* volatile const block = std::malloc(kLargePage);  // unless volatile, it is optimised away
-  std::free(block);
-  ::mallopt(M_TOP_PAD, kUsualTopPad);
-  const auto end = reinterpret_cast<std::uintptr_t>(::sbrk(0));
-  const std::uintptr_t start = (before + kLargePage - 1) / kLargePage * kLargePage;
-  if (start < end) ::madvise(reinterpret_cast<void*>(start), end - start, MADV_HUGEPAGE);
-#endif
 }
 
 void widenPipe([[maybe_unused]] int descriptor) {

@@ -29,13 +29,6 @@ std::uint64_t peakMemory();
 // limit, sets none.
 void limitMemory(std::uint64_t bytes);
 
-// Has the next so many bytes of the heap, at most 1 GiB, come in large pages where the system has
-// them for who asks. A page costs time when it is first written to, a large one little more than a
-// small one. The heap grows by so much at once and gives nothing back, so this is for a process
-// that ends soon. Does nothing without the GNU C library, nor where the system counts memory that
-// is only asked for.
-void useLargePages(std::uint64_t bytes);
-
 // Lets a pipe hold as much as an ordinary user may ask for, where that can be asked for at all.
 void widenPipe(int descriptor);
 

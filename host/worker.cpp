@@ -29,9 +29,6 @@ namespace {
 constexpr unsigned kMaxFiles = 1000;
 constexpr std::uint64_t kMaxMemoryKept = std::uint64_t{256} << 20U;
 
-// More than most files need. It is taken from the system as it is written to.
-constexpr std::uint64_t kHeapBytes = std::uint64_t{1} << 30U;
-
 // To load the module, and to end with it.
 constexpr std::chrono::seconds kTimeBesidesFiles{60};
 
@@ -241,9 +238,6 @@ void work(const WorkerTask& task, int requests, int results) {
   if (task.standardError >= 0) ::dup2(task.standardError, STDERR_FILENO);
   if (task.quiet) silenceStandardError();
   if (task.limits.memory != 0) limitMemory(task.limits.memory);
-  // The trees and answers of large files are mostly written once: what counts is to touch them. A
-  // worker that may have little better gives back what it no longer needs.
-  if (task.limits.memory == 0 || task.limits.memory / 4 >= kHeapBytes) useLargePages(kHeapBytes);
   std::set_new_handler([] { ::_exit(kWorkerOutOfMemory); });
   try {
     limitTime(kTimeBesidesFiles);
