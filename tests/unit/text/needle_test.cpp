@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstddef>
+#include <memory>
 #include <random>
 #include <string>
 #include <string_view>
@@ -43,6 +46,22 @@ TEST(Needle, OfOneByte) {
   EXPECT_TRUE(contains("a=b", "="));
   EXPECT_FALSE(contains("ab", "="));
   EXPECT_TRUE(contains(std::string_view("a\0", 2), std::string_view("\0", 1)));
+}
+
+// Each text fills a block of its own, so that a sanitizer sees a look beyond its last byte.
+TEST(Needle, IsLookedForWithinTheText) {
+  constexpr Needle kNeedles[] = {"=>", "export ", "aab"};
+  for (const Needle& needle : kNeedles) {
+    for (std::size_t size = needle.text().size(); size <= 80; ++size) {
+      const auto bytes = std::make_unique<char[]>(size);
+      const std::string_view haystack(bytes.get(), size);
+      std::fill_n(bytes.get(), size, 'x');
+      EXPECT_EQ(needle.find(haystack), std::string_view::npos) << size;
+      const std::size_t last = size - needle.text().size();
+      needle.text().copy(bytes.get() + last, needle.text().size());
+      EXPECT_EQ(needle.find(haystack), last) << size;
+    }
+  }
 }
 
 TEST(Needle, AgreesWithAPlainSearchOfAllShortTexts) {
