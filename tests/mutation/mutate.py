@@ -36,6 +36,7 @@ KILLED, SURVIVED, EXPLAINED, SAME_CODE, BROKEN = OUTCOMES = (
 INCLUDE = re.compile(r'^#include "([^"]+)"', re.M)
 GIGABYTE = 1 << 30
 COMPILE_SECONDS = 300
+LONGEST_SECONDS = 300  # of the tests with the true sources
 PLAIN, SANITIZED = [], ["-fsanitize=address,undefined", "-fno-sanitize-recover=all"]
 SANITIZER_OPTIONS = "detect_leaks=0:allocator_may_return_null=1"
 
@@ -105,7 +106,7 @@ def in_order(objects, path):
 class Runner:
     def __init__(self, project):
         self.project = project
-        self.seconds = {program.name: 100 for program in project.programs}
+        self.seconds = {}  # of a program, without and with sanitizers
 
     def compile(self, each, flags, overlay, output):
         command = list(each.command)
@@ -125,7 +126,7 @@ class Runner:
                        ["-lgtest_main", "-lgtest", "-ldl"], check=True)
 
     def passes(self, program, flags, folder):
-        seconds = self.seconds[program.name] * (2 if flags else 1)
+        seconds = self.seconds.get((program.name, bool(flags)), LONGEST_SECONDS)
 
         def limit():
             resource.setrlimit(resource.RLIMIT_CPU, (seconds, seconds))
@@ -157,8 +158,7 @@ class Runner:
                     sys.exit("mutate: %s fails without a mutant %s" % (program.name, flags))
                 after = resource.getrusage(resource.RUSAGE_CHILDREN)
                 took = after.ru_utime + after.ru_stime - before.ru_utime - before.ru_stime
-                if not flags:
-                    self.seconds[program.name] = 5 + int(2 * took)
+                self.seconds[program.name, bool(flags)] = 5 + int(2 * took)
 
     def outcome(self, mutant, folder):
         folder.mkdir()
