@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "format.h"
+#include "formats/format.h"
 
 int main(int argc, char** argv) {
   const std::vector<std::string> arguments(argv + 1, argv + argc);

@@ -1,4 +1,4 @@
-#include "format.h"
+#include "formats/format.h"
 
 #include <gtest/gtest.h>
 

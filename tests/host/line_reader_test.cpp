@@ -1,4 +1,4 @@
-#include "line_reader.h"
+#include "merge/line_reader.h"
 
 #include <gtest/gtest.h>
 
@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-#include "output.h"
+#include "system/failure.h"
 
 namespace {
 

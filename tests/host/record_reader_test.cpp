@@ -1,4 +1,4 @@
-#include "record_reader.h"
+#include "records/record_reader.h"
 
 #include <gtest/gtest.h>
 

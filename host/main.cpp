@@ -1,0 +1,80 @@
+// quorl-js: the plug-in for the command line. It uses the module through its C face only, in
+// processes of their own: the module writes on standard output, keeps what it has read and may end
+// its process, and none of that is to reach who runs this program.
+
+#include <algorithm>
+#include <array>
+#include <csignal>
+#include <exception>
+#include <string>
+#include <string_view>
+
+#include "cli/completions.h"
+#include "cli/help_text.h"
+#include "cli/man_page.h"
+#include "cli/markdown_tables.h"
+#include "cli/option_table.h"
+#include "cli/run_options.h"
+#include "merge/merge.h"
+#include "run/exit_status.h"
+#include "run/file_run.h"
+#include "run/output.h"
+#include "system/failure.h"
+#include "system/messages.h"
+#include "system/signals.h"
+
+namespace host {
+namespace {
+
+struct GeneratedText {
+  std::string_view kind;
+  std::string (*make)();
+};
+
+constexpr std::array kGeneratedTexts = {
+    GeneratedText{"bash", bashCompletion}, GeneratedText{"fish", fishCompletion},
+    GeneratedText{"man", manPage}, GeneratedText{"tables", markdownTables},
+    GeneratedText{"zsh", zshCompletion}};
+
+std::string generatedText(const std::string& kind) {
+  const auto* const row =
+      std::find_if(kGeneratedTexts.begin(), kGeneratedTexts.end(),
+                   [&](const GeneratedText& text) { return text.kind == kind; });
+  if (row == kGeneratedTexts.end()) throw Failure("nothing to generate is called " + kind);
+  return row->make();
+}
+
+int run(const RunOptions& options) {
+  const bool writesAnswers = !options.help && !options.generate && !options.version;
+  if (writesAnswers && options.outDirectory) return runFiles(options, nullptr);
+  Output output;
+  int status = kSuccess;
+  if (options.help) {
+    output.write(helpText(kProgram));
+  } else if (options.generate) {
+    output.write(generatedText(*options.generate));
+  } else if (options.version) {
+    status = printVersions(options, output);
+  } else {
+    status = runFiles(options, &output);
+  }
+  output.close();
+  return status;
+}
+
+}  // namespace
+}  // namespace host
+
+int main(int argc, char** argv) {
+  // A reader that has gone and a limit on the size of files are noticed where answers are written.
+  std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGXFSZ, SIG_IGN);
+  host::endRunOnSignals();
+  try {
+    if (argc > 1 && argv[1] == std::string_view("merge")) return host::runMerge(argc - 1, argv + 1);
+    return host::run(host::parseRunOptions(argc, argv));
+  } catch (const std::exception& failure) {
+    host::printMessage(failure.what());
+    return host::kRunFailed;
+  }
+}

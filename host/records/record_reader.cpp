@@ -1,0 +1,191 @@
+#include "records/record_reader.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <system_error>
+
+#include "records/record_escapes.h"
+
+namespace host {
+namespace {
+
+// No text between double quotes holds one of these but as an escape.
+constexpr std::array<bool, 256> kEscaped = [] {
+  std::array<bool, 256> table{};
+  for (const auto& [byte, letter] : kRecordEscapes) table[static_cast<unsigned char>(byte)] = true;
+  return table;
+}();
+
+// How a tag's line may begin: the first of a node, and one behind it.
+constexpr std::string_view kFirstTag = "\n      \"";
+constexpr std::array<std::string_view, 3> kFurtherTags = {"\n      \"", "      \"", "    \""};
+
+std::size_t findEscaped(std::string_view text, std::size_t from) {
+  const auto* const stop =
+      std::find_if(text.data() + from, text.data() + text.size(),
+                   [](char byte) { return kEscaped[static_cast<unsigned char>(byte)]; });
+  return static_cast<std::size_t>(stop - text.data());
+}
+
+const RecordEscape* escapeOf(char letter) {
+  const auto* const row =
+      std::find_if(kRecordEscapes.begin(), kRecordEscapes.end(),
+                   [letter](const auto& known) { return known.letter == letter; });
+  return row == kRecordEscapes.end() ? nullptr : row;
+}
+
+// Labels and tags are written as they are, so they are of bytes that need no escape.
+bool isPlain(char byte) { return byte >= ' ' && byte <= '~' && byte != '"' && byte != '\\'; }
+
+}  // namespace
+
+std::string unescaped(std::string_view text) {
+  std::string result;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    const bool mayBegin = text[at] == '\\' && at + 1 < text.size();
+    const RecordEscape* const escape = mayBegin ? escapeOf(text[at + 1]) : nullptr;
+    result += escape == nullptr ? text[at] : escape->byte;
+    if (escape != nullptr) ++at;
+  }
+  return result;
+}
+
+RecordReader::RecordReader(std::string_view answer) : rest_(answer), answerBytes_(answer.size()) {}
+
+const Record* RecordReader::next() {
+  if (ended_) return nullptr;
+  const bool isFirst = rest_.size() == answerBytes_;
+  if (isFirst && !take("[\n")) {
+    fail();
+  } else if (isFirst && take("]\n")) {
+    if (!takeEnd()) fail();
+  } else if (!takeRecord()) {
+    fail();
+  } else if (take(",\n") || (take("\n]\n") && takeEnd())) {
+    ++recordCount_;
+    return &record_;
+  } else {
+    fail();
+  }
+  return nullptr;
+}
+
+bool RecordReader::take(std::string_view literal) {
+  if (!rest_.starts_with(literal)) return false;
+  rest_.remove_prefix(literal.size());
+  return true;
+}
+
+// Takes a number as it is written: no sign but a minus, no leading zeros.
+bool RecordReader::takeNumber(std::int32_t& number) {
+  const char* const begin = rest_.data();
+  const auto [end, error] = std::from_chars(begin, begin + rest_.size(), number);
+  if (error != std::errc()) return false;
+  const std::string_view text = rest_.substr(0, static_cast<std::size_t>(end - begin));
+  const std::string_view digits = text.substr(text.starts_with('-') ? 1 : 0);
+  if (digits.starts_with('0') && text != "0") return false;
+  rest_.remove_prefix(text.size());
+  return true;
+}
+
+bool RecordReader::takePlain(std::string_view& text) {
+  const auto* const end = std::find_if_not(rest_.begin(), rest_.end(), isPlain);
+  text = rest_.substr(0, static_cast<std::size_t>(end - rest_.begin()));
+  rest_.remove_prefix(text.size());
+  return true;
+}
+
+// Takes up to the closing quote and leaves it there. The text is a view of the answer where nothing
+// is escaped, of the storage otherwise.
+bool RecordReader::takeEscaped(std::string& storage, std::string_view& text) {
+  std::size_t stop = findEscaped(rest_, 0);
+  if (stop < rest_.size() && rest_[stop] == '"') {
+    text = rest_.substr(0, stop);
+    rest_.remove_prefix(stop);
+    return true;
+  }
+  storage.clear();
+  std::size_t run = 0;
+  for (; stop + 1 < rest_.size() && rest_[stop] == '\\'; stop = findEscaped(rest_, run)) {
+    const RecordEscape* const escape = escapeOf(rest_[stop + 1]);
+    if (escape == nullptr) break;
+    storage.append(rest_, run, stop - run);
+    storage += escape->byte;
+    run = stop + 2;
+  }
+  storage.append(rest_, run, stop - run);
+  rest_.remove_prefix(stop);
+  text = storage;
+  return rest_.starts_with('"');
+}
+
+// All records of an answer have the same path.
+bool RecordReader::takePath() {
+  if (recordCount_ > 0 && rest_.starts_with(writtenPath_) &&
+      rest_.substr(writtenPath_.size()).starts_with('"')) {
+    rest_.remove_prefix(writtenPath_.size());
+    return true;
+  }
+  writtenPath_ = rest_;
+  if (!takeEscaped(pathStorage_, record_.filePath)) return false;
+  writtenPath_.remove_suffix(rest_.size());
+  return true;
+}
+
+// Takes what follows the opening bracket. A first child that is left out leaves a comma.
+bool RecordReader::takeChildren() {
+  record_.childNodeIds.clear();
+  if (take("],\n")) return true;
+  if (!take("   ")) return false;
+  for (bool first = true; take(first ? "\n      " : ",\n      ") || (first && take(",\n      "));
+       first = false) {
+    std::int32_t child = 0;
+    if (!takeNumber(child)) return false;
+    record_.childNodeIds.push_back(child);
+  }
+  return take("\n    ],\n");
+}
+
+// Takes what follows the opening bracket. Each tag brings its own line end, and no comma.
+bool RecordReader::takeTags() {
+  record_.tags.clear();
+  bool more = take(kFirstTag);
+  while (more) {
+    std::string_view tag;
+    if (!takePlain(tag) || !take("\"\n")) return false;
+    record_.tags.push_back(tag);
+    more = std::any_of(kFurtherTags.begin(), kFurtherTags.end(),
+                       [this](std::string_view start) { return take(start); });
+  }
+  return take("],\n");
+}
+
+bool RecordReader::takeRecord() {
+  return take("  {\n    \"lineNumber\": ") && takeNumber(record_.lineNumber) &&
+         take(",\n    \"lineage\": \"\",\n    \"argumentList\": \"\",\n    \"childNodeIDs\": [") &&
+         takeChildren() && take("    \"nodeID\": ") && takeNumber(record_.nodeId) &&
+         take(",\n    \"parentID\": ") && takeNumber(record_.parentId) &&
+         take(",\n    \"fileID\": 0,\n    \"functionID\": ") && takeNumber(record_.functionId) &&
+         take(",\n    \"isCalled\": false,\n    \"branchTypeAsString\": \"") &&
+         takePlain(record_.label) && take("\",\n    \"filePath\": \"") && takePath() &&
+         take("\",\n    \"tags\": [") && takeTags() && take("    \"contents\": \"") &&
+         takeEscaped(contentsStorage_, record_.contents) &&
+         take("\",\n    \"simpleFunctionName\": \"") &&
+         takeEscaped(nameStorage_, record_.simpleFunctionName) &&
+         take("\",\n    \"calloutIDs\": []\n  }");
+}
+
+bool RecordReader::takeEnd() {
+  ended_ = rest_.empty();
+  return ended_;
+}
+
+void RecordReader::fail() {
+  ended_ = true;
+  fault_ = "the answer leaves the record format in record " + std::to_string(recordCount_) +
+           ", near byte " + std::to_string(answerBytes_ - rest_.size()) + " of " +
+           std::to_string(answerBytes_);
+}
+
+}  // namespace host

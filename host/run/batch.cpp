@@ -1,0 +1,176 @@
+#include "run/batch.h"
+
+#include <unistd.h>
+
+#include <string>
+#include <string_view>
+
+#include "run/progress.h"
+#include "run/stderr_relay.h"
+#include "system/io.h"
+#include "system/messages.h"
+#include "system/platform.h"
+#include "workers/worker_pool.h"
+
+namespace host {
+namespace {
+
+// How often is looked at what tells nothing of itself: a reader that has gone, a hidden wait.
+constexpr int kIdleMilliseconds = 500;
+constexpr int kProgressMilliseconds = 100;
+
+class Batch {
+ public:
+  Batch(const WorkerTask& task, const RunOptions& options, const Diagnostics& diagnostics,
+        Output* output, const AnswerDirectory* answerDirectory)
+      : task_(task),
+        options_(options),
+        diagnostics_(diagnostics),
+        output_(output),
+        answerDirectory_(answerDirectory),
+        progress_(isProgressWanted(), task.inputs->reportCount),
+        errors_(progress_.isShown()),
+        pool_(task_, options.jobs, diagnostics.areKept()) {
+    task_.standardError = errors_.writeEnd();
+  }
+
+  Batch(const Batch&) = delete;
+  Batch& operator=(const Batch&) = delete;
+  ~Batch() { passErrorsOn(true); }
+
+  bool run() {
+    const auto& inputs = task_.inputs->all;
+    for (std::uint64_t index = 0; index < inputs.size(); ++index) take(index, inputs[index]);
+    if (!pool_.finish(idleUntilTheEnd())) throw diagnostics_.failure();
+    if (output_ != nullptr) finishOutput();
+    if (options_.strict && task_.inputs->reportCount == 0) {
+      printMessage("nothing to read");  // which is nothing about a single file
+      warned_ = true;
+    }
+    return failed_ == 0 && !(options_.strict && warned_);
+  }
+
+ private:
+  // What else is written to the terminal would run into the line.
+  bool isProgressWanted() const {
+    const bool isOutputSeen = output_ != nullptr && terminalWidth(STDOUT_FILENO) != 0;
+    return options_.progress && !options_.quiet && !isOutputSeen &&
+           diagnostics_.where() != "stderr";
+  }
+
+  void take(std::uint64_t index, const Input& input) {
+    if (input.kind == InputKind::kFile) {
+      takeResult(input, pool_.take(index, idleOver(input)));
+      return;
+    }
+    const std::string message = input.path + ": " + input.reason;
+    if (input.kind == InputKind::kPassedOver) {
+      tell(message);
+      warned_ = true;
+    } else {
+      takeResult(input, unansweredResult(task_, input, FileStatus::kFailed, message));
+    }
+  }
+
+  Idle idleUntilTheEnd() {
+    return {kProgressMilliseconds, errors_.readEnd(), [this] { passErrorsOn(false); }};
+  }
+
+  Idle idleOver(const Input& input) {
+    return {progress_.isShown() ? kProgressMilliseconds : kIdleMilliseconds, errors_.readEnd(),
+            [this, &input] {
+              passErrorsOn(false);
+              progress_.show(done_, failed_, input.path);
+              if (output_ != nullptr) output_->checkReader();
+            }};
+  }
+
+  void takeResult(const Input& input, const FileResult& result) {
+    passErrorsOn(false);
+    deliver(input, result);
+    ++done_;
+    if (result.diagnosticsLost) throw diagnostics_.failure();
+    if (!result.firstFailure.empty()) {
+      tell(input.path + ": answered at the second attempt; the first: " + result.firstFailure);
+      warned_ = true;
+    }
+    if (result.status != FileStatus::kAnswered) {
+      ++failed_;
+      tell(result.message);
+    }
+    progress_.show(done_, failed_, input.path);
+  }
+
+  void deliver(const Input& input, const FileResult& result) {
+    if (answerDirectory_ != nullptr) {
+      if (result.hasAnswer || !result.text.empty()) {
+        answerDirectory_->write(input.path, result.text);
+      } else {
+        answerDirectory_->remove(input.path);
+      }
+      return;
+    }
+    if (result.isWritten) {
+      output_->check(result.outputError);
+      return;
+    }
+    if (!isBegun_) {
+      begin();
+    } else {
+      output_->write(task_.format->separator);
+    }
+    output_->write(result.text);
+  }
+
+  void begin() {
+    isBegun_ = true;
+    if (task_.wholeDocuments) return;
+    std::string text;
+    task_.format->begin(task_.settings, text);
+    output_->write(text);
+  }
+
+  void finishOutput() {
+    if (task_.wholeDocuments) return;
+    if (!isBegun_) begin();
+    std::string text;
+    task_.format->end(task_.settings, text);
+    output_->write(text);
+  }
+
+  // What the module has written there, whose last line may not be whole yet.
+  void passErrorsOn(bool all) {
+    const std::string text = errors_.take(all);
+    if (text.empty()) return;
+    progress_.erase();
+    writeAll(STDERR_FILENO, text);
+  }
+
+  void tell(std::string_view message) {
+    if (options_.quiet) return;
+    progress_.erase();
+    printMessage(message);
+  }
+
+  WorkerTask task_;
+  const RunOptions& options_;
+  const Diagnostics& diagnostics_;
+  Output* output_;
+  const AnswerDirectory* answerDirectory_;
+  Progress progress_;
+  StderrRelay errors_;
+  WorkerPool pool_;
+  std::uint64_t done_ = 0;
+  std::uint64_t failed_ = 0;
+  bool warned_ = false;
+  bool isBegun_ = false;
+};
+
+}  // namespace
+
+bool answerFiles(const WorkerTask& task, const RunOptions& options, const Diagnostics& diagnostics,
+                 Output* output, const AnswerDirectory* answerDirectory) {
+  return Batch(task, options, diagnostics, output, answerDirectory).run();
+}
+
+}  // namespace host

@@ -1,0 +1,19 @@
+// The run over all files that the user named.
+#pragma once
+
+#include <cstdint>
+
+#include "cli/run_options.h"
+#include "run/answer_directory.h"
+#include "run/diagnostics.h"
+#include "run/output.h"
+#include "workers/worker.h"
+
+namespace host {
+
+// Has each file answered, in order, and complains of those that fail. The texts go to output or to
+// answerDirectory, of which the other one is null. Gives false if the run is to count as failed.
+bool answerFiles(const WorkerTask& task, const RunOptions& options, const Diagnostics& diagnostics,
+                 Output* output, const AnswerDirectory* answerDirectory);
+
+}  // namespace host

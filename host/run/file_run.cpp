@@ -1,0 +1,108 @@
+#include "run/file_run.h"
+
+#include <unistd.h>
+
+#include <cstdlib>
+#include <iterator>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "run/answer_directory.h"
+#include "run/batch.h"
+#include "run/diagnostics.h"
+#include "run/exit_status.h"
+#include "sources/input_list.h"
+#include "sources/name_list.h"
+#include "system/platform.h"
+#include "workers/plugin_module.h"
+#include "workers/worker.h"
+#include "workers/worker_process.h"
+
+namespace host {
+namespace {
+
+std::vector<std::string> namesOf(const RunOptions& options) {
+  std::vector<std::string> names = options.files;
+  if (options.list) {
+    auto listed = readNameList(*options.list, options.listNameEnd);
+    std::move(listed.begin(), listed.end(), std::back_inserter(names));
+  }
+  return names;
+}
+
+bool isColorWanted(const RunOptions& options) {
+  if (options.color != Color::kAuto) return options.color == Color::kAlways;
+  if (options.outDirectory) return false;
+  const char* const noColor = std::getenv("NO_COLOR");
+  return terminalWidth(STDOUT_FILENO) != 0 && (noColor == nullptr || *noColor == '\0');
+}
+
+FormatSettings settingsFor(const RunOptions& options) {
+  FormatSettings settings;
+  settings.color = isColorWanted(options);
+  settings.depth = options.depth;
+  settings.onlyLabels = options.onlyLabels;
+  if (!options.outDirectory) {
+    settings.width = terminalWidth(STDOUT_FILENO);
+    settings.escapeControlBytes = settings.width != 0;
+  }
+  return settings;
+}
+
+WorkerTask taskFor(const RunOptions& options, const Diagnostics& diagnostics) {
+  WorkerTask task;
+  task.plugin = options.plugin ? *options.plugin : findPlugin();
+  task.defines = options.defines;
+  task.limits = options.limits;
+  task.diagnostics = diagnostics.descriptor();
+  task.format = options.format;
+  task.settings = settingsFor(options);
+  task.wholeDocuments = options.outDirectory.has_value();
+  task.times = options.times;
+  task.quiet = options.quiet;
+  return task;
+}
+
+std::string extensionFor(const Format& format) {
+  return format.name == "raw" ? ".records" : "." + std::string(format.name);
+}
+
+}  // namespace
+
+int runFiles(const RunOptions& options, Output* output) {
+  const Diagnostics diagnostics(options.diagnostics);
+  const std::vector<std::string> names = namesOf(options);
+  std::optional<AnswerDirectory> answerDirectory;
+  if (options.outDirectory) {
+    answerDirectory.emplace(*options.outDirectory, extensionFor(*options.format));
+  }
+  const Inputs inputs =
+      findInputs(names, options.walkRules,
+                 {.output = output == nullptr ? -1 : STDOUT_FILENO,
+                  .diagnostics = diagnostics.areKept() ? diagnostics.descriptor() : -1,
+                  .directory = options.outDirectory.value_or("")});
+  WorkerTask task = taskFor(options, diagnostics);
+  task.inputs = &inputs;
+  task.settings.fileCount = inputs.reportCount;
+  if (!answerDirectory && inputs.all.size() == 1 && inputs.fileCount == 1) {
+    task.wholeDocuments = true;
+    task.writesOutput = true;
+  }
+  diagnostics.begin();
+  const bool isGood = answerFiles(task, options, diagnostics, output,
+                                  answerDirectory ? &*answerDirectory : nullptr);
+  return isGood ? kSuccess : kFileFailed;
+}
+
+int printVersions(const RunOptions& options, Output& output) {
+  const Diagnostics diagnostics(options.diagnostics);
+  diagnostics.begin();
+  const Version version = askVersion(taskFor(options, diagnostics));
+  output.write("quorl-js " QUORL_VERSION "\n" + version.text);
+  if (version.diagnosticsLost) throw diagnostics.failure();
+  return kSuccess;
+}
+
+}  // namespace host

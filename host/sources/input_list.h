@@ -1,0 +1,49 @@
+// All that a run is over, in order: what the user named, with directories walked.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "sources/directory_walk.h"
+
+namespace host {
+
+enum class InputKind {
+  kFile,        // for the module
+  kRefused,     // a name, or a directory that was not listed to its end
+  kPassedOver,  // met in a walk
+};
+
+struct Input {
+  std::string path;
+  InputKind kind;
+  std::string reason;       // of one that is not for the module
+  std::uint64_t place = 0;  // among the inputs that are reported on, which kPassedOver is not
+};
+
+struct Inputs {
+  std::vector<Input> all;
+  std::uint64_t reportCount = 0;
+  std::uint64_t fileCount = 0;  // of these, those for the module
+};
+
+inline constexpr const char* kIrregular = "not a regular file, skipped";
+
+// What a run writes to and is therefore not to read.
+struct Written {
+  int output;             // a descriptor, or negative
+  int diagnostics;        // the same
+  std::string directory;  // of answer files, or empty
+};
+
+// Looks at each name and below directories. What is written is passed over in a walk. Of names, the
+// output is refused; for a file of diagnostics, which would be emptied, and for the directory it
+// throws Failure.
+Inputs findInputs(const std::vector<std::string>& names, const WalkRules& rules,
+                  const Written& written);
+
+// The size of a regular file in bytes; 0 for all else, and for what is not there.
+std::uint64_t regularFileBytes(const std::string& path);
+
+}  // namespace host

@@ -1,0 +1,11 @@
+#include "system/failure.h"
+
+#include <system_error>
+
+namespace host {
+
+Failure systemFailure(const std::string& subject, int errorNumber) {
+  return Failure(subject + ": " + std::generic_category().message(errorNumber));
+}
+
+}  // namespace host

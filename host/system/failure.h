@@ -1,0 +1,17 @@
+// The one exception that ends a run.
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+namespace host {
+
+// Ends the run with exit status 2; what() is the one-line message for the user.
+struct Failure : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+// A Failure with the system's reason: "SUBJECT: No space left on device".
+Failure systemFailure(const std::string& subject, int errorNumber);
+
+}  // namespace host

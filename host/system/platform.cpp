@@ -1,0 +1,110 @@
+#include "system/platform.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#ifdef __linux__
+#include <sched.h>
+#include <sys/prctl.h>
+
+#include <csignal>
+#endif
+
+#include <algorithm>
+#include <thread>
+
+namespace host {
+namespace {
+
+constexpr unsigned kUsualWidth = 80;
+
+#ifdef __linux__
+constexpr int kPipeBytes = 1 << 20;
+#endif
+
+#ifdef __APPLE__
+constexpr std::uint64_t kMaxrssUnit = 1;
+#else
+constexpr std::uint64_t kMaxrssUnit = 1024;
+#endif
+
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool kReservesAddressSpace = true;
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+constexpr bool kReservesAddressSpace = true;
+#else
+constexpr bool kReservesAddressSpace = false;
+#endif
+#else
+constexpr bool kReservesAddressSpace = false;
+#endif
+
+}  // namespace
+
+unsigned availableCores() {
+#ifdef __linux__
+  cpu_set_t cores;
+  if (::sched_getaffinity(0, sizeof cores, &cores) == 0) {
+    return static_cast<unsigned>(std::max(CPU_COUNT(&cores), 1));
+  }
+#endif
+  return std::max(std::thread::hardware_concurrency(), 1U);
+}
+
+std::uint64_t machineMemory() {
+  const long pages = ::sysconf(_SC_PHYS_PAGES);
+  const long pageBytes = ::sysconf(_SC_PAGESIZE);
+  if (pages <= 0 || pageBytes <= 0) return 0;
+  return static_cast<std::uint64_t>(pages) * static_cast<std::uint64_t>(pageBytes);
+}
+
+std::uint64_t openFileLimit() {
+  rlimit limit{};
+  ::getrlimit(RLIMIT_NOFILE, &limit);
+  return limit.rlim_cur;
+}
+
+void endWithParent([[maybe_unused]] pid_t parent) {
+#ifdef __linux__
+  ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+  if (::getppid() != parent) ::_exit(1);  // it ended before the request
+#endif
+}
+
+std::uint64_t peakMemory() {
+  rusage usage{};
+  ::getrusage(RUSAGE_SELF, &usage);
+  return static_cast<std::uint64_t>(usage.ru_maxrss) * kMaxrssUnit;
+}
+
+void limitMemory(std::uint64_t bytes) {
+  if (kReservesAddressSpace) return;
+  rlimit limit{};
+  ::getrlimit(RLIMIT_AS, &limit);
+  limit.rlim_cur = std::min(static_cast<rlim_t>(bytes), limit.rlim_cur);
+  ::setrlimit(RLIMIT_AS, &limit);
+}
+
+void widenPipe([[maybe_unused]] int descriptor) {
+#ifdef __linux__
+  ::fcntl(descriptor, F_SETPIPE_SZ, kPipeBytes);
+#endif
+}
+
+bool isAbandoned(int descriptor) {
+  pollfd end{descriptor, 0, 0};
+  return ::poll(&end, 1, 0) > 0 && (end.revents & (POLLERR | POLLHUP)) != 0;
+}
+
+unsigned terminalWidth(int descriptor) {
+  if (::isatty(descriptor) == 0) return 0;
+  winsize size{};
+  if (::ioctl(descriptor, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return kUsualWidth;
+  return size.ws_col;
+}
+
+}  // namespace host

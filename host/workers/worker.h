@@ -1,0 +1,47 @@
+// A worker: a process of its own that loads the module, has it answer file after file, and sends
+// each text in its final form. Whatever the module does to its process, the run goes on.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "formats/format.h"
+#include "records/file_report.h"
+#include "sources/input_list.h"
+#include "workers/file_limits.h"
+
+namespace host {
+
+struct WorkerTask {
+  std::string plugin;  // the module's path
+  std::string defines;
+  FileLimits limits;
+  int diagnostics = -1;            // the descriptor that the module's standard output leads to
+  const Inputs* inputs = nullptr;  // none where only the version is asked for
+  const Format* format = nullptr;
+  FormatSettings settings;
+  bool wholeDocuments = false;  // each file is an output of its own
+  bool writesOutput = false;    // workers write to standard output themselves: there is one file
+  bool times = false;
+  bool quiet = false;      // the module's standard error leads nowhere
+  int standardError = -1;  // the descriptor that it leads to else, unless it stays as it is
+};
+
+// Asks for the module's version instead of for a file.
+inline constexpr std::uint64_t kVersionRequest = UINT64_MAX;
+
+// How a worker ends that has to tell its parent why.
+enum WorkerExit : int {
+  kWorkerOutOfMemory = 90,
+  kWorkerTooLarge = 91,
+  kWorkerLostDiagnostics = 92,
+};
+
+// Appends the text for the output. Parents make those of files that no worker came to answer. Gives
+// what is wrong with an answer that leaves the record format, or nothing.
+std::string appendText(const FileReport& report, const WorkerTask& task, std::string& out);
+
+// Reads requests, each the index of an input, until their end, and answers each with a frame.
+[[noreturn]] void work(const WorkerTask& task, int requests, int results);
+
+}  // namespace host

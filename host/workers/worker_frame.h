@@ -1,0 +1,59 @@
+// What a worker sends to its parent: frames, each a header of fixed size, a message and a text.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "records/file_report.h"
+
+namespace host {
+
+enum class FrameKind : std::uint8_t {
+  kReady,     // the module is loaded
+  kUnusable,  // it is not, or does not do what it is asked for: message says why
+  kVersion,   // text is the module's
+  kWriting,   // from now on bytes of a file's text go to the output
+  kFile,      // what became of one file: text is for the output, message for a person
+};
+
+struct Frame {
+  FrameKind kind = FrameKind::kReady;
+  FileStatus status = FileStatus::kAnswered;
+  bool hasAnswer = false;        // the module gave one, though it may be empty
+  bool isLast = false;           // the worker takes no further file
+  bool diagnosticsLost = false;  // the module's lines could not be written
+  bool isWritten = false;        // the worker has written the text itself, or tried to
+  int outputError = 0;           // the number of the error that kept it from that
+  std::uint64_t index = 0;       // of the file among the inputs
+  std::string message;
+  std::string text;
+};
+
+// Writes the frame with the text in place of its own, which spares those who have a view a copy.
+// Gives 0, or the error number of the write that failed.
+int writeFrame(int descriptor, const Frame& frame, std::string_view text);
+
+// Puts together what comes out of a pipe in pieces.
+class FrameReader {
+ public:
+  enum class State { kOpen, kWhole, kEnded, kSpoilt };
+
+  // Makes one read, which waits if there is nothing. Gives kOpen, or kEnded when the other end is
+  // closed.
+  State read(int descriptor);
+
+  // Takes the next frame. Gives kWhole, kOpen if not all of it is there, or kSpoilt for bytes that
+  // no worker sent as such.
+  State next(Frame& frame);
+
+  std::size_t heldBytes() const { return bytes_.size() - taken_; }
+  std::size_t missingBytes() const;  // of the frame that has begun, which next found sound
+
+ private:
+  std::string bytes_;
+  std::size_t taken_ = 0;  // of bytes_, as frames
+};
+
+}  // namespace host
