@@ -14,8 +14,8 @@ shards=$3
 mkdir -p "$shards"
 # Some job schedulers do not set SHELL, and without it parallel loses the output of the jobs.
 export SHELL="${SHELL:-/bin/sh}"
-# One job per machine at a time: quorl-js uses all of its cores. The next call runs a job again if it
-# failed or lost its machine; merge fails if that is needed.
+# One job per machine at a time: quorl-js uses all of its cores. The next call runs a job again if
+# it failed or lost its machine; merge fails if that is needed.
 parallel --sshloginfile "$hosts" --workdir "$PWD" --jobs 1 \
   --pipe --no-run-if-empty -N "${FILES_PER_JOB:-1000}" \
   --joblog "$shards/log" --resume-failed --results "$shards/{#}.ndjson" \

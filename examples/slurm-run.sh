@@ -16,8 +16,8 @@ shards=$3
 
 mkdir -p "$shards"
 shard=$shards/$SLURM_ARRAY_TASK_ID.ndjson
-# Exit status 1 means that some files could not be read; the shard is complete even so. A task that is
-# stopped half way leaves no shard.
+# Exit status 1 means that some files could not be read; the shard is complete even so. A task that
+# is stopped half way leaves no shard.
 LC_ALL=C awk -v tasks="$tasks" -v task="$SLURM_ARRAY_TASK_ID" 'NR % tasks == task' "$list" |
   quorl-js --format ndjson --jobs "${SLURM_CPUS_PER_TASK:-1}" --files-from - >"$shard.part" ||
   [ $? -eq 1 ]
