@@ -7,17 +7,17 @@ import os
 import sys
 
 plugin = ctypes.CDLL(sys.argv[1])
-# A pointer, not c_char_p: ctypes would copy that at once, but hide a null answer's meaning.
+# Not c_char_p: keep the pointer, so that the copy below is explicit and null is None.
 plugin.ParseJS.restype = ctypes.c_void_p
 plugin.ParseJS.argtypes = [ctypes.c_char_p, ctypes.c_char_p]
 
-# The plug-in prints diagnostic lines: keep standard output for the answer alone.
+# The plug-in prints diagnostic lines: keep them out of the answer on standard output.
 out = os.fdopen(os.dup(1), "wb")
 os.dup2(os.open(os.devnull, os.O_WRONLY), 1)
 
 answer = plugin.ParseJS(os.fsencode(sys.argv[2]), None)
 if answer is None:
     sys.exit("no memory")
-text = ctypes.string_at(answer)  # copied before the next call
+text = ctypes.string_at(answer)  # copied: the next call overwrites it
 plugin.CleanupJS()
 out.write(text)

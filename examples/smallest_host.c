@@ -1,4 +1,4 @@
-/* The smallest host: it opens the plug-in, parses one file and prints the answer. */
+/* The smallest host: opens the plug-in, parses one file and prints the answer. */
 #include <dlfcn.h>
 #include <stdio.h>
 #include <unistd.h>
@@ -15,16 +15,16 @@ int main(int argc, char** argv) {
   if (argc != 3) return fputs("usage: smallest_host MODULE FILE\n", stderr), 2;
   module = dlopen(argv[1], RTLD_NOW | RTLD_LOCAL);
   if (module == NULL) return fprintf(stderr, "%s\n", dlerror()), 2;
-  /* The way that POSIX gives for turning an object pointer into a function pointer. */
+  /* POSIX's way to convert an object pointer to a function pointer. */
   *(void**)&parse = dlsym(module, "ParseJS");
   *(void**)&cleanup = dlsym(module, "CleanupJS");
   if (parse == NULL || cleanup == NULL) return fputs("not the plug-in\n", stderr), 2;
 
-  /* The plug-in prints diagnostic lines: keep standard output for the answer alone. */
+  /* The plug-in prints diagnostic lines: keep them out of the answer on standard output. */
   out = fdopen(dup(STDOUT_FILENO), "w");
   if (out == NULL || freopen("/dev/null", "w", stdout) == NULL) return 2;
 
-  answer = parse(argv[2], NULL); /* the plug-in's own: to be read before the next call */
+  answer = parse(argv[2], NULL); /* owned by the plug-in, valid until the next call */
   if (answer == NULL) return fputs("no memory\n", stderr), 1;
   fputs(answer, out);
   cleanup();
