@@ -1,5 +1,5 @@
-// Every hostile text gives an answer, and the same one twice. What such a text costs is not looked
-// at here; what the sanitizers make of it is.
+// Every hostile text returns an answer, and the same one twice. This checks correctness under
+// sanitizers, not cost.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -44,8 +44,8 @@ Outcome parse(const Generator& generator) {
       directory.write(std::string("text") + generator.extension, generator.generate(kBytes)));
 }
 
-// The offset of the first byte in which two texts differ, -1 if there is none: texts of megabytes
-// are nothing to print.
+// Returns the offset of the first byte in which the texts differ, -1 if there is none: texts of
+// megabytes are too long to print.
 std::ptrdiff_t firstDifference(std::string_view a, std::string_view b) {
   const auto [inA, inB] = std::mismatch(a.begin(), a.end(), b.begin(), b.end());
   return inA == a.end() && inB == b.end() ? -1 : inA - a.begin();
@@ -67,7 +67,7 @@ TEST_P(HostileText, GivesTheSameRecordsTwice) {
   const Outcome first = parse(path);
   EXPECT_TRUE(first.answer.starts_with("[\n")) << first.answer.substr(0, 200);
   EXPECT_TRUE(first.answer.ends_with("]\n"));
-  // A reported directive would be output that grows with the square of a line, by contract.
+  // A reported directive would, by contract, make output that grows with the square of a line.
   EXPECT_EQ(first.standardOutput.find("[["), std::string::npos);
   const Outcome second = parse(path);
   EXPECT_EQ(firstDifference(first.answer, second.answer), -1);
@@ -78,8 +78,8 @@ TEST_P(HostileText, GivesTheSameRecordsTwice) {
 INSTANTIATE_TEST_SUITE_P(Generators, HostileText, testing::ValuesIn(generators()),
                          [](const auto& each) { return std::string(each.param.name); });
 
-// A text that is read otherwise than it is meant hurts nobody. So where the harm is in the number
-// of nodes, or in the size of one, these have to come out.
+// A text that is parsed differently than intended is harmless. So if the harm is in the number or
+// size of nodes, check that they appear.
 struct Yield {
   std::string_view name;
   std::size_t records;      // at least
