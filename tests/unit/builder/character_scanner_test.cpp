@@ -1,5 +1,5 @@
-// Which bytes join the chunk, and which of them end it. The nodes stand for what the scanner handed
-// on: their texts and their line numbers.
+// Which bytes are appended to the chunk and which end it, seen through the nodes: their texts and
+// line numbers.
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -19,7 +19,7 @@ using support::runScanner;
 
 struct StatementCase {
   std::string_view text;
-  std::string_view statements;  // below the class wrapper; orphans behind a bar
+  std::string_view statements;  // below the class wrapper; orphans after a bar
   const char* why;
 };
 
@@ -59,7 +59,7 @@ constexpr StatementCase kStrings[] = {
     {"'';b;\n", R"(line"\'\'"@1 line"b"@1)", "an empty string"},
     {"s = 'a", "", "never closed"},
     {"a;\ns = 'b;\nc;\n", R"(line"a"@1)", "an open string runs to the end"},
-    // Quotes of another kind.
+    // Quotes of the other kind.
     {"s = \"it's\"; b;\n", R"(classvar"s = \"it\'s\""@1 line"b"@1)", ""},
     {"s = 'a\"b`c'; b;\n", R"(classvar"s = \'a\"b`c\'"@1 line"b"@1)", ""},
     {"s = `a\"b'c`; b;\n", R"(classvar"s = `a\"b\'c`"@1 line"b"@1)", ""},
@@ -104,7 +104,7 @@ constexpr StatementCase kParentheses[] = {
 
 TEST(CharacterScanner, CountsParentheses) { expectStatements(kParentheses, true); }
 
-// required: what decides is the end of the text before the last blank.
+// required: the end of the text before the last blank decides.
 constexpr StatementCase kContinuations[] = {
     {"c\\\nd\n", R"(line"c\\d"@2)", "the backslash stays, the line feed is counted"},
     {"a \\\nb\n", R"(line"a \\"@1 line"b"@2)", "the text before the last blank is a"},
@@ -146,7 +146,7 @@ constexpr StatementCase kOtherBrackets[] = {
     {")[a]b;\n", R"(line"[a]b"@1)", "a ) before it does"},
     {"(\n[a]);\n", R"(line"[a]"@2)", "not in parentheses"},
     {"] a;\n", R"(line"] a"@1)", "closes nothing"},
-    // What happens within the brackets.
+    // Inside the brackets.
     {"[a;b]c;\n", R"(line"c"@1)", "; ends statements"},
     {"[a\nb] c;\n", R"(line"c"@2)", "so do line feeds"},
     {"[ 'x;' ] y;\n", R"(line"\'x;\' y"@1)", "required: strings join the statement"},
@@ -234,8 +234,8 @@ TEST(CharacterScanner, GoesOnWithWhatTheChunkHolds) {
 
 constexpr std::size_t kLimit = 10'485'760;
 
-// That many bytes and then the tail. The bytes are one call whose text is thrown away at its line
-// feed, so that the tail is scanned on line 2 with a ")" in the chunk.
+// That many bytes, then tail. The bytes are one call whose text is dropped at its line feed, so
+// that tail is scanned on line 2 with a ")" in the chunk.
 std::string textBehind(std::size_t bytes, std::string_view tail) {
   return "f('" + std::string(bytes - 6, 'x') + "'\n)" + std::string(tail);
 }

@@ -1,5 +1,5 @@
-// The two ends of a scope that was closed too far: the repair that gives statements new wrappers,
-// and the error that ends the scan.
+// A scope that was closed too often: the repair that gives statements new wrappers, and the error
+// that ends the scan.
 #include <string>
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
-// What becomes of a finished chunk: which node it makes, where that hangs and how the scan goes on.
-// The trees are read from the records, so labels are those that the record pass leaves and a node
-// whose text says nothing is missing; its children then stand behind a bar.
+// What happens to a finished chunk: which node it makes, where the node is attached and how the
+// scan continues. The trees are read from the records, so labels are those of the record pass, and
+// a node whose text gets no record is missing; its children are then listed after a bar.
 #include "builder/node_emission.h"
 
 #include <cstdint>
@@ -86,7 +86,7 @@ TEST(CleanupChunk, Rows) {
 
 struct StatementCase {
   std::string_view text;
-  std::string_view statements;  // below the class wrapper; orphans behind a bar
+  std::string_view statements;  // below the class wrapper; orphans after a bar
   const char* why;
 };
 
@@ -108,7 +108,7 @@ constexpr StatementCase kStatements[] = {
     {", foo\n", R"(line"foo"@1)", ""},
     {"))\n", "", ""},
     {"a b }", "", "nothing ended it"},
-    // Imports go with their ";" and stay with a line feed.
+    // Imports are dropped at a ";" and kept at a line feed.
     {"import a from 'b';\n", "", "required: no node"},
     {"import a from 'b'\n", R"(define"import a from \'b\'"@1)", ""},
     {"  import a;\n", "", "cleaned first"},
@@ -208,8 +208,8 @@ TEST(NodeEmission, WhereTheTextHasImportsTheWrapperSaysSo) {
             R"(filepath"a.b.txt"@0 class"class ModuleScope"@0(classvar"let w = 2"@3))");
 }
 
-// The nodes that a scan made, in a run with both wrappers: all others are the root, the wrappers,
-// the node of the defines and the one that the record pass uses up.
+// The number of nodes made by the scan in a run with both wrappers. The other five are the root,
+// the wrappers, the defines node and the spare node of the record pass.
 int scannedNodes() { return currentIndex - 5; }
 
 TEST(NodeEmission, OfAnInvokedFunction) {
@@ -221,7 +221,7 @@ TEST(NodeEmission, OfAnInvokedFunction) {
 
 struct SilentCase {
   const char* chunk;  // before the end of the statement
-  int atLineFeed;     // nodes made
+  int atLineFeed;     // nodes made by then
   int atSemicolon;
   const char* why;
 };
@@ -264,7 +264,7 @@ TEST(NodeEmission, LeavesOutStatementsThatSayNothing) {
   }
 }
 
-// LABEL CODE of the nodes below node, in pre-order.
+// Lists "LABEL CODE" of the nodes below node, in pre-order.
 std::string codesBelow(const ObjectBranch* node) {
   std::string codes;
   for (const ObjectBranch* child : node->children) {
@@ -285,7 +285,7 @@ constexpr CodeCase kCodes[] = {
     {"a\nb;\n", "line 3, line 3"},
     {"import a\n", "define 4"},
     {"exports.a()\n", "define 4"},
-    {"exports.a();\n", "define 3"},  // the record pass gave it the label
+    {"exports.a();\n", "define 3"},  // labelled by the record pass
     {"b {\na;\n}\n", "define 4, line 3"},
     {"f(b) {\na;\n}\n", "container 2, line 3"},
     {"class A {\nf(b) {\na;\n}\n}\n", "define 4, define 4, line 3"},
@@ -293,7 +293,7 @@ constexpr CodeCase kCodes[] = {
 
 TEST(NodeEmission, SetsCodeAndLabelTogether) {
   for (const CodeCase& row : kCodes) {
-    // A root named ; gets no record and keeps its child list, and so does the namespace wrapper.
+    // A root named ; gets no record and keeps its child list; so does the namespace wrapper.
     const ScannerRun run = runScanner({row.text, "lib/;"});
     ASSERT_EQ(run.root->children.size(), 2u) << row.text;
     const ObjectBranch* scope = run.root->children[0];
@@ -342,7 +342,7 @@ struct CountCase {
   const char* why;
 };
 
-// The root, the defines and the spare node of the record pass count once, and so do the wrappers.
+// The root, the wrappers, the defines and the spare node of the record pass count once.
 constexpr CountCase kCounts[] = {
     {"", "", 5, "no statement"},
     {"a\nb;\n", "", 9, "each statement's node counts twice"},

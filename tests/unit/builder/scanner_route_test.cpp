@@ -1,5 +1,5 @@
-// Whole runs of the scanner route: what the frame does around the scan, as far as statements show
-// it.
+// Whole runs of the scanner route: what the tree builder does around the scan, as far as statements
+// show it.
 #include <string>
 
 #include <gtest/gtest.h>
@@ -73,7 +73,7 @@ TEST(ScannerRouteRuns, WithANamespaceNameBeginsAtTheRoot) {
   }
 }
 
-// The namespace wrapper has no record, so what hangs under it has lost its parent.
+// The namespace wrapper has no record, so its children have lost their parent.
 constexpr RouteCase kRunsWithClass[] = {
     {"a.txt", "a\nb;\n", R"(filepath"a.txt"@0 line"a"@1 line"b"@2)", ""},
     {"a.txt", "f(c) {\nd;\n",
@@ -136,7 +136,7 @@ TEST(ScannerRouteRuns, SaysTheSameOfTheSameTextAgain) {
   EXPECT_NE(run.answer, other.answer);
 }
 
-// What the entry point passes to the frame.
+// Arguments that the entry point passes to the tree builder.
 
 std::string parse(const std::string& path) {
   std::string answer;

@@ -1,5 +1,5 @@
-// The limits of the line scanner: bytes a line, braces a line, lines a text and open scopes.
-// What is over a limit is dropped without a word.
+// The limits of the line scanner: bytes per line, braces per line, lines per text and open scopes.
+// Anything over a limit is dropped silently.
 #include <cstddef>
 #include <string>
 
@@ -108,7 +108,7 @@ TEST(ScriptContentLimits, AScopeOverTheLimitTakesNoChildren) {
     scope = scope->children[0];
     ASSERT_EQ(scope->simpleFunctionName, "f" + std::to_string(i));
   }
-  // f998 holds f999, the last on the stack; f1000 is a child of it beside the next line.
+  // f998 contains f999, the last on the stack; f1000 is a child of it, next to the following line.
   EXPECT_EQ(support::dumpChildren(scope),
             "function\"function f999() {\"@999(function\"function f1000() {\"@1000 "
             "line\"inside\"@1001) line\"outside\"@1003");

@@ -1,5 +1,5 @@
-// Lines of script text and the nodes they become: what a statement is taken for, and how the lines
-// of a text nest.
+// Lines of script text and their nodes: how a statement is classified, and how the lines of a text
+// nest.
 #include "builder/script_content.h"
 
 #include <cstddef>
@@ -14,7 +14,7 @@
 
 namespace {
 
-// A scope to hang lines under.
+// A scope for the lines.
 ObjectBranch* newTop() { return support::addNode(nullptr, kBranchClass, "class", "Top"); }
 
 ObjectBranch* parsed(const std::string& text, int startLine = 1) {
@@ -27,7 +27,7 @@ std::string linesOf(const std::string& text, int startLine = 1) {
   return support::dumpChildren(parsed(text, startLine));
 }
 
-// CONTENTS=NAME for each node below node that has a simpleFunctionName, in pre-order.
+// Lists CONTENTS=NAME for each node below node that has a simpleFunctionName, in pre-order.
 std::string namesOf(const ObjectBranch* node) {
   std::string names;
   for (const ObjectBranch* child : node->children) {

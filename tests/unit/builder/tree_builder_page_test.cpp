@@ -1,4 +1,5 @@
-// The page route from its wrappers to the records: what hangs where, and which passes reach it.
+// The page route from its wrappers to the records: where nodes are attached, and which passes reach
+// them.
 #include <cstddef>
 #include <string>
 #include <vector>
@@ -50,7 +51,7 @@ TEST(TreeBuilderPage, ShowsTextOutsideElementsInTheSecondWrapper) {
 
 TEST(TreeBuilderPage, NumbersTheWrappersFirst) {
   const Page page = pageOf("<p></p><a href=u></a>");
-  // The root, two wrappers, p, a, its link, the defines and the record pass's own node.
+  // The root, two wrappers, p, a, its link, the defines and the spare node of the record pass.
   EXPECT_EQ(currentIndex, 8);
   EXPECT_EQ(valuesOf(page.answer, "nodeID"), (Values{"0", "1", "2", "3", "4", "5"}));
   EXPECT_EQ(valuesOf(page.answer, "parentID"), (Values{"-1", "0", "1", "2", "2", "4"}));

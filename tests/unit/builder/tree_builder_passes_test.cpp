@@ -1,5 +1,5 @@
-// The passes that each route runs over its tree, and their order. Nodes that hang under the root
-// beforehand go through the same passes as those that the route makes.
+// The passes that each route runs over its tree, and their order. Nodes added to the root
+// beforehand go through the same passes as those of the route.
 #include <string>
 #include <vector>
 

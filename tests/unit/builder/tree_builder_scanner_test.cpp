@@ -1,5 +1,5 @@
 // The scanner route's scope word and wrapper nodes. Texts end before their first statement does, or
-// only the wrappers are looked at, so that nothing here depends on how statements are scanned.
+// only the wrappers are checked, so that nothing here depends on how statements are scanned.
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -42,9 +42,9 @@ ObjectBranch* newRoot() {
   return root;
 }
 
-// A root that shares its number with the node that is made next, the namespace wrapper. The record
-// pass drops that wrapper, but it knows child list entries by their numbers: one that bears a kept
-// node's number stays in its list, where the tests can look at it.
+// A root with the same number as the next node, the namespace wrapper. The record pass drops that
+// wrapper but knows child list entries by their numbers: an entry with a kept node's number stays
+// in its list, where the tests can check it.
 ObjectBranch* newSharingRoot() {
   currentIndex = 0;
   ObjectBranch* root = allocateObjectBranch();
@@ -95,7 +95,7 @@ const ScopeCase kScopes[] = {
     {"a.txt", "Import x", "namespace global", "class GlobalScope", "the case counts"},
     {"a.txt", "module.export", "namespace global", "class GlobalScope", ""},
     {"a.txt", "require (", "namespace global", "class GlobalScope", ""},
-    // Wrapped functions: they come last and win.
+    // Wrapped functions are checked last and win.
     {"a.txt", "(function() {", "namespace iife:a", "class IIFEScope", ""},
     {"a.txt", "(() => {", "namespace iife:a", "class IIFEScope", ""},
     {"lib/a.b.txt", "(x => 1", "namespace iife:a.b", "class IIFEScope", ""},
@@ -116,7 +116,7 @@ const ScopeCase kScopes[] = {
     {"a.txt", " (" + kPad.substr(0, 41) + "function", "namespace iife:a", "class IIFEScope",
      "the 50 bytes are those of the trimmed text"},
     {"a.txt", "(" + kPad + "function import x", "namespace module:a", "class ModuleScope", ""},
-    // The browser scope is never chosen: an extension holds no dot.
+    // The browser scope is never chosen: an extension contains no dot.
     {"a.html.bak", "x", "namespace global", "class GlobalScope", "required"},
     {"a.HTML", "x", "namespace global", "class GlobalScope", "required"},
     {"dir.html/a", "x", "namespace global", "class GlobalScope", "required"},
@@ -177,7 +177,7 @@ TEST(ScannerWrappers, OfANameWithClassInItTheScopeHasARecordInstead) {
   EXPECT_EQ(valuesOf(built.answer, "parentID"), (Values{"-1", "0"}));
 }
 
-// The answer of the scanner route for a text in which no statement ends.
+// Returns the answer of the scanner route for a text in which no statement ends.
 std::string answerWithoutStatements(const std::string& name, const std::string& wrapper) {
   const std::string fixed =
       "    \"fileID\": 0,\n"

@@ -1,4 +1,4 @@
-// The frame of a run: the root, the choice of route and the nodes that each route begins with.
+// The tree builder: the root, the choice of route and the first nodes of each route.
 #include "builder/tree_builder.h"
 
 #include <cstdint>
@@ -18,7 +18,7 @@ namespace {
 using support::valuesOf;
 using Values = std::vector<std::string>;
 
-// A root as the callers of the frame make it: numbered 0, and nothing else set.
+// A root as the tree builder's callers make it: numbered 0, with no other field set.
 ObjectBranch* newRoot() {
   currentIndex = 0;
   ObjectBranch* root = allocateObjectBranch();

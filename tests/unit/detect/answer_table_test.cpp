@@ -53,7 +53,7 @@ TEST(AnswerTable, CountsFromItsFirstNumber) {
   EXPECT_EQ(table.of(first + 2).known, 0);
 }
 
-// What is known is not worked out again: a statement that is told the opposite believes it.
+// Known answers are not recomputed: a statement given a wrong answer returns it.
 TEST(Statement, TakesOverKnownAnswers) {
   Statement statement;
   statement.reset("while (a) {", askedStatement().answers());

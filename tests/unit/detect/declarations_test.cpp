@@ -9,7 +9,7 @@ namespace {
 
 using namespace std::string_view_literals;
 
-// One statement and what three detectors say of it.
+// One statement and the answers of three detectors.
 struct DeclarationCase {
   std::string_view text;
   bool function;
@@ -293,7 +293,7 @@ constexpr DeclarationCase kNames[] = {
     {"a\0b(c)"sv, false, false, "a\0b"sv, "the search for the ( passes a NUL byte"},
 };
 
-// Every table, with a name for the failure message.
+// Visits every table, with a name for the failure message.
 template <typename Check>
 void forEachDeclaration(Check check) {
   const auto run = [&check](std::string_view table, const auto& cases) {

@@ -1,5 +1,5 @@
-// The limits of the page parser: bytes a page, bytes a tag, a text and an inline script, and open
-// elements. What is over a limit is cut or dropped without a word.
+// The limits of the page parser: bytes of a page, a tag, a text and an inline script, and open
+// elements. Anything over a limit is cut or dropped silently.
 #include "html/html_structure.h"
 
 #include <cstddef>
@@ -24,10 +24,10 @@ constexpr int kMaxOpenElements = 1'000;  // the root is the first
 
 std::string blanks(std::size_t count) { return std::string(count, ' '); }
 
-// So many bytes of page that give nothing.
+// That many bytes of page without any node.
 std::string emptyPage(std::size_t bytes) { return "<!--" + blanks(bytes - 5) + ">"; }
 
-// A page whose byte number mark of tail is the first that is not looked at.
+// A page in which byte number mark of tail is the first that is ignored.
 std::string pageToLimit(const std::string& tail, std::size_t mark) {
   return emptyPage(kMaxPageBytes - mark) + tail;
 }
@@ -147,7 +147,7 @@ TEST(PageLimits, TheLinesOfALongTextAreAllCounted) {
             "htmlelement\"p\"@0(htmlelement\"b\"@2)");
 }
 
-// So many bytes of blank lines of 1,024 bytes each.
+// That many bytes of blank lines of 1,024 bytes each.
 std::string blankLines(std::size_t bytes) {
   std::string text;
   while (text.size() < bytes) text += blanks(1023) + "\n";
@@ -186,7 +186,7 @@ TEST(PageLimits, AnElementOverTheLimitTakesNoChildren) {
   const support::PageRun run = pageRunOf(open + "<b><i>one<u>two</u>three</b><s>");
   const ObjectBranch* last = innermost(run.top, kMaxOpenElements - 3);
   ASSERT_NE(last, nullptr);
-  // b is the last that is pushed. i and u stand in it, but take neither text nor children: "</u>"
+  // b is the last element pushed. i and u are inside it, but take neither text nor children: "</u>"
   // closes b, and "</b>" the a around it.
   EXPECT_EQ(support::dumpTree(last),
             "htmlelement\"a\"@0(htmlelement\"a: \"three\"\"@0(htmlelement\"b: \"one\"\"@0("

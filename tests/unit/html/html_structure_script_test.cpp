@@ -1,4 +1,4 @@
-// Script elements: which of them hold their own text, how far that text goes, and its line numbers.
+// Script elements: which of them have inline text, where that text ends, and its line numbers.
 #include "html/html_structure.h"
 
 #include <cstddef>

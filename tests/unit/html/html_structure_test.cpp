@@ -1,5 +1,4 @@
-// Tags and the elements that they become: names, void elements, links, how elements nest by their
-// closing tags, and line numbers.
+// Tags and their elements: names, void elements, links, nesting by closing tags, and line numbers.
 #include "html/html_structure.h"
 
 #include <cstddef>
@@ -38,7 +37,7 @@ void expectPages(const PageCase (&rows)[count]) {
   }
 }
 
-// Behind <TAG><i>, whether the second element stands beside the first or in it.
+// After <TAG><i>, whether the second element is a sibling or a child of the first.
 struct TagCase {
   std::string_view tag;
   bool isVoid;

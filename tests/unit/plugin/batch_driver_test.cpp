@@ -1,5 +1,5 @@
-// The batch driver: what it prints for one file, how it differs from the C face, and the file
-// chores beside it.
+// The batch driver: what it prints for a file, how it differs from ParseJS, and its helpers for
+// files.
 #include "plugin/batch_driver.h"
 
 #include <dirent.h>
@@ -50,7 +50,7 @@ Names sorted(Names names) {
   return names;
 }
 
-// Leaves something in each variable of the run that the driver may touch.
+// Sets each variable of the run that the driver may change.
 class LeftOvers {
  public:
   LeftOvers() {
@@ -141,7 +141,7 @@ TEST(IsJavaScriptFile, Table) {
   }
 }
 
-// A directory with everything in it that the listing has to tell apart.
+// A directory with every kind of entry that the listing must distinguish.
 class ListedDirectory : public testing::Test {
  protected:
   ListedDirectory() {
@@ -157,8 +157,8 @@ class ListedDirectory : public testing::Test {
     std::filesystem::create_symlink("gone", root_.path("src/to_nothing.js"));
   }
 
-  // The names that belong into the listing, each behind the prefix, in byte order. A link that
-  // leads nowhere is no directory and so stands with the files.
+  // The names expected in the listing, each after the prefix, in byte order. A dangling link is not
+  // a directory and is listed as a file.
   static Names behind(const std::string& prefix) {
     Names names;
     for (const char* name : {".hidden.ts", ".js", "a b.tsx", "a.js", "b.html", "c.php",
@@ -354,8 +354,8 @@ TEST(ProcessSingleFile, SaysThatARunFailed) {
 }
 
 #ifdef __GLIBCXX__
-// Runs the file's text out of memory when the tree has its root already: the root's text takes the
-// file's name, and no other block of a run has that size. (Other libraries round sizes up.)
+// Runs out of memory for the file's text after the root is attached: the root's text is the file's
+// name, and no other block of a run has that size. (Other libraries round sizes up.)
 TEST(ProcessSingleFile, LeavesTheTreeOfAFailedRunAlone) {
   const TempDir root;
   const std::string name = std::string(150, 'n') + ".js";
@@ -376,7 +376,7 @@ TEST(ProcessSingleFile, LeavesTheTreeOfAFailedRunAlone) {
 }
 #endif
 
-// The two callers of the pipeline, side by side.
+// The pipeline's two callers, compared.
 TEST(ProcessSingleFile, DiffersFromParseJS) {
   const TempDir root;
   const std::string gone = root.path("gone.js");

@@ -1,5 +1,5 @@
-// Whole files that somebody may hand over by mistake or on purpose: odd bytes and line ends, very
-// long lines, very many lines, and files that are cut short.
+// Unusual files, by mistake or on purpose: odd bytes and line ends, very long lines, very many
+// lines, and truncated files.
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -27,7 +27,7 @@ std::string parse(const std::string& name, std::string_view bytes) {
   return answer;
 }
 
-// CONTENTS@LINE of the records of a script file behind its three scope records.
+// Returns CONTENTS@LINE of a script file's records after its three scope records.
 std::string linesOf(std::string_view bytes) {
   const std::string answer = parse("a.js", bytes);
   const Values contents = valuesOf(answer, "contents");
@@ -89,8 +89,9 @@ TEST(Inputs, OddFilesOfTheScriptRoute) {
 TEST(Inputs, EveryByteValueOnce) {
   std::string bytes;
   for (int value = 0; value < 256; ++value) bytes += static_cast<char>(value);
-  // The line feed and the carriage return end a line each. The double quote opens a string that is
-  // never closed, in which the ; makes the next [ look like the start of a statement: it is lost.
+  // The line feed and the carriage return each end a line. The double quote opens a string that is
+  // never closed, in which the ; makes the next [ look like the start of a statement: it is
+  // dropped.
   EXPECT_EQ(linesOf(bytes),
             "\"!\\\"#$%&\\'()*+,-./0123456789:;<=>?@ABCDEFGHIJKLMNOPQRSTUVWXYZ\\\\]^_`"
             "abcdefghijklmnopqrstuvwxyz{|}~\"@3");

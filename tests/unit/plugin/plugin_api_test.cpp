@@ -1,5 +1,5 @@
-// The C face: its answers and error answers, what a run resets and prints, and the life of the
-// returned buffers.
+// The C interface: its answers and error answers, what a run resets and prints, and the lifetime of
+// the returned buffers.
 #include "plugin/plugin_api.h"
 
 #include <cstdint>
@@ -33,7 +33,7 @@ std::string parsePrinted(const std::string& path) {
 }
 
 TEST(ParseJS, SaysThatAFileDoesNotOpen) {
-  const std::string path = TempDir().path("gone.js");  // its directory is gone too
+  const std::string path = TempDir().path("gone.js");  // its directory no longer exists
   EXPECT_EQ(parse(path), "[{\"error\": \"Could not open file: " + path + "\"}]");
   EXPECT_EQ(parse(""), "[{\"error\": \"Could not open file: \"}]");
 }
@@ -156,7 +156,7 @@ TEST(ParseJS, PrintsTheOldNumbersWhereNodesWereDropped) {
 
 struct DefinesCase {
   const char* defines;
-  const char* contents;  // of the defines record; null for none
+  const char* contents;  // of the defines record; null if there is none
   const char* why;
 };
 
@@ -308,8 +308,8 @@ TEST(Info, IsABannerWithAnAddress) {
 }
 
 TEST(Info, MakesANewBufferAndKeepsTheOldOne) {
-  // required: CleanupJS frees the latest only. The first one is lost to it; the static keeps leak
-  // checkers content.
+  // required: CleanupJS frees only the latest buffer. The first one leaks; the static pointer hides
+  // it from leak checkers.
   static const char* first = Info();
   const char* second = Info();
   EXPECT_NE(first, second);

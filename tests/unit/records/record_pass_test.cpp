@@ -1,4 +1,4 @@
-// Which nodes get a record, what numbers and links they leave the pass with, and what it prints.
+// Which nodes get a record, their final numbers and links, and what the pass prints.
 #include "records/record_pass.h"
 
 #include <string>
@@ -49,7 +49,7 @@ constexpr SkipCase kSkips[] = {
     {"} ;", false},
     {"{ }", false},
     {")\n;", false},
-    // A byte off.
+    // One byte off.
     {"{{", false},
     {"}}", false},
     {"})", false},

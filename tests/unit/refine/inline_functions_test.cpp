@@ -224,7 +224,7 @@ struct LeafCase {
   const char* why;
 };
 
-// Before the split all have the code 4.
+// Before the split all have code 4.
 constexpr LeafCase kLeaves[] = {
     {"", "define", "define", 4, ""},
     {"a", "define", "define", 4, ""},

@@ -75,7 +75,7 @@ TEST(QualifiedNames, ClassNames) {
 
 // ---- climbForLongName ----
 
-// A node in the tree of a script file: root, namespace, the file's class, the node.
+// A node in a script file's tree: root, namespace, the file's class, the node.
 ObjectBranch* nodeInScript(std::string_view contents, const std::string& path) {
   ObjectBranch* root = addNode(nullptr, kBranchFilePath, "filepath", "greet.js", path);
   ObjectBranch* scope = addNode(root, kBranchNamespace, "namespace", "namespace global", path);
@@ -160,7 +160,7 @@ TEST(QualifiedNames, LongNames) {
 
 TEST(QualifiedNames, LongNameOfNull) { EXPECT_EQ(climbForLongName(nullptr), "global"); }
 
-// A node under others, the outermost first.
+// A node below its ancestors, outermost first.
 struct AncestryCase {
   std::string_view why;
   std::vector<std::string> texts;
@@ -194,7 +194,7 @@ TEST(QualifiedNames, LongNamesFromAbove) {
   }
 }
 
-// The node and nine ancestors are looked at, and no more.
+// The climb reads the node and nine ancestors, and no more.
 TEST(QualifiedNames, TheClimbIsTenNodesLong) {
   struct Case {
     std::string_view top;
@@ -213,8 +213,8 @@ TEST(QualifiedNames, TheClimbIsTenNodesLong) {
   }
 }
 
-// The module is named after the file of the node that exports; whether it is a page is told by the
-// node itself.
+// The module is named after the file of the exporting node; the node itself decides whether it is a
+// page.
 TEST(QualifiedNames, PathsOfTwoNodes) {
   ObjectBranch* exporting = addNode(nullptr, kBranchLine, "line", "export const x;", "/src/lib.js");
   EXPECT_EQ(climbForLongName(addNode(exporting, kBranchLine, "line", "y;", "/src/a.html")), "lib");
@@ -335,8 +335,8 @@ TEST(QualifiedNames, SpelunkPassesOverEmptyEntries) {
   EXPECT_EQ(top->children[1]->branchType, 7U);
 }
 
-// The wrappers of the scanner route: a class wrapper gets its code here, unless the wrapper above
-// it holds the letters.
+// The wrappers of the scanner route: a class wrapper gets its code here, unless the text of the
+// wrapper above it contains "class".
 TEST(QualifiedNames, Wrappers) {
   struct Case {
     std::string_view outer;

@@ -48,7 +48,7 @@ TEST(Needle, OfOneByte) {
   EXPECT_TRUE(contains(std::string_view("a\0", 2), std::string_view("\0", 1)));
 }
 
-// Each text fills a block of its own, so that a sanitizer sees a look beyond its last byte.
+// Each text fills its own allocation, so that a sanitizer detects a read past its end.
 TEST(Needle, IsLookedForWithinTheText) {
   constexpr Needle kNeedles[] = {"=>", "export ", "aab"};
   for (const Needle& needle : kNeedles) {
@@ -84,7 +84,7 @@ TEST(Needle, AgreesWithAPlainSearch) {
     for (int round = 0; round < 20'000; ++round) {
       std::string haystack;
       while (haystack.size() < 30) {
-        // Mostly pieces of the needle, so that whole ones come up.
+        // Mostly pieces of the needle, so that whole ones occur.
         const std::size_t from = random() % bytes.size();
         haystack += bytes.substr(from, 1 + random() % bytes.size());
       }

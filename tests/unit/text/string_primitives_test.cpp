@@ -14,7 +14,7 @@ namespace {
 
 using namespace std::string_view_literals;
 
-// Every text over the alphabet of at most maxLength bytes, the empty one first.
+// Returns every text over the alphabet of at most maxLength bytes, starting with the empty one.
 std::vector<std::string> everyText(std::string_view alphabet, std::size_t maxLength) {
   std::vector<std::string> texts{""};
   std::size_t first = 0;
@@ -194,7 +194,7 @@ TEST(TrimAndReduce, IsTrimAfterTheConversion) {
   }
 }
 
-// The result is a slice of the text itself, unless something inside has to be collapsed.
+// The result is a slice of the text itself, unless something inside needs collapsing.
 TEST(TrimAndReduceView, CopiesOnlyWhatHasToChange) {
   for (const std::string& original : everyText("ab \t\f\n", 6)) {
     const std::string trimmed = trim(original);

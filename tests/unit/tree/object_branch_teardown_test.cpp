@@ -1,4 +1,4 @@
-// What of a tree goes and what stays when it is torn down.
+// Which nodes of a tree are destroyed by the teardown and which stay.
 
 #include <unistd.h>
 
