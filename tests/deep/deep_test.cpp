@@ -153,19 +153,19 @@ void expectChain(std::string_view answer, std::size_t depth) {
                  "\n]\n");
 }
 
-TEST(Deep, BlocksThatStayOpen) {
+TEST(Deep, UnclosedBlocks) {
   const std::size_t depth = kLimit / 2;
   expectChain(parse(repeat("a{", depth)), depth);
   EXPECT_EQ(static_cast<std::size_t>(currentIndex), depth + 5);
 }
 
 // At full size the closing braces are past the part that is scanned.
-TEST(Deep, BlocksThatAreClosed) {
+TEST(Deep, ClosedBlocks) {
   const std::size_t depth = kLimit / 2;
   expectChain(parse(repeat("a{", depth) + repeat("}", depth)), depth);
 }
 
-TEST(Deep, BlocksThatAreClosedWithinTheLimit) {
+TEST(Deep, BlocksClosedWithinTheLimit) {
   const std::size_t depth = kLimit / 3 - 1;
   const std::string_view answer = parse(repeat("a{", depth) + repeat("}", depth) + "b;");
   EXPECT_EQ(recordsIn(answer), depth + 3);

@@ -53,14 +53,14 @@ std::ptrdiff_t firstDifference(std::string_view a, std::string_view b) {
 
 class HostileText : public testing::TestWithParam<Generator> {};
 
-TEST_P(HostileText, HasTheSizeAskedFor) {
+TEST_P(HostileText, HasTheRequestedSize) {
   for (const std::size_t bytes : {std::size_t{2'000}, std::size_t{20'000}, kBytes}) {
     const std::size_t size = GetParam().generate(bytes).size();
     EXPECT_LE(std::max(size, bytes) - std::min(size, bytes), kSizeTolerance) << bytes << " asked";
   }
 }
 
-TEST_P(HostileText, GivesTheSameRecordsTwice) {
+TEST_P(HostileText, ReturnsTheSameRecordsTwice) {
   const support::TempDir directory;
   const std::string path =
       directory.write(std::string("text") + GetParam().extension, GetParam().generate(kBytes));
@@ -117,7 +117,7 @@ std::size_t countOf(std::string_view needle, std::string_view text) {
   return count;
 }
 
-TEST(HostileTexts, AreReadAsTheyAreMeant) {
+TEST(HostileTexts, AreParsedAsIntended) {
   for (const Yield& yield : kYields) {
     SCOPED_TRACE(std::string(yield.name) + ": " + yield.why);
     const auto list = generators();

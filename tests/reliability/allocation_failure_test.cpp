@@ -92,7 +92,7 @@ bool lacksWhatItMayLack(const std::vector<Record>& some, const std::vector<Recor
   return gap->line == "0," ? gap + 1 == all.end() : mayLackALine;
 }
 
-TEST(Records, AreComparedAsTheyShould) {
+TEST(Records, ComparisonDetectsDifferences) {
   const Record line{"1,", "\"a\","};
   const Record other{"2,", "\"b\","};
   const Record defines{"0,", "\"c\","};
@@ -157,11 +157,13 @@ std::size_t failAll(Source source) {
   return failures;
 }
 
-TEST(AllocationFailure, OfOperatorNewGivesAnAnswer) { EXPECT_GT(failAll(Source::kNew), 1'000U); }
+TEST(AllocationFailure, InOperatorNewReturnsAnAnswer) { EXPECT_GT(failAll(Source::kNew), 1'000U); }
 
-TEST(AllocationFailure, OfMallocGivesAnAnswerOrNull) { EXPECT_GT(failAll(Source::kMalloc), 100U); }
+TEST(AllocationFailure, InMallocReturnsAnAnswerOrNull) {
+  EXPECT_GT(failAll(Source::kMalloc), 100U);
+}
 
-TEST(AllocationFailure, OfBothGivesAnAnswerOrNull) { EXPECT_GT(failAll(Source::kBoth), 1'000U); }
+TEST(AllocationFailure, InBothReturnsAnAnswerOrNull) { EXPECT_GT(failAll(Source::kBoth), 1'000U); }
 
 // One child process per request, since a process has its first run only once.
 int statusOfChild(const CaseFile& file, const Requests& plan, const std::vector<Record>& all) {
@@ -195,7 +197,7 @@ std::size_t requestsOfFirstRun(const CaseFile& file) {
   return count;
 }
 
-TEST(AllocationFailure, InTheFirstRunOfAProcessGivesAnAnswerOrNull) {
+TEST(AllocationFailure, InTheFirstRunReturnsAnAnswerOrNull) {
   for (const CaseFile& file : whole_file::loadCases()) {
     if (file.name != "script/class-members-and-private-fields" && file.name != "page/worked-page" &&
         file.name != "text/defines") {
@@ -215,7 +217,7 @@ TEST(AllocationFailure, InTheFirstRunOfAProcessGivesAnAnswerOrNull) {
   }
 }
 
-TEST(AllocationFailure, LeavesInfoWithNull) {
+TEST(AllocationFailure, MakesInfoReturnNull) {
 #ifdef QUORL_TEST_IS_SANITIZED
   GTEST_SKIP() << "requests of the C library itself do not fail under a sanitizer";
 #endif

@@ -89,7 +89,7 @@ bool makeLocale(const CLocale& locale, const std::string& path) {
   return std::system(command.c_str()) == 0;
 }
 
-TEST(HostSettings, LocalesOfC) {
+TEST(HostSettings, CLocales) {
   const support::TempDir directory;
   ASSERT_EQ(setenv("LOCPATH", directory.path("").c_str(), 1), 0);
   std::size_t made = 0;
@@ -123,7 +123,7 @@ TEST(HostSettings, AStreamLeftInHexWithAWidth) {
   std::cout.width(0);
 }
 
-TEST(HostSettings, AStreamThatThrows) {
+TEST(HostSettings, ThrowingStream) {
   std::cout.exceptions(std::ios::badbit | std::ios::failbit);
   EXPECT_THROW(std::cout.setstate(std::ios::failbit), std::ios::failure);
   expectCases();
@@ -196,18 +196,18 @@ void expectCasesWithoutAReaderOf(std::FILE* spoilt) {
   std::signal(SIGPIPE, before);
 }
 
-TEST(HostSettings, AStandardOutputThatIsClosed) { expectCasesWith(stdout, closeIt); }
-TEST(HostSettings, AStandardOutputThatIsFull) { expectCasesWith(stdout, fill); }
-TEST(HostSettings, AStandardOutputThatIsReadOnly) { expectCasesWith(stdout, makeReadOnly); }
-TEST(HostSettings, AStandardOutputWhoseReaderHasGone) { expectCasesWithoutAReaderOf(stdout); }
+TEST(HostSettings, ClosedStandardOutput) { expectCasesWith(stdout, closeIt); }
+TEST(HostSettings, FullStandardOutput) { expectCasesWith(stdout, fill); }
+TEST(HostSettings, ReadOnlyStandardOutput) { expectCasesWith(stdout, makeReadOnly); }
+TEST(HostSettings, StandardOutputWithoutAReader) { expectCasesWithoutAReaderOf(stdout); }
 
-TEST(HostSettings, AStandardErrorThatIsClosed) { expectCasesWith(stderr, closeIt); }
-TEST(HostSettings, AStandardErrorThatIsFull) { expectCasesWith(stderr, fill); }
-TEST(HostSettings, AStandardErrorThatIsReadOnly) { expectCasesWith(stderr, makeReadOnly); }
-TEST(HostSettings, AStandardErrorWhoseReaderHasGone) { expectCasesWithoutAReaderOf(stderr); }
+TEST(HostSettings, ClosedStandardError) { expectCasesWith(stderr, closeIt); }
+TEST(HostSettings, FullStandardError) { expectCasesWith(stderr, fill); }
+TEST(HostSettings, ReadOnlyStandardError) { expectCasesWith(stderr, makeReadOnly); }
+TEST(HostSettings, StandardErrorWithoutAReader) { expectCasesWithoutAReaderOf(stderr); }
 
 // All at once, with a std::cout that throws.
-TEST(HostSettings, AStreamThatThrowsOverAStandardOutputThatIsFull) {
+TEST(HostSettings, ThrowingStreamOverAFullStandardOutput) {
   std::cout.exceptions(std::ios::badbit | std::ios::failbit);
   expectCasesWith(stdout, fill);
   std::cout.exceptions(std::ios::goodbit);
@@ -215,7 +215,7 @@ TEST(HostSettings, AStreamThatThrowsOverAStandardOutputThatIsFull) {
 }
 
 // Without a buffer each line is a separate call that fails.
-TEST(HostSettings, AStandardOutputThatIsFullAndHasNoBuffer) {
+TEST(HostSettings, FullUnbufferedStandardOutput) {
   std::setvbuf(stdout, nullptr, _IONBF, 0);
   expectCasesWith(stdout, fill);
 }

@@ -39,7 +39,7 @@ bool parsesAsEver(const CaseFile& file) {
   return isSame;
 }
 
-TEST(LongLife, TenThousandParsesKeepTheirTreesAlone) {
+TEST(LongLife, TenThousandParsesKeepOnlyTheirTrees) {
   const reliability::KeepReleased nodes(sizeof(ObjectBranch), kMaxDestroyedBlocks);
   const std::vector<CaseFile> files = whole_file::loadCases();
   std::vector<std::int64_t> growth(files.size());  // in blocks, per parse of each case

@@ -59,7 +59,7 @@ Cycle openParseAndClose(const CaseFile& file, const reliability::KeepReleased& n
 }
 
 // On unload the module moves its registry into a set that is never freed.
-TEST(ModuleLife, AThousandTimesOpenedAndClosed) {
+TEST(ModuleLife, OpensAndClosesAThousandTimes) {
   const reliability::KeepReleased nodes(sizeof(ObjectBranch), kMaxDestroyedBlocks);
   const std::vector<CaseFile> files = whole_file::loadCases();
   std::size_t wrong = 0;

@@ -129,7 +129,7 @@ std::size_t failEachRead(std::size_t bytes, Parse parse) {
 
 constexpr std::size_t kAll = 1 << 30;
 
-TEST(ReadFailure, GivesAnErrorAnswerWhicheverReadFails) {
+TEST(ReadFailure, ReturnsAnErrorAnswerWhicheverReadFails) {
   std::size_t failures = 0;
   forEachCase([&failures](const CaseFile& file) {
     const auto parse = [&file](const Reads& read) { return parseReading(file, read); };
@@ -153,7 +153,7 @@ struct ErrorCase {
   const char* answer;
 };
 
-TEST(ReadFailure, SaysWhatTheSystemSays) {
+TEST(ReadFailure, ReportsTheSystemsMessage) {
   const CaseFile file = whole_file::loadCases().front();
   std::filesystem::current_path(file.folder);
   const ErrorCase cases[] = {
@@ -171,7 +171,7 @@ TEST(ReadFailure, SaysWhatTheSystemSays) {
 }
 
 // The system's messages are translated; the host's language must not reach the answer.
-TEST(ReadFailure, SaysItInEnglish) {
+TEST(ReadFailure, ReportsItInEnglish) {
   const support::TempDir directory;
   const std::string locale = directory.path("de_DE.UTF-8");
   if (std::system(("localedef -i de_DE -f UTF-8 " + locale + " >/dev/null 2>&1").c_str()) != 0) {
@@ -190,7 +190,7 @@ TEST(ReadFailure, SaysItInEnglish) {
   if (translated == "Input/output error") GTEST_SKIP() << "the system has no translations";
 }
 
-TEST(ReadFailure, IsNoneForADirectory) {
+TEST(ReadFailure, TreatsADirectoryAsAnEmptyFile) {
   const support::TempDir directory;
   std::filesystem::create_directory(directory.path("a.js"));
   EXPECT_EQ(parseWith(directory.path("a.js"), nullptr, {}),
@@ -267,7 +267,7 @@ TEST(ShortReads, EachInterruptionAloneChangesNothing) {
 }
 
 // A text shorter than the file's size is treated like any other text.
-TEST(ShortReads, AFileThatEndsEarlyIsReadToThere) {
+TEST(ShortReads, AFileThatEndsEarlyIsReadToItsEnd) {
   const CaseFile file = whole_file::loadCases().front();
   const support::TempDir directory;
   std::filesystem::current_path(file.folder);
@@ -307,7 +307,7 @@ TEST(ShortReads, APipeIsReadToItsEnd) {
 }
 
 // Returns the full text or an error, never the records of a part.
-TEST(SeekFailure, NeverCutsATextShort) {
+TEST(SeekFailure, NeverTruncatesAText) {
   std::size_t failures = 0;
   forEachCase([&failures](const CaseFile& file) {
     parseWith(file.input, reliability::definesOf(file), {});
@@ -339,7 +339,7 @@ TEST(SeekFailure, NeverCutsATextShort) {
   report("seeks failed", failures);
 }
 
-TEST(CloseFailure, CostsNothing) {
+TEST(CloseFailure, IsIgnored) {
   forEachCase([](const CaseFile& file) {
     Files plan;
     plan.closeError = EIO;
@@ -351,7 +351,7 @@ std::string cannotOpen(const std::string& path) {
   return "[{\"error\": \"Could not open file: " + path + "\"}]";
 }
 
-TEST(OpenFailure, GivesAnErrorAnswer) {
+TEST(OpenFailure, ReturnsAnErrorAnswer) {
   for (const int error : {EACCES, ENOENT, EMFILE, ENFILE, ELOOP, EIO, ENOMEM, ENAMETOOLONG, ENXIO,
                           EPERM, EOVERFLOW, EINTR}) {
     SCOPED_TRACE(error);
@@ -366,19 +366,19 @@ TEST(OpenFailure, GivesAnErrorAnswer) {
 }
 
 // The same error from the system itself.
-TEST(OpenFailure, OfALinkToItself) {
+TEST(OpenFailure, SymbolicLinkToItself) {
   const support::TempDir directory;
   const std::string path = directory.path("a.js");
   std::filesystem::create_symlink("a.js", path);
   EXPECT_EQ(reliability::parse(path), cannotOpen(path));
 }
 
-TEST(OpenFailure, OfANameThatIsTooLong) {
+TEST(OpenFailure, NameTooLong) {
   const std::string path = std::string(300, 'a') + ".js";
   EXPECT_EQ(reliability::parse(path), cannotOpen(path));
 }
 
-TEST(OpenFailure, WithoutADescriptorThatIsFree) {
+TEST(OpenFailure, NoFreeDescriptor) {
   const CaseFile file = whole_file::loadCases().front();
   std::filesystem::current_path(file.folder);
   rlimit before;
@@ -408,7 +408,7 @@ TEST(OpenFailure, WithoutPermission) {
 }
 
 // No descriptor stays open, whether the file was read or not.
-TEST(Descriptors, AreGivenBack) {
+TEST(Descriptors, AreClosed) {
   const auto openOnes = [] {
     const std::filesystem::directory_iterator list("/proc/self/fd");
     return std::distance(begin(list), end(list));

@@ -22,7 +22,7 @@ std::string trim(const std::string&) {
 
 namespace {
 
-TEST(CapturedNames, TheModuleKeepsToItsOwn) {
+TEST(CapturedNames, TheModuleUsesItsOwn) {
   void* const module = dlopen(QUORL_PLUGIN_PATH, RTLD_NOW | RTLD_GLOBAL);
   ASSERT_NE(module, nullptr) << dlerror();
   const auto parse = reinterpret_cast<decltype(&ParseJS)>(dlsym(module, "ParseJS"));

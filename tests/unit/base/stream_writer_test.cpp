@@ -77,7 +77,7 @@ TEST(StreamWriter, WritesNumbersInPlainDecimal) {
   EXPECT_EQ(stream.text(), "0 -1 1234567 -2147483648 2147483647");
 }
 
-TEST(StreamWriter, HandsOverAtAFlush) {
+TEST(StreamWriter, WritesOnFlush) {
   const Stream stream;
   base::StreamWriter out(stream.file());
   out << "a" << 1;

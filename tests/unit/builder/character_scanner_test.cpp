@@ -161,7 +161,7 @@ constexpr StatementCase kOtherBrackets[] = {
 
 TEST(CharacterScanner, KeepsBracketsOfScripts) { expectStatements(kScriptBrackets, true); }
 
-TEST(CharacterScanner, LeavesBracketsOfOtherTextOut) { expectStatements(kOtherBrackets, false); }
+TEST(CharacterScanner, DropsBracketsOfOtherText) { expectStatements(kOtherBrackets, false); }
 
 constexpr StatementCase kOddBytes[] = {
     {"a\0b;\n"sv, "line\"a\0b\"@1"sv, "a NUL is an ordinary byte"},
@@ -173,7 +173,7 @@ constexpr StatementCase kOddBytes[] = {
     {"\x01\x7F\n", "line\"\x01\x7F\"@1", ""},
 };
 
-TEST(CharacterScanner, TakesAnyByte) { expectStatements(kOddBytes, true); }
+TEST(CharacterScanner, AcceptsAnyByte) { expectStatements(kOddBytes, true); }
 
 struct ChunkCase {
   std::string_view before;
@@ -219,7 +219,7 @@ TEST(CharacterScanner, LeavesTheUnfinishedStatementInTheChunk) {
   }
 }
 
-TEST(CharacterScanner, GoesOnWithWhatTheChunkHolds) {
+TEST(CharacterScanner, ContinuesWithTheTextInTheChunk) {
   support::ScannerRequest request{"x;\n"};
   request.chunk = "var ";
   EXPECT_EQ(dumpStatements(runScanner(request).answer), R"(classvar"var x"@1)");
@@ -249,7 +249,7 @@ TEST(CharacterScannerLimit, TheLastByteWithinItIsScanned) {
   EXPECT_EQ(chunk, "") << "the rest is not looked at";
 }
 
-TEST(CharacterScannerLimit, TheByteBehindItIsNot) {
+TEST(CharacterScannerLimit, TheNextByteIsNot) {
   const std::string text = textBehind(kLimit - 1, "y;");
   ASSERT_EQ(text.size(), kLimit + 1);
   EXPECT_EQ(dumpStatements(runScanner({text}).answer), "");

@@ -89,7 +89,7 @@ TEST(ChunkText, Rows) {
   }
 }
 
-TEST(ChunkText, WorksOnTheTextGiven) {
+TEST(ChunkText, WorksOnTheCallersString) {
   std::string text = "a";
   ChunkText chunk(text);
   chunk.append("b\\");
@@ -170,14 +170,14 @@ void expectPlainAnswers(const PlainTable& table, NextPiece nextPiece) {
   }
 }
 
-TEST(ChunkText, AnswersAsThePlainRulesForAllShortTexts) {
+TEST(ChunkText, AnswersLikeThePlainRulesForAllShortTexts) {
   const PlainTable table;
   expectPlainAnswers(table, [] { return std::size_t{1}; });
   std::mt19937 random(20240307);
   expectPlainAnswers(table, [&random] { return std::size_t{1} + random() % 5; });
 }
 
-TEST(ChunkText, AnswersAsThePlainRulesForLongerTexts) {
+TEST(ChunkText, AnswersLikeThePlainRulesForLongerTexts) {
   constexpr std::string_view kPieces[] = {" ",  "  ", ",",  ")", "))",   "\f",   "\v",  "\t",
                                           "\n", "\r", "\\", "x", "\0"sv, "\x80", "\\ ", ") )"};
   std::mt19937 random(20240308);

@@ -193,7 +193,7 @@ TEST(ScanError, EndsTheScan) {
   }
 }
 
-TEST(ScanError, HasACodeOfItsOwn) {
+TEST(ScanError, HasItsOwnCode) {
   const ScannerRun run = runScanner({"}}\nx y }", "dir/;"});
   ASSERT_EQ(run.root->children.size(), 3u) << "between the wrapper and the defines";
   const ObjectBranch* error = run.root->children[1];
@@ -205,7 +205,7 @@ TEST(ScanError, HasACodeOfItsOwn) {
   EXPECT_EQ(error->tags, "");
 }
 
-TEST(ScanError, IsNumberedBehindTheNodeThatIsLinkedToNothing) {
+TEST(ScanError, IsNumberedAfterTheUnattachedNode) {
   EXPECT_EQ(runScanner({"b {", "a.txt", "N"}).printed,
             "zero children. This is not correct."
             "nodeid was 0 and now is 0\n"

@@ -189,7 +189,7 @@ constexpr StatementCase kClassBlocks[] = {
      R"_(define"class A"@1 define"f(\'class\')"@3(line"a"@4))_", "what was pending stays"},
 };
 
-TEST(NodeEmission, OfBlocksInAndBehindAClass) { expectStatements(kClassBlocks); }
+TEST(NodeEmission, OfBlocksInAndAfterAClass) { expectStatements(kClassBlocks); }
 
 constexpr StatementCase kOtherText[] = {
     {"class A {\nm(x) {\n}\n}\n", R"_(container"class A"@1(container"m(x)"@2))_", ""},
@@ -201,7 +201,7 @@ constexpr StatementCase kOtherText[] = {
 
 TEST(NodeEmission, OfOtherText) { expectStatements(kOtherText, false); }
 
-TEST(NodeEmission, WhereTheTextHasImportsTheWrapperSaysSo) {
+TEST(NodeEmission, TheWrapperShowsWhetherTheTextHasImports) {
   const ScannerRun run =
       runScanner({"import x from 'y';\nconst z = require('z');\nlet w = 2;\n", "lib/a.b.txt"});
   EXPECT_EQ(dumpRecords(run.answer),
@@ -250,7 +250,7 @@ constexpr SilentCase kSilent[] = {
     {"x});", 1, 1, ""},
 };
 
-TEST(NodeEmission, LeavesOutStatementsThatSayNothing) {
+TEST(NodeEmission, SkipsStatementsWithoutContent) {
   for (const SilentCase& row : kSilent) {
     SCOPED_TRACE(std::string(row.chunk) + "  // " + row.why);
     ScannerRequest request{"\n"};
@@ -302,7 +302,7 @@ TEST(NodeEmission, SetsCodeAndLabelTogether) {
   }
 }
 
-TEST(NodeEmission, GivesEachNodeThePathAndNoTagsOfItsOwn) {
+TEST(NodeEmission, SetsThePathButNoTags) {
   const ScannerRun run = runScanner({"a\nb;\nc {\nd;\n}\nf(e) {\ng;\n", "dir/;"});
   const ObjectBranch* wrapper = run.root->children.at(0)->children.at(0);
   std::vector<const ObjectBranch*> open{wrapper->children.begin(), wrapper->children.end()};
@@ -318,7 +318,7 @@ TEST(NodeEmission, GivesEachNodeThePathAndNoTagsOfItsOwn) {
   EXPECT_EQ(open[4]->parent, open[2]);
 }
 
-TEST(NodeEmission, NumbersNodesAsTheyArise) {
+TEST(NodeEmission, NumbersNodesInTheOrderOfTheirCreation) {
   EXPECT_EQ(runScanner({"a;\nb {\nc;\n}\nd\n"}).printed,
             "nodeid was 0 and now is 0\n"
             "nodeid was 2 and now is 1\n"

@@ -97,7 +97,7 @@ TEST(ScannerRouteRuns, MakesTheSameWrappersForOtherText) {
             R"(filepath"a.txt"@0 class"class ModuleScope"@0(define"import a"@1 container"b"@2))");
 }
 
-TEST(ScannerRouteRuns, NumbersTheFirstNodeOfTheScanBehindTheWrappers) {
+TEST(ScannerRouteRuns, NumbersTheFirstNodeOfTheScanAfterTheWrappers) {
   EXPECT_EQ(runScanner({"a\n"}).printed,
             "nodeid was 0 and now is 0\n"
             "nodeid was 2 and now is 1\n"
@@ -126,7 +126,7 @@ TEST(ScannerRouteRuns, AppendsTheDefinesAfterBoth) {
   EXPECT_TRUE(defines->children.empty());
 }
 
-TEST(ScannerRouteRuns, SaysTheSameOfTheSameTextAgain) {
+TEST(ScannerRouteRuns, RepeatsTheAnswerForTheSameText) {
   const ScannerRequest first{"class A {\nb;\n}\nf(c) {\n}\nfor (;;) d", "a.txt"};
   const ScannerRequest second{"}}}", "b.txt"};
   const ScannerRun run = runScanner(first);

@@ -141,7 +141,7 @@ TEST(ScriptFile, FillsBothScopeNodes) {
   EXPECT_EQ(currentIndex, 8);
 }
 
-TEST(ScriptFile, HangsTheLinesUnderTheClassNodeFromLineOne) {
+TEST(ScriptFile, AddsTheLinesUnderTheClassNodeFromLineOne) {
   ObjectBranch* root = newRoot();
   ParsePureJavaScript("\nfunction f() {\nreturn 1;\n}\nvar x = 1;\n", root, "a.js");
   EXPECT_EQ(support::dumpTree(root),

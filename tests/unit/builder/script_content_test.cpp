@@ -124,7 +124,7 @@ constexpr StatementCase kStatements[] = {
     {"caf\xC3\xA9();", kBranchLine, "line", "", false, "bytes above 0x7F are kept"},
 };
 
-TEST(ScriptContentStatement, IsClassifiedByTheFirstTestThatHolds) {
+TEST(ScriptContentStatement, IsClassifiedByTheFirstMatchingTest) {
   for (const StatementCase& row : kStatements) {
     SCOPED_TRACE(std::string(row.line) + "  // " + row.why);
     const ObjectBranch* top = parsed(std::string(row.line) + "\nnext\n");
@@ -257,7 +257,7 @@ TEST(ScriptContent, WithoutTextOrParentDoesNothing) {
   EXPECT_TRUE(top->children.empty());
 }
 
-TEST(ScriptContent, HangsBehindTheChildrenThatTheParentHas) {
+TEST(ScriptContent, AppendsToTheParentsChildren) {
   ObjectBranch* top = parsed("a\n");
   ParseScriptContent("b {\n}\n", top, "a.js", 1);
   EXPECT_EQ(support::dumpChildren(top), "line\"a\"@1 line\"b {\"@1");

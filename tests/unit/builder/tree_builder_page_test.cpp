@@ -40,7 +40,7 @@ std::string wrapped(const std::string& elements, const std::string& document = "
          elements + ")))";
 }
 
-TEST(TreeBuilderPage, HangsElementsUnderTheSecondWrapperFromLineZero) {
+TEST(TreeBuilderPage, AddsElementsUnderTheSecondWrapperFromLineZero) {
   EXPECT_EQ(pageOf("<p>x</p>\n<a href=u>").tree(),
             wrapped("htmlelement\"p: \"x\"\"@0 htmlelement\"a\"@1(link\"href: u\"@1)"));
 }
@@ -74,7 +74,7 @@ TEST(TreeBuilderPage, LooksForClassesInElementsLinksAndStatements) {
                     "htmlelement\"script\"@0(class\"script\"@1(class\"use(x.classList);\"@1))"));
 }
 
-TEST(TreeBuilderPage, LooksNoFurtherThanTheFirstClass) {
+TEST(TreeBuilderPage, StopsAtTheFirstClass) {
   const std::string statement = "<script>use(x.classList);</script>";
   EXPECT_EQ(pageOf("<p>a class" + statement).tree(),
             wrapped("class\"p: \"a class\"\"@0(htmlelement\"script\"@0(class\"script\"@1("
@@ -84,7 +84,7 @@ TEST(TreeBuilderPage, LooksNoFurtherThanTheFirstClass) {
                     "HTMLDocument: \"a class\""));
 }
 
-TEST(TreeBuilderPage, CutsBraceOnlyNodesWithAllBelowThem) {
+TEST(TreeBuilderPage, RemovesBraceOnlyNodesWithTheirSubtrees) {
   const Page elements = pageOf("<{><a></a></{><};><u></u></};><><b></b></><i></i>");
   EXPECT_EQ(elements.tree(), wrapped("htmlelement\"i\"@0"));
   EXPECT_EQ(valuesOf(elements.answer, "contents"),
@@ -94,7 +94,7 @@ TEST(TreeBuilderPage, CutsBraceOnlyNodesWithAllBelowThem) {
             wrapped("htmlelement\"script\"@0(class\"script\"@1(line\"a({\"@2))"));
 }
 
-TEST(TreeBuilderPage, KeepsWhatHangsUnderOtherDroppedTexts) {
+TEST(TreeBuilderPage, KeepsTheChildrenOfOtherDroppedTexts) {
   const Page page = pageOf("<});><a></a></});><i></i>");
   EXPECT_EQ(page.tree(), wrapped("htmlelement\"i\"@0"));
   EXPECT_EQ(valuesOf(page.answer, "contents"),
@@ -108,20 +108,20 @@ TEST(TreeBuilderPage, DoesNotSplitStatements) {
                     "line\"go(); if (a) { b(); c(); }\"@1))"));
 }
 
-TEST(TreeBuilderPage, PutsTheDefinesBehindTheDocument) {
+TEST(TreeBuilderPage, PutsTheDefinesAfterTheDocument) {
   EXPECT_EQ(pageOf("<p>", "a.html", {"A", "B 1"}).tree(),
             "filepath\"a.html\"@0(namespace\"namespace document\"@0(class\"HTMLDocument\"@0("
             "htmlelement\"p\"@0)) preprocessor\"A\\nB 1\"@0)");
 }
 
-TEST(TreeBuilderPage, NamesFunctionsByWhatTheyQuote) {
+TEST(TreeBuilderPage, NamesFunctionsByTheirQuotedText) {
   const std::string line = "on('click', function () {";
   EXPECT_EQ(valuesOf(pageOf("<script>" + line + "</script>").answer, "simpleFunctionName").back(),
             "\"on(\\'click\\')\"");
   EXPECT_EQ(valuesOf(pageOf(line, "a.js").answer, "simpleFunctionName").back(), "\"on\"");
 }
 
-TEST(TreeBuilderPage, HasNoLimitOfItsOwn) {
+TEST(TreeBuilderPage, HasNoOwnLimit) {
   const std::size_t tenMebibytes = 10'485'760;
   EXPECT_EQ(pageOf("<!--" + std::string(tenMebibytes, ' ') + "><p>").tree(),
             wrapped("htmlelement\"p\"@0"));

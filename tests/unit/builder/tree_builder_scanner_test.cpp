@@ -155,7 +155,7 @@ TEST(ScannerWrappers, CarryTheirTagsAndNoCodeOfTheirOwn) {
   EXPECT_EQ(found.wrapper->functionID, -1);
 }
 
-TEST(ScannerWrappers, AreNumberedBehindTheRoot) {
+TEST(ScannerWrappers, AreNumberedAfterTheRoot) {
   // A root named ; gets no record and keeps its child list as it was.
   const Built built = buildOn(newRoot(), "lib/;", "");
   const Wrappers found = wrappersOf(built.root);
@@ -169,7 +169,7 @@ TEST(ScannerWrappers, AreNumberedBehindTheRoot) {
   EXPECT_EQ(built.root->children[1]->nodeID, 3) << "the next number";
 }
 
-TEST(ScannerWrappers, OfANameWithClassInItTheScopeHasARecordInstead) {
+TEST(ScannerWrappers, WithClassInTheFileNameTheScopeHasTheRecord) {
   const Built built = buildOn(newRoot(), "myclass.txt", "import x");
   EXPECT_EQ(valuesOf(built.answer, "contents"),
             (Values{"\"myclass.txt\"", "\"namespace module:myclass\""}));

@@ -299,7 +299,7 @@ TEST(PreprocessorSimulation, Nesting) { expectSimulatedAnywhere(kNesting); }
 TEST(PreprocessorSimulation, SwallowedLines) { expectSimulatedAnywhere(kSwallowedLines); }
 TEST(PreprocessorSimulation, Strays) { expectSimulatedAnywhere(kStrays); }
 
-TEST(PreprocessorSimulation, NamesGoBehindWhatTheListHolds) {
+TEST(PreprocessorSimulation, NamesAreAppendedToTheList) {
   std::vector<std::string> defines = names("B,B,a");
   EXPECT_EQ(Cleaner().PreProcessorSimulation("#if A\n#endif\n#ifdef B\nb\n#endif\n", {}, defines),
             "\n\n\n\n\n");

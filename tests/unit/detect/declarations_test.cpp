@@ -330,7 +330,7 @@ TEST(FunctionName, Tables) {
   });
 }
 
-TEST(FunctionName, NeverReadsItsSecondArgument) {
+TEST(FunctionName, IgnoresItsSecondArgument) {
   forEachDeclaration([](const DeclarationCase& row) {
     EXPECT_EQ(functionName(std::string(row.text), "function other(x) {"), row.name);
   });

@@ -39,7 +39,7 @@ TEST(PageLimits, ATagMayEndOnTheLastByteOfThePage) {
             "htmlelement\"a\"@0(htmlelement\"b\"@0)");
 }
 
-TEST(PageLimits, ATagThatEndsBehindThePageIsNotLookedAt) {
+TEST(PageLimits, ATagThatEndsAfterThePageIsIgnored) {
   EXPECT_EQ(pageRunOf(pageToLimit("<a>", 2)).nodes(), "");
   EXPECT_EQ(pageRunOf(pageToLimit("<a>", 1)).nodes(), "");
   EXPECT_EQ(pageRunOf(pageToLimit("<a>", 0)).nodes(), "");
@@ -51,7 +51,7 @@ TEST(PageLimits, TextNeedsATagThatBeginsInThePage) {
   EXPECT_EQ(pageRunOf(pageToLimit("text<a>", 4)).top->contents, "HTMLDocument");
 }
 
-TEST(PageLimits, AClosingTagHasToEndInThePage) {
+TEST(PageLimits, AClosingTagMustEndInThePage) {
   EXPECT_EQ(pageRunOf(pageToLimit("</a></b>", 4)).errors, strayTagWarnings(1));
   EXPECT_EQ(pageRunOf(pageToLimit("</a></b>", 7)).errors, strayTagWarnings(1));
   EXPECT_EQ(pageRunOf(pageToLimit("</a></b>", 3)).errors, "");
@@ -85,7 +85,7 @@ TEST(PageLimits, ATagOfTenThousandBytesIsReadWhole) {
             "htmlelement\"a\"@0 htmlelement\"b\"@0");
 }
 
-TEST(PageLimits, ALongerTagIsCutAndLeftAtItsTrueEnd) {
+TEST(PageLimits, ALongerTagIsCutAndSkippedToItsEnd) {
   const std::string name(kMaxTagBytes, 'x');
   EXPECT_EQ(pageRunOf("<" + name + "yz><b>").nodes(),
             "htmlelement\"" + name + "\"@0(htmlelement\"b\"@0)");
@@ -103,7 +103,7 @@ TEST(PageLimits, ALongerTagIsCutAndLeftAtItsTrueEnd) {
             "htmlelement\"a\"@0 htmlelement\"b\"@0");
 }
 
-TEST(PageLimits, AScriptTagIsCutBeforeItsSrcIsSought) {
+TEST(PageLimits, AScriptTagIsCutBeforeTheSearchForItsSrc) {
   const std::string text = "x();</script>";
   EXPECT_EQ(pageRunOf(tagOf("script", "src=", kMaxTagBytes) + text).nodes(),
             "htmlelement\"script[src]: \"x();\"\"@0");
@@ -121,7 +121,7 @@ TEST(PageLimits, TenThousandBytesOfATextAreRead) {
             "htmlelement\"p: \"a\"\"@0(htmlelement\"b\"@0)");
 }
 
-TEST(PageLimits, TextBehindThemIsNone) {
+TEST(PageLimits, TextAfterThemIsIgnored) {
   EXPECT_EQ(pageRunOf("<p>" + blanks(kMaxTextBytes) + "x<b>").nodes(),
             "htmlelement\"p\"@0(htmlelement\"b\"@0)");
   EXPECT_EQ(pageRunOf("<p>" + blanks(kMaxTextBytes) + "x<b></b>late</p>").nodes(),
@@ -129,7 +129,7 @@ TEST(PageLimits, TextBehindThemIsNone) {
       << "a blank text leaves room for a later one";
 }
 
-TEST(PageLimits, TextIsCountedBehindTheLineFeedsItBeginsWith) {
+TEST(PageLimits, TextIsCountedAfterItsLeadingLineFeeds) {
   const std::string lines(3, '\n');
   EXPECT_EQ(pageRunOf("<p>" + lines + blanks(kMaxTextBytes - 1) + "x<b>").nodes(),
             "htmlelement\"p: \"x\"\"@0(htmlelement\"b\"@3)");
@@ -160,7 +160,7 @@ TEST(PageLimits, AScriptOfOneMebibyteIsReadWhole) {
             "htmlelement\"script\"@0(class\"script\"@1(line\"abc\"@1024))");
 }
 
-TEST(PageLimits, ALongerScriptIsCutAndLeftAtItsTrueEnd) {
+TEST(PageLimits, ALongerScriptIsCutAndSkippedToItsEnd) {
   EXPECT_EQ(
       pageRunOf("<script>" + blankLines(kMaxScriptBytes - 3) + "abcde\nf\n</script><p>").nodes(),
       "htmlelement\"script\"@0(class\"script\"@1(line\"abc\"@1024)) htmlelement\"p\"@1025");
@@ -193,7 +193,7 @@ TEST(PageLimits, AnElementOverTheLimitTakesNoChildren) {
             "htmlelement\"i\"@0 htmlelement\"u\"@0)) htmlelement\"s\"@0)");
 }
 
-TEST(PageLimits, AScriptOverTheLimitHasItsTextAllTheSame) {
+TEST(PageLimits, AScriptOverTheElementLimitIsStillParsed) {
   const support::PageRun run =
       pageRunOf(repeat("<a>", kMaxOpenElements - 1) + "<script src=u><script>x();</script><b>");
   const ObjectBranch* last = innermost(run.top, kMaxOpenElements - 1);
@@ -203,7 +203,7 @@ TEST(PageLimits, AScriptOverTheLimitHasItsTextAllTheSame) {
             "htmlelement\"script\"@0(class\"script\"@1(line\"x();\"@1)) htmlelement\"b\"@0)");
 }
 
-TEST(PageLimits, ClosingTagsBehindTheLimitPopWhatIsOpen) {
+TEST(PageLimits, ClosingTagsOverTheLimitPopOpenElements) {
   const int tooMany = 5;
   const std::string text = repeat("<a>", kMaxOpenElements - 1 + tooMany);
   EXPECT_EQ(pageRunOf(text + repeat("</a>", kMaxOpenElements - 1)).errors, "");
@@ -211,7 +211,7 @@ TEST(PageLimits, ClosingTagsBehindTheLimitPopWhatIsOpen) {
             strayTagWarnings(tooMany));
 }
 
-TEST(PageLimits, NothingIsSaidAboutWhatIsCut) {
+TEST(PageLimits, CuttingIsSilent) {
   const std::string text = tagOf("a", "x", kMaxTagBytes + 1) + blanks(kMaxTextBytes + 1) +
                            "<script>" + blankLines(kMaxScriptBytes + 1) + "</script>" +
                            repeat("<a>", kMaxOpenElements + 1);

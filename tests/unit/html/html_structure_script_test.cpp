@@ -99,7 +99,7 @@ constexpr ScriptCase kInline[] = {
      "htmlelement\"script\"@0(class\"script\"@1(line\"a\0\xE9\"@1))"sv, "odd bytes"},
 };
 
-TEST(PageScript, WithItsOwnTextIsParsed) { expectScripts(kInline); }
+TEST(PageScript, WithInlineTextIsParsed) { expectScripts(kInline); }
 
 constexpr ScriptCase kOrdinary[] = {
     {"<script src=\"a.js\"></script><p>",
@@ -142,7 +142,7 @@ constexpr ScriptCase kOrdinary[] = {
     {"<style>x();</script><p>", "htmlelement\"style: \"x();\"\"@0 htmlelement\"p\"@0", ""},
 };
 
-TEST(PageScript, WithoutTextOfItsOwnIsAnOrdinaryElement) { expectScripts(kOrdinary); }
+TEST(PageScript, WithoutInlineTextIsAnOrdinaryElement) { expectScripts(kOrdinary); }
 
 constexpr ScriptCase kLines[] = {
     {"<script>\nvar x = 1;\n</script>\n<p>",

@@ -140,7 +140,7 @@ constexpr std::string_view kIgnored[] = {
     "?xml version=\"1.0\"?",
 };
 
-TEST(PageElement, IsNotMadeOfCommentsDocumentTypesAndInstructions) {
+TEST(PageElement, IsNotMadeFromCommentsDocumentTypesOrInstructions) {
   for (const std::string_view tag : kIgnored) {
     SCOPED_TRACE(tag);
     const support::PageRun run = pageRunOf("<p><" + std::string(tag) + "></p><i>");
@@ -253,7 +253,7 @@ constexpr PageCase kLines[] = {
 
 TEST(PageLine, CountsTheLineFeedsOutsideTags) { expectPages(kLines); }
 
-TEST(PageLine, StartsAtTheNumberGiven) {
+TEST(PageLine, StartsAtTheGivenNumber) {
   EXPECT_EQ(pageRunOf("<a>\n<b href=x>", 7).nodes(),
             "htmlelement\"a\"@7(htmlelement\"b\"@8(link\"href: x\"@8))");
   EXPECT_EQ(pageRunOf("<a>\n\n\n<b>", -2).nodes(), "htmlelement\"a\"@-2(htmlelement\"b\"@1)");
@@ -352,7 +352,7 @@ TEST(PageStructure, WithoutRootDoesNothing) {
   EXPECT_EQ(currentIndex, 3);
 }
 
-TEST(PageStructure, HangsBehindTheChildrenThatTheRootHasAndKeepsNothing) {
+TEST(PageStructure, AppendsToTheRootsChildrenAndKeepsNoState) {
   ObjectBranch* top = pageRunOf("<a><b>").top;
   ParseHTMLStructure("<i>", top, "a.html", 0);
   EXPECT_EQ(support::dumpChildren(top),

@@ -81,7 +81,7 @@ constexpr TextCase kTexts[] = {
     {"<li>a<li>b</li>c</li>", "htmlelement\"li: \"a\"\"@0(htmlelement\"li: \"b\"\"@0)"},
 };
 
-TEST(PageText, OfAnElementIsItsFirst) {
+TEST(PageText, OfAnElementIsItsFirstText) {
   for (const TextCase& row : kTexts) {
     SCOPED_TRACE(testing::PrintToString(row.text) + ": " + std::string(row.why));
     EXPECT_EQ(pageRunOf(row.text).nodes(), row.nodes);
@@ -104,7 +104,7 @@ constexpr TextCase kRootTexts[] = {
     {"<?php if ($a > 1) echo '<b>'; ?>", "HTMLDocument: \"1) echo '\""},
 };
 
-TEST(PageText, OutsideAllElementsIsTheRoots) {
+TEST(PageText, OutsideAllElementsBelongsToTheRoot) {
   for (const TextCase& row : kRootTexts) {
     SCOPED_TRACE(testing::PrintToString(row.text) + ": " + std::string(row.why));
     EXPECT_EQ(pageRunOf(row.text).top->contents, row.nodes);

@@ -97,7 +97,7 @@ TEST(Inputs, EveryByteValueOnce) {
             "abcdefghijklmnopqrstuvwxyz{|}~\"@3");
 }
 
-TEST(Inputs, BinaryFilesGetAnArrayOnEveryRoute) {
+TEST(Inputs, BinaryFilesReturnAnArrayOnEveryRoute) {
   std::string bytes;
   for (int i = 0; i < 4096; ++i) bytes += static_cast<char>(i * 7919 % 256);
   for (const char* name : {"a.js", "a.html", "a.txt", "a"}) {
@@ -107,7 +107,7 @@ TEST(Inputs, BinaryFilesGetAnArrayOnEveryRoute) {
   }
 }
 
-TEST(Inputs, FilesOfBlanksAndCommentsGetAnArrayOnEveryRoute) {
+TEST(Inputs, FilesOfBlanksAndCommentsReturnAnArrayOnEveryRoute) {
   const struct {
     const char* name;
     Values contents;
@@ -136,7 +136,7 @@ TEST(Inputs, ALongCommentLeavesNothing) {
       << "required: the first byte of a block comment stays";
 }
 
-TEST(Inputs, OfTwoHundredThousandLinesHalfAreRead) {
+TEST(Inputs, HalfOfTwoHundredThousandLinesAreRead) {
   std::string bytes;
   for (int i = 1; i <= 200000; ++i) bytes += "f(" + std::to_string(i) + ");\n";
   const std::string answer = parse("a.js", bytes);
@@ -148,7 +148,7 @@ TEST(Inputs, OfTwoHundredThousandLinesHalfAreRead) {
   EXPECT_EQ(valuesOf(answer, "nodeID").back(), "100002");
 }
 
-TEST(Inputs, HeadsWithoutEndNestToTheLimit) {
+TEST(Inputs, UnclosedHeadsNestToTheLimit) {
   std::string bytes;
   for (int i = 0; i < 3000; ++i) bytes += "function f() {\n";
   const Values parents = valuesOf(parse("a.js", bytes), "parentID");
@@ -158,7 +158,7 @@ TEST(Inputs, HeadsWithoutEndNestToTheLimit) {
   EXPECT_EQ(parents.back(), "1001") << "the rest are siblings in it";
 }
 
-TEST(Inputs, AFileCutShortAnywhereGetsAnArray) {
+TEST(Inputs, ATruncatedFileReturnsAnArray) {
   const std::string whole =
       "/* c */ import a from 'a';\r\nclass B {\n\tm(x) {\n\t\treturn `${x}`; // d\n\t}\n}\n"
       "#ifdef X\nif (a) { b(\"}\"); } else {\n#endif\nconst f = y => {\n};\n";

@@ -32,7 +32,7 @@ std::string parsePrinted(const std::string& path) {
   return support::stdoutOf([&] { ParseJS(path.c_str(), nullptr); });
 }
 
-TEST(ParseJS, SaysThatAFileDoesNotOpen) {
+TEST(ParseJS, ReportsAFileThatDoesNotOpen) {
   const std::string path = TempDir().path("gone.js");  // its directory no longer exists
   EXPECT_EQ(parse(path), "[{\"error\": \"Could not open file: " + path + "\"}]");
   EXPECT_EQ(parse(""), "[{\"error\": \"Could not open file: \"}]");
@@ -60,7 +60,7 @@ TEST(ParseJS, EscapesThePathInErrorAnswers) {
   }
 }
 
-TEST(ParseJS, GivesThePathUnchangedInEveryRecord) {
+TEST(ParseJS, WritesThePathUnchangedInEveryRecord) {
   const TempDir directory;
   for (const PathCase& row : kPaths) {
     const std::string path = directory.write(row.name, "a();\n");
@@ -73,7 +73,7 @@ TEST(ParseJS, GivesThePathUnchangedInEveryRecord) {
   EXPECT_EQ(valuesOf(parse(detour), "contents").front(), "\"a.js\"");
 }
 
-TEST(ParseJS, SaysThatAFileIsEmpty) {
+TEST(ParseJS, ReportsAnEmptyFile) {
   const TempDir directory;
   for (const char* name : {"a.js", "a.html", "a.txt"}) {
     const std::string path = directory.write(name, "");
@@ -88,7 +88,7 @@ TEST(ParseJS, ReadsADirectoryAsAnEmptyFile) {
   EXPECT_EQ(parse(path), "[{\"error\": \"File is empty: " + path + "\"}]");
 }
 
-TEST(ParseJS, SaysThatAFileItMayNotReadDoesNotOpen) {
+TEST(ParseJS, ReportsAFileItMayNotReadAsNotOpening) {
   if (geteuid() == 0) GTEST_SKIP() << "root may read everything";
   const TempDir directory;
   const std::string path = directory.write("secret.js", "a();\n");
@@ -107,7 +107,7 @@ TEST(ParseJS, MakesNoNodeAndPrintsNothingForAnErrorAnswer) {
   }
 }
 
-TEST(ParseJS, ResetsTheStateOfTheRunWhateverComesOfIt) {
+TEST(ParseJS, ResetsTheRunStateOnEveryOutcome) {
   const TempDir directory;
   for (const std::string& path :
        {directory.path("gone.js"), directory.write("empty.js", ""), directory.write("a.js", "a")}) {
@@ -179,7 +179,7 @@ constexpr DefinesCase kDefines[] = {
     {"caf\xC3\xA9", "caf\xC3\xA9", "defines are not cleaned"},
 };
 
-TEST(ParseJS, GivesTheDefinesARecord) {
+TEST(ParseJS, WritesARecordForTheDefines) {
   const TempDir directory;
   const std::string path = directory.write("a.js", "a();\n");
   for (const DefinesCase& row : kDefines) {
@@ -238,7 +238,7 @@ TEST(ParseJS, AnswersTheSameInEitherOrder) {
   for (std::size_t i = 0; i < paths.size(); ++i) EXPECT_EQ(parse(paths[i]), answers[i]) << paths[i];
 }
 
-TEST(ParseJS, LeavesTheSamplePathAlone) {
+TEST(ParseJS, DoesNotChangeTheSamplePath) {
   const TempDir directory;
   const std::string before = startPath;
   parse(directory.write("a.js", "a();\n"));

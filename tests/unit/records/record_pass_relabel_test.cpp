@@ -120,7 +120,7 @@ constexpr RelabelCase kCases[] = {
     {"Import a", "class", "line", "line", "", "old", ""},
 };
 
-TEST(Relabel, TheFirstRuleThatHoldsDecides) {
+TEST(Relabel, TheFirstMatchingRuleDecides) {
   for (const RelabelCase& row : kCases) {
     SCOPED_TRACE(std::string(row.contents) + " under " + row.parentLabel + "  // " + row.why);
     ObjectBranch* parent = addNode(newRoot(), kBranchContainer, row.parentLabel, "parent");
@@ -150,7 +150,7 @@ constexpr TagCase kTagCases[] = {
     {"a();", "\n      \"src\"\n", "\n      \"src\"\n"},
 };
 
-TEST(Relabel, AddsToTheTagsThatAreThere) {
+TEST(Relabel, AddsToExistingTags) {
   for (const TagCase& row : kTagCases) {
     SCOPED_TRACE(std::string(row.contents) + " with " + testing::PrintToString(row.before));
     ObjectBranch* root = newRoot();
@@ -211,7 +211,7 @@ TEST(Relabel, TheRootKeepsItsLabelWhateverItsName) {
   }
 }
 
-TEST(Relabel, AnOrphanKeepsWhatTheParserGaveIt) {
+TEST(Relabel, AnOrphanKeepsTheParsersFields) {
   ObjectBranch* root = newRoot();
   ObjectBranch* orphan = addNode(addLine(root, "{"), kBranchClass, "class", "x = 1");
   ObjectBranch* below = addLine(orphan, "x = 1");

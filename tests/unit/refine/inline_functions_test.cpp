@@ -255,7 +255,7 @@ constexpr LeafCase kLeaves[] = {
     {"x = 1 \0{"sv, "define", "classvar", 12, "a NUL ends the text"},
 };
 
-TEST(GenerateInlineFunctions, LabelsTheLeafByWhatIsLeftOver) {
+TEST(GenerateInlineFunctions, LabelsTheLeafByTheRemainder) {
   for (const LeafCase& row : kLeaves) {
     SCOPED_TRACE(testing::PrintToString(std::string(row.contents)) + ", " + row.label + "  // " +
                  row.why);
@@ -269,7 +269,7 @@ TEST(GenerateInlineFunctions, LabelsTheLeafByWhatIsLeftOver) {
   }
 }
 
-TEST(GenerateInlineFunctions, OfNothing) {
+TEST(GenerateInlineFunctions, IgnoresANullNode) {
   currentIndex = 5;
   GenerateInlineFunctions(nullptr, true);
   EXPECT_EQ(currentIndex, 5);
@@ -288,7 +288,7 @@ TEST(GenerateInlineFunctions, SplitsLeavesOnly) {
             R"(line"g;"@0(line"g"@0)))");
 }
 
-TEST(GenerateInlineFunctions, StartsEachLeafAnew) {
+TEST(GenerateInlineFunctions, StartsOverForEachLeaf) {
   ObjectBranch* root = addNode(nullptr, kBranchFilePath, "filepath", "a.txt");
   for (const char* contents : {"a { left", "b; left", "} left", "c;"})
     addNode(root, kBranchLine, "line", contents);
@@ -298,20 +298,20 @@ TEST(GenerateInlineFunctions, StartsEachLeafAnew) {
             R"(line"c;"@0(line"c"@0))");
 }
 
-TEST(GenerateInlineFunctions, DoesNotSplitWhatItMade) {
+TEST(GenerateInlineFunctions, DoesNotSplitNewNodes) {
   ObjectBranch* leaf = newLeaf("x { a; b; c; }");
   GenerateInlineFunctions(leaf, true);
   EXPECT_EQ(dumpChildren(leaf), R"(container"x"@7(line"a ; b ; c ;"@7))");
 }
 
-TEST(GenerateInlineFunctions, TakesARootWithoutChildrenForALeaf) {
+TEST(GenerateInlineFunctions, TreatsAChildlessRootAsALeaf) {
   ObjectBranch* root = addNode(nullptr, kBranchFilePath, "filepath", "x = 1");
   GenerateInlineFunctions(root, true);
   EXPECT_EQ(root->branchTypeAsString, "classvar");
   EXPECT_EQ(root->branchType, kBranchClassVar);
 }
 
-TEST(GenerateInlineFunctions, DoesNotReadTheBool) {
+TEST(GenerateInlineFunctions, IgnoresTheBool) {
   ObjectBranch* first = newLeaf("a; x { b } y = 1");
   GenerateInlineFunctions(first, true);
   ObjectBranch* second = newLeaf("a; x { b } y = 1");

@@ -260,7 +260,7 @@ constexpr LettersCase kLetters[] = {
     {"Greet", false},
 };
 
-TEST(QualifiedNames, AnyTextWithTheLettersBecomesAClass) {
+TEST(QualifiedNames, AnyTextThatContainsClassBecomesAClass) {
   for (const LettersCase& row : kLetters) {
     ObjectBranch* node = addNode(nullptr, kBranchLoop, "loop", std::string(row.contents));
     SpelunkForClasses(node);
@@ -317,7 +317,7 @@ TEST(QualifiedNames, ExpandGoesDownToTheFirstClassOnEachPath) {
   EXPECT_EQ(a->children[0]->children[0]->branchType, 3U);
 }
 
-TEST(QualifiedNames, SpelunkLooksAtTheNodeItself) {
+TEST(QualifiedNames, SpelunkChecksTheNodeItself) {
   ObjectBranch* root = treeWithClasses();
   SpelunkForClasses(root);
   root->children.erase(root->children.begin() + 1);
@@ -326,7 +326,7 @@ TEST(QualifiedNames, SpelunkLooksAtTheNodeItself) {
             "line\"d\"@0(loop\"e\"@0(line\"class f\"@0) line\"class g\"@0))");
 }
 
-TEST(QualifiedNames, SpelunkPassesOverEmptyEntries) {
+TEST(QualifiedNames, SpelunkSkipsNullEntries) {
   ObjectBranch* top = addNode(nullptr, kBranchLine, "line", "a");
   top->children.push_back(nullptr);
   addNode(top, kBranchLine, "line", "class b");

@@ -110,7 +110,7 @@ TEST(RemoveBraceOnlyNodes, Texts) {
   }
 }
 
-TEST(RemoveBraceOnlyNodes, TheNodeItselfIsNotLookedAt) {
+TEST(RemoveBraceOnlyNodes, TheNodeItselfIsNotChecked) {
   ObjectBranch* top = line(nullptr, "{");
   line(top, "a");
   line(top, "}");
@@ -143,7 +143,7 @@ TEST(RemoveBraceOnlyNodes, Siblings) {
   }
 }
 
-TEST(RemoveBraceOnlyNodes, EmptyEntriesGo) {
+TEST(RemoveBraceOnlyNodes, NullEntriesAreRemoved) {
   ObjectBranch* top = root();
   top->children = {nullptr, nullptr};
   ObjectBranch* a = line(top, "a");
@@ -175,7 +175,7 @@ TEST(RemoveBraceOnlyNodes, AtEveryDepth) {
 
 // required: the subtree below a brace leaves the tree with it; it is neither moved up nor
 // destroyed.
-TEST(RemoveBraceOnlyNodes, TheWholeSubtreeLeaves) {
+TEST(RemoveBraceOnlyNodes, TheWholeSubtreeIsRemoved) {
   currentIndex = 20;
   objectCount = 30;
   ObjectBranch* top = root();

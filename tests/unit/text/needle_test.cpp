@@ -22,7 +22,7 @@ struct Row {
   std::string_view why;
 };
 
-TEST(Needle, IsFoundWhereverItStands) {
+TEST(Needle, IsFoundAtAnyPosition) {
   constexpr Needle kNeedle = "export ";
   constexpr Row kRows[] = {
       {"export ", true, "the whole text"},
@@ -49,7 +49,7 @@ TEST(Needle, OfOneByte) {
 }
 
 // Each text fills its own allocation, so that a sanitizer detects a read past its end.
-TEST(Needle, IsLookedForWithinTheText) {
+TEST(Needle, IsSearchedWithinTheTextOnly) {
   constexpr Needle kNeedles[] = {"=>", "export ", "aab"};
   for (const Needle& needle : kNeedles) {
     for (std::size_t size = needle.text().size(); size <= 80; ++size) {

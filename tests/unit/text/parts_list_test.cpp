@@ -116,7 +116,7 @@ TEST(PartsList, Dots) {
   });
 }
 
-TEST(PartsList, GluedOperators) {
+TEST(PartsList, JoinedOperators) {
   expectParts({
       {"i++;", {"i", "++", ";"}},
       {"a===b", {"a", "===", "b"}},

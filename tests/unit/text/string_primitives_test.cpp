@@ -26,7 +26,7 @@ std::vector<std::string> everyText(std::string_view alphabet, std::size_t maxLen
   return texts;
 }
 
-TEST(BothAreSpaces, TwoBlanksAndNothingElse) {
+TEST(BothAreSpaces, OnlyForTwoBlanks) {
   struct Case {
     char a;
     char b;
@@ -195,7 +195,7 @@ TEST(TrimAndReduce, IsTrimAfterTheConversion) {
 }
 
 // The result is a slice of the text itself, unless something inside needs collapsing.
-TEST(TrimAndReduceView, CopiesOnlyWhatHasToChange) {
+TEST(TrimAndReduceView, CopiesOnlyIfNeeded) {
   for (const std::string& original : everyText("ab \t\f\n", 6)) {
     const std::string trimmed = trim(original);
     const bool changes = ConvertWhiteSpacesToSingleSpace(trimmed) != trimmed;
@@ -336,7 +336,7 @@ TEST(Contains, AnywhereInTheText) {
   }
 }
 
-TEST(ContainsWord, IsNoWordSearch) {
+TEST(ContainsWord, IgnoresWordBoundaries) {
   for (const SearchCase& row : kSearchCases) {
     SCOPED_TRACE(testing::PrintToString(row.needle) + " in " +
                  testing::PrintToString(row.haystack) + " " + std::string(row.why));

@@ -27,7 +27,7 @@ TEST(ObjectBranchList, PreOrder) {
   EXPECT_EQ(list, (List{root, a, c, b})) << "a second time adds nothing";
 }
 
-TEST(ObjectBranchList, GoesDownFromAnyNode) {
+TEST(ObjectBranchList, StartsAtAnyNode) {
   ObjectBranch* root = nodeOf(0);
   ObjectBranch* a = nodeOf(1, root);
   ObjectBranch* b = nodeOf(2, a);

@@ -39,7 +39,7 @@ TEST(ObjectBranchTeardown, TheRootOfARunOnlyLosesItsChildren) {
   EXPECT_EQ(visited, (std::set<ObjectBranch*>{root}));
 }
 
-TEST(ObjectBranchTeardown, AnyOtherNodeGoesWithAllBelow) {
+TEST(ObjectBranchTeardown, AnyOtherNodeIsDestroyedWithItsSubtree) {
   ObjectBranch* parent = nodeOf(4);
   ObjectBranch* node = nodeOf(5, parent);
   ObjectBranch* child = nodeOf(6, node);
@@ -57,7 +57,7 @@ TEST(ObjectBranchTeardown, AnyOtherNodeGoesWithAllBelow) {
   EXPECT_EQ(objectCount, 9);
 }
 
-TEST(ObjectBranchTeardown, StopsAtTheNumberZeroWhereverItStands) {
+TEST(ObjectBranchTeardown, StopsAtNumberZeroAnywhere) {
   ObjectBranch* node = nodeOf(5);
   ObjectBranch* zero = nodeOf(0, node);
   ObjectBranch* below = nodeOf(7, zero);
@@ -80,7 +80,7 @@ TEST(ObjectBranchTeardown, ANodeThatIsItsOwnChild) {
   EXPECT_EQ(watch.releases(), (std::vector<int>{1, 1}));
 }
 
-TEST(ObjectBranchTeardown, ACircleAndANodeReachedTwice) {
+TEST(ObjectBranchTeardown, ACycleAndASharedNode) {
   ObjectBranch* top = nodeOf(5);
   ObjectBranch* left = nodeOf(6, top);
   ObjectBranch* right = nodeOf(7, top);
@@ -94,7 +94,7 @@ TEST(ObjectBranchTeardown, ACircleAndANodeReachedTwice) {
   EXPECT_EQ(visited, (std::set<ObjectBranch*>{top, left, right, shared}));
 }
 
-TEST(ObjectBranchTeardown, VisitedNodesArePassedOver) {
+TEST(ObjectBranchTeardown, VisitedNodesAreSkipped) {
   ObjectBranch* node = nodeOf(5);
   ObjectBranch* spared = nodeOf(6, node);
   ObjectBranch* below = nodeOf(7, spared);

@@ -46,7 +46,7 @@ TEST(Walk, OneNode) { EXPECT_EQ(visited(node(nullptr, "a")), "a"); }
 
 TEST(Walk, Null) { EXPECT_EQ(visited(nullptr), ""); }
 
-TEST(Walk, NullChildrenArePassedOver) {
+TEST(Walk, NullChildrenAreSkipped) {
   ObjectBranch* a = node(nullptr, "a");
   a->children = {nullptr, nullptr};
   ObjectBranch* b = node(a, "b");
@@ -56,7 +56,7 @@ TEST(Walk, NullChildrenArePassedOver) {
   EXPECT_EQ(visited(a), "abc");
 }
 
-TEST(Walk, StopsWhereTheVisitSaysSo) {
+TEST(Walk, StopsWhereTheVisitDeclines) {
   EXPECT_EQ(visited(smallTree(), "b"), "abefgh");
   EXPECT_EQ(visited(smallTree(), "f"), "abcdef");
   EXPECT_EQ(visited(smallTree(), "bf"), "abef");
