@@ -138,7 +138,7 @@ TEST(Deep, BracesAroundAStatement) {
   const std::string_view answer = parse(repeat("{", depth) + "x;" + repeat("}", depth) + "y;\n");
   EXPECT_EQ(answer, answerHead(listOf(3)) + ",\n" + textOf({1, "", 2, -1, "line", "", "x"}) +
                         ",\n" + textOf({1, "", 3, 1, "line", "", "y"}) + "\n]\n")
-      << "x has lost its parent, and y stands in the wrapper again";
+      << "x has lost its parent, and y is in the wrapper again";
   EXPECT_EQ(static_cast<std::size_t>(currentIndex), depth + 7);
 }
 

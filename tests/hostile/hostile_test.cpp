@@ -90,7 +90,7 @@ struct Yield {
 constexpr std::array<Yield, 20> kYields{
     {{"page_script_openers", 12'500, 0, "an element each 8 bytes"},
      {"page_inline_scripts", 16'500, 0, "an element, a script and a line each 18"},
-     {"page_text_under_a_long_tag", 18'900, 0, "an element each 5, behind the tag"},
+     {"page_text_under_a_long_tag", 18'900, 0, "an element each 5, after the tag"},
      {"page_open_tags", 33'300, 0, "an element each 3"},
      {"page_tags_over_the_limit", 7, 70'000, "seven tags of 10,000 bytes and more"},
      {"page_paragraphs_never_closed", 20'000, 0, "an element each 5"},

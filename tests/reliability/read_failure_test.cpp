@@ -121,7 +121,7 @@ std::size_t failEachRead(std::size_t bytes, Parse parse) {
       return number == failing ? -EIO : atMost;
     });
     EXPECT_EQ(answer, kIoError) << "read " << failing << " of " << total;
-    EXPECT_EQ(seen.reads, failing + 1) << "nothing is read behind an error";
+    EXPECT_EQ(seen.reads, failing + 1) << "nothing is read after an error";
     if (testing::Test::HasFailure()) break;
   }
   return total;

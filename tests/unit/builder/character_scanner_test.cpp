@@ -116,7 +116,7 @@ constexpr StatementCase kContinuations[] = {
     {"\\\nx\n", R"(line"\\x"@2)", ""},
     {"a\\\\\nb;\n", R"(line"a\\\\b"@2)", "two do not cancel each other"},
     {"a\\b\nc;\n", R"(line"a\\b"@1 line"c"@2)", ""},
-    {"a\t\\\nb;\n", R"(line"a \\b"@2)", "a tab is no blank here"},
+    {"a\t\\\nb;\n", R"(line"a \\b"@2)", "a tab is not a blank here"},
     {"a\\\n\n\nb;\n", R"(line"a\\b"@4)", "empty lines continue it too"},
     {"a\\\nb c\nd\n", R"(line"a\\b c"@2 line"d"@3)", ""},
     {"f(\\\na);\n", R"(line"f(\\a"@2)", "the text is kept in parentheses too"},
@@ -166,8 +166,7 @@ TEST(CharacterScanner, DropsBracketsOfOtherText) { expectStatements(kOtherBracke
 constexpr StatementCase kOddBytes[] = {
     {"a\0b;\n"sv, "line\"a\0b\"@1"sv, "a NUL is an ordinary byte"},
     {"\0\n"sv, "line\"\0\"@1"sv, ""},
-    {"s\0'a;b';c;\n"sv, "line\"s\0\\'a;b\\'\"@1 line\"c\"@1"sv,
-     "and the text behind it is scanned"},
+    {"s\0'a;b';c;\n"sv, "line\"s\0\\'a;b\\'\"@1 line\"c\"@1"sv, "and the text after it is scanned"},
     {"s = '\\\0'; b;\n"sv, "classvar\"s = \\'\\\\\0\\'\"@1 line\"b\"@1"sv, ""},
     {"\x80\xFF;\n", "line\"\x80\xFF\"@1", "so are bytes outside ASCII"},
     {"\x01\x7F\n", "line\"\x01\x7F\"@1", ""},
@@ -200,7 +199,7 @@ constexpr ChunkCase kChunks[] = {
     {"", "f(a) {", "", ""},
     {"", "a b }", "", ""},
     {"", "}a", "a", ""},
-    {"", "a}}}b", "", "nothing is scanned behind an error"},
+    {"", "a}}}b", "", "nothing is scanned after an error"},
     {"", "c\\\n", "c\\", ""},
     {"", "a\\ b\nc\n", "a\\ bc", "continued to the end"},
     {"", "s = 'b;\nc;\n", "s = 'b;\nc;\n", "an open string"},
@@ -246,7 +245,7 @@ TEST(CharacterScannerLimit, TheLastByteWithinItIsScanned) {
   EXPECT_EQ(dumpStatements(runScanner({text}).answer), R"(line"y"@2)");
   EXPECT_EQ(chunk, "");
   EXPECT_EQ(dumpStatements(runScanner({text + "z;z\n"}).answer), R"(line"y"@2)");
-  EXPECT_EQ(chunk, "") << "the rest is not looked at";
+  EXPECT_EQ(chunk, "") << "the rest is ignored";
 }
 
 TEST(CharacterScannerLimit, TheNextByteIsNot) {

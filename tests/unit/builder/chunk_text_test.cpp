@@ -74,10 +74,10 @@ constexpr Row kRows[] = {
     {"x\\ y", {false, false, true}, ""},
     {"x\\ y ", {false, false, false}, ""},
     {"x \\", {false, false, false}, ""},
-    {" \\", {false, false, false}, "nothing stands before the blank"},
+    {" \\", {false, false, false}, "nothing comes before the blank"},
     {"\\\\", {false, false, true}, ""},
     {"x\\y", {false, false, false}, ""},
-    {"x\t\\", {false, false, true}, "a tab is no blank"},
+    {"x\t\\", {false, false, true}, "a tab is not a blank"},
 };
 
 TEST(ChunkText, Rows) {

@@ -115,7 +115,7 @@ constexpr StatementCase kStatements[] = {
     {"import\ta;\n", "", ""},
     {", import a;\n", "", ""},
     {") import a;\n", "", ""},
-    {"import;\n", R"(define"import"@1)", "no blank behind it"},
+    {"import;\n", R"(define"import"@1)", "no blank after it"},
     {"import(a);\n", R"(define"import(a"@1)", ""},
     {"imports a;\n", R"(line"imports a"@1)", ""},
     {"Import a;\n", R"(line"Import a"@1)", ""},

@@ -118,7 +118,7 @@ TEST(ScannerRouteRuns, AppendsTheDefinesAfterBoth) {
   ScannerRequest request{"}}q;}}}"};
   request.defines = {"x = 1; class", "y"};
   const ScannerRun run = runScanner(request);
-  ASSERT_EQ(run.root->children.size(), 2u) << "behind the repaired namespace";
+  ASSERT_EQ(run.root->children.size(), 2u) << "after the repaired namespace";
   const ObjectBranch* defines = run.root->children[1];
   EXPECT_EQ(defines->contents, "x = 1; class\ny");
   EXPECT_EQ(defines->branchType, kBranchAppendedDefine);

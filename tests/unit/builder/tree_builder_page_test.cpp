@@ -89,7 +89,7 @@ TEST(TreeBuilderPage, RemovesBraceOnlyNodesWithTheirSubtrees) {
   EXPECT_EQ(elements.tree(), wrapped("htmlelement\"i\"@0"));
   EXPECT_EQ(valuesOf(elements.answer, "contents"),
             (Values{"\"a.html\"", "\"namespace document\"", "\"HTMLDocument\"", "\"i\""}))
-      << "what lies in them is no orphan either";
+      << "what lies in them is not an orphan either";
   EXPECT_EQ(pageOf("<script>\na({\n};\n</script>").tree(),
             wrapped("htmlelement\"script\"@0(class\"script\"@1(line\"a({\"@2))"));
 }

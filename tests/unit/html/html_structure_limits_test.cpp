@@ -98,7 +98,7 @@ TEST(PageLimits, ALongerTagIsCutAndSkippedToItsEnd) {
       << "the slash is cut off, so the element is open";
   EXPECT_EQ(pageRunOf(tagOf("a", "/y", kMaxTagBytes + 1) + "<b>").nodes(),
             "htmlelement\"a\"@0 htmlelement\"b\"@0")
-      << "the byte behind the slash is cut off, so the element is void";
+      << "the byte after the slash is cut off, so the element is void";
   EXPECT_EQ(pageRunOf("<a>" + tagOf("/", "x", 3 * kMaxTagBytes) + "<b>").nodes(),
             "htmlelement\"a\"@0 htmlelement\"b\"@0");
 }
@@ -137,7 +137,7 @@ TEST(PageLimits, TextIsCountedAfterItsLeadingLineFeeds) {
             "htmlelement\"p\"@0(htmlelement\"b\"@3)");
   EXPECT_EQ(pageRunOf("<p> " + std::string(kMaxTextBytes - 2, '\n') + "x<b>").nodes(),
             "htmlelement\"p: \"x\"\"@0(htmlelement\"b\"@9998)")
-      << "line feeds behind its first byte count";
+      << "line feeds after its first byte count";
   EXPECT_EQ(pageRunOf("<p> " + std::string(kMaxTextBytes - 1, '\n') + "x<b>").nodes(),
             "htmlelement\"p\"@0(htmlelement\"b\"@9999)");
 }

@@ -81,7 +81,7 @@ constexpr ScriptCase kInline[] = {
     {"<script>a</script>b<p>",
      "htmlelement\"script\"@0(class\"script\"@1(line\"a\"@1)) "
      "htmlelement\"p\"@0",
-     "text behind it is not its own"},
+     "text after it is not its own"},
     {"<p><script>1</script><script>2</script>",
      "htmlelement\"p\"@0(htmlelement\"script\"@0(class\"script\"@1(line\"1\"@1)) "
      "htmlelement\"script\"@0(class\"script\"@1(line\"2\"@1)))",
@@ -111,7 +111,7 @@ constexpr ScriptCase kOrdinary[] = {
      "htmlelement\"p\"@0",
      "but read as page text"},
     {"<script src>x();</script>", "htmlelement\"script\"@0(class\"script src\"@1(line\"x();\"@1))",
-     "required: without the sign it is no src"},
+     "required: without the sign it is not a src"},
     {"<script src=>x</script>", "htmlelement\"script[src]: \"x\"\"@0", "an empty one is"},
     {"<script data-src=\"a\">x</script>", "htmlelement\"script[src]: \"x\"\"@0(link\"src: a\"@0)",
      "required: any name that ends so"},

@@ -180,7 +180,7 @@ TEST_F(ListedDirectory, AcceptsAPathWithOrWithoutASlash) {
   const std::string path = root_.path("src");
   EXPECT_EQ(GetFilesInDirectory(path + "/"), GetFilesInDirectory(path));
   EXPECT_EQ(sorted(GetFilesInDirectory(path + "//")), behind(path + "//"))
-      << "a path that ends in a slash is taken as it stands";
+      << "a path that ends in a slash is kept as it is";
 }
 
 TEST_F(ListedDirectory, KeepsARelativePath) {
@@ -499,7 +499,7 @@ TEST(ExtractNamespaceName, Table) {
       {"namespace ", ""},
       {"namespace\tA", ""},
       {"namespace\nA", ""},
-      {"namespace  A", "", "the name begins right behind the first blank"},
+      {"namespace  A", "", "the name begins right after the first blank"},
       {"namespace A", "A"},
       {"using namespace std;", "std"},
       {"mynamespace x", "x", "required: no word boundary"},
@@ -514,7 +514,7 @@ TEST(ExtractNamespaceName, Table) {
       {"namespace $a", ""},
       {"namespace A\0B"sv, "A", "NUL ends the name"},
       {"\0namespace A"sv, "A", "but not the search"},
-      {"namespace a\xC3\xA9", "a", "bytes beyond ASCII are no letters"},
+      {"namespace a\xC3\xA9", "a", "bytes beyond ASCII are not letters"},
   };
   for (const TextCase& row : kCases) {
     SCOPED_TRACE(testing::PrintToString(row.text) + " " + std::string(row.why));
@@ -526,7 +526,7 @@ TEST(GetFileNameWithoutExtension, Table) {
   constexpr TextCase kCases[] = {
       {"/a/b.tar.gz", "b.tar"},
       {"C:\\x\\y.js", "y", "a backslash separates too"},
-      {"/a/.hidden", "", "all behind the last dot is extension"},
+      {"/a/.hidden", "", "all after the last dot is extension"},
       {"/a.b/c", "c", "a dot in a folder is none in the file"},
       {"a.b\\c", "c"},
       {"a.js", "a"},
@@ -537,7 +537,7 @@ TEST(GetFileNameWithoutExtension, Table) {
       {"..", "."},
       {"", ""},
       {"/", ""},
-      {"a.b/", "", "nothing behind the last separator"},
+      {"a.b/", "", "nothing after the last separator"},
       {"a\\b/c.d", "c", "the later separator counts, whichever it is"},
       {"a/b\\c.d", "c", "the later separator counts, whichever it is"},
       {"a b.js ", "a b", "nothing is trimmed"},
@@ -559,7 +559,7 @@ TEST(SanitizeFileName, Table) {
       {"@AZ[`az{/09:", "AZaz09", "the neighbours of the ranges go"},
       {"^_`", "_"},
       {"a\0b"sv, "ab"},
-      {"caf\xC3\xA9", "caf", "bytes beyond ASCII are no letters"},
+      {"caf\xC3\xA9", "caf", "bytes beyond ASCII are not letters"},
       {"../etc/passwd", "etcpasswd"},
   };
   for (const TextCase& row : kCases) {

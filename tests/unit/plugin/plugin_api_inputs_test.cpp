@@ -153,7 +153,7 @@ TEST(Inputs, UnclosedHeadsNestToTheLimit) {
   for (int i = 0; i < 3000; ++i) bytes += "function f() {\n";
   const Values parents = valuesOf(parse("a.js", bytes), "parentID");
   ASSERT_EQ(parents.size(), 3u + 3000u);
-  EXPECT_EQ(parents[3 + 998], "1000") << "the last scope that fits hangs under the one before it";
+  EXPECT_EQ(parents[3 + 998], "1000") << "the last scope that fits is under the one before it";
   EXPECT_EQ(parents[3 + 999], "1001");
   EXPECT_EQ(parents.back(), "1001") << "the rest are siblings in it";
 }

@@ -168,7 +168,7 @@ constexpr DefinesCase kDefines[] = {
     {"A", "A", "no line feed is needed"},
     {"A\n", "A", ""},
     {"\nA", "A", ""},
-    {"A\n\nB\n", "A\\nB", "the empty line is no entry"},
+    {"A\n\nB\n", "A\\nB", "the empty line is not an entry"},
     {"B\nA\nB", "B\\nA\\nB", "in order, and twice if given twice"},
     {"A\r\nB", "A\\r\\nB", "a carriage return is part of its entry"},
     {"A\n  \nB", "A\\n  \\nB", "a line of blanks is an entry"},

@@ -57,7 +57,7 @@ TEST(RecordPassHiddenChild, HidesTheLastMarkedFunctionFromItsParent) {
        "the last one wins"},
       {{{"line", "a"}, {"function", "function TTTT() {"}},
        "[   \n      2,\n      3\n    ",
-       "four are no mark"},
+       "four are not a marker"},
       {{{"line", "a"}, {"function", "function ttttt() {"}},
        "[   \n      2,\n      3\n    ",
        "the case counts"},

@@ -224,7 +224,7 @@ TEST(RecordPass, OrphansTheChildrenOfADroppedNode) {
   EXPECT_EQ(valuesOf(run.answer, "parentID"), (Values{"-1", "-1", "1", "0"}));
   EXPECT_EQ(valuesOf(run.answer, "branchTypeAsString"),
             (Values{"\"filepath\"", "\"line\"", "\"logic\"", "\"line\""}))
-      << "the orphan is not relabelled, what stands below it is";
+      << "the orphan is not relabelled, but the nodes below it are";
   EXPECT_EQ(orphan->parent, nullptr);
   EXPECT_EQ(below->parent, orphan);
   EXPECT_EQ(root->children, std::vector<ObjectBranch*>{last}) << "an orphan is not lifted up";

@@ -28,7 +28,7 @@ TEST(RecordText, KeepsItsTextWhileItGrows) {
   }
   EXPECT_EQ(text.view(), expected);
   const MallocText taken = std::move(text).take().text;
-  EXPECT_EQ(std::string(taken.get()), expected) << "with a NUL right behind it";
+  EXPECT_EQ(std::string(taken.get()), expected) << "with a NUL right after it";
 }
 
 TEST(RecordText, CommitsTextWrittenInPlace) {

@@ -309,7 +309,7 @@ TEST(QualifiedNames, ExpandGoesDownToTheFirstClassOnEachPath) {
   ASSERT_EQ(root->children.size(), 3U);
   EXPECT_EQ(root->children[1], nullptr) << "an empty entry stays";
   root->children.erase(root->children.begin() + 1);
-  EXPECT_EQ(support::dumpTree(root), kExpanded) << "the root is not looked at";
+  EXPECT_EQ(support::dumpTree(root), kExpanded) << "the root is ignored";
   EXPECT_EQ(root->branchType, 11U);
   const ObjectBranch* a = root->children[0];
   EXPECT_EQ(a->branchType, 13U);

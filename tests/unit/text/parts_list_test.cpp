@@ -111,7 +111,7 @@ TEST(PartsList, Dots) {
       {"(1).a", {"(", "1", ")", ".", "a"}},
       {"0.a9.b", {"0.a9.b"}},
       {"a9.b.c", {"a9.b", ".", "c"}},
-      {"/.a", {"/", ".", "a"}, "the bytes beside the digits are no digits"},
+      {"/.a", {"/", ".", "a"}, "the bytes beside the digits are not digits"},
       {"2:.a", {"2", ":", ".", "a"}},
   });
 }

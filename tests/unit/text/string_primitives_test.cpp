@@ -209,7 +209,7 @@ TEST(TrimAndReduceView, CopiesOnlyIfNeeded) {
 TEST(FirstWord, Table) {
   constexpr TextCase kCases[] = {
       {"", ""},
-      {"foo(bar)", "foo", "stops at the first byte that is no word byte"},
+      {"foo(bar)", "foo", "stops at the first byte that is not a word byte"},
       {"#include <x>", "#include", "# is a word byte"},
       {"a_b1#c.d", "a_b1#c"},
       {"$x = 1", "", "$ is not"},
@@ -368,7 +368,7 @@ constexpr OutsideCase kOutsideCases[] = {
     {"", "?", false},
     {"", "", false, "an empty needle is contained but equals no byte"},
     {"a", "", false},
-    {R"(a = "?" ? 1 : 2)", "?", true, "the second mark stands outside the quotes"},
+    {R"(a = "?" ? 1 : 2)", "?", true, "the second mark is outside the quotes"},
     {R"("?")", "?", false},
     {R"(x="?)", "?", false, "an open quote runs to the end"},
     {R"("a" ? "b")", "?", true},

@@ -51,7 +51,7 @@ TEST(ObjectBranchTeardown, AnyOtherNodeIsDestroyedWithItsSubtree) {
   DeleteNodeTree(node, visited);
   EXPECT_EQ(watch.releases(), (std::vector<int>{1, 1, 1, 0}));
   EXPECT_EQ(visited, (std::set<ObjectBranch*>{node, child, unnumbered}));
-  EXPECT_EQ(parent->children, (List{node})) << "the parent is not told";
+  EXPECT_EQ(parent->children, (List{node})) << "the parent is not changed";
   EXPECT_EQ(allAllocatedNodes.size(), registered);
   EXPECT_EQ(allAllocatedNodes.count(node) + allAllocatedNodes.count(child), 2U);
   EXPECT_EQ(objectCount, 9);
