@@ -137,7 +137,7 @@ TEST(ObjectBranch, WordOfEachCode) {
   for (const WordCase& row : kWords) {
     ObjectBranch node;
     node.branchType = row.code;
-    node.branchTypeAsString = "its own label";
+    node.branchTypeAsString = "a label of its own";
     EXPECT_EQ(row.code, row.number);
     EXPECT_EQ(branchTypeAsString(node), row.word) << "code " << row.number;
     EXPECT_EQ(node.branchTypeAsString, "a label of its own");
