@@ -57,10 +57,11 @@ Version askVersion(const WorkerTask& task) {
     frame = nextFrame(worker, task.limits, task.limits.time);
     if (!frame) throw noVersion(failureByTime(task.limits));
   }
-  if (frame->kind == FrameKind::kUnusable) throw Failure(frame->message);
-  if (frame->kind == FrameKind::kThrew) throw noVersion(failureByException(frame->message));
+  // A module that was loaded has something to end, too, even if it cannot be used.
   const std::optional<ProcessEnd> end = worker.waitForEnd(
       std::chrono::duration_cast<std::chrono::milliseconds>(task.timeBesidesFiles + kTimeGrace));
+  if (frame->kind == FrameKind::kUnusable) throw Failure(frame->message);
+  if (frame->kind == FrameKind::kThrew) throw noVersion(failureByException(frame->message));
   const bool diagnosticsLost = end && end->isWithStatus(kWorkerLostDiagnostics);
   return {frame->text, frame->diagnosticsLost || diagnosticsLost};
 }
