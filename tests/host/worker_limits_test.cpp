@@ -74,7 +74,7 @@ class StoppedWorkers : public testing::Test {
     inputs_.reportCount = 1;
     inputs_.fileCount = 1;
     task_.plugin = ODD_PLUGIN_PATH;
-    task_.timeBesidesFiles = milliseconds(200);
+    task_.timeBesidesFiles = seconds(1);
     task_.inputs = &inputs_;
     task_.format = host::findFormat("raw");
     task_.diagnostics = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
@@ -106,9 +106,9 @@ TEST_F(StoppedWorkers, AreKilledWhileTheyLoadTheModule) {
   ::setenv("ODD_PLUGIN_STOPS_AT_LOAD", "1", 1);
   host::WorkerPool pool(task_, 1, false);
   EXPECT_EQ(failureOf([&] { pool.waitFor(0, idle_); }),
-            "cannot load the plug-in: not loaded after 0.2 s");
+            "cannot load the plug-in: not loaded after 1 s");
   EXPECT_EQ(failureOf([&] { host::askVersion(task_); }),
-            "cannot load the plug-in: not loaded after 0.2 s");
+            "cannot load the plug-in: not loaded after 1 s");
 }
 
 TEST_F(StoppedWorkers, AreKilledWhenTheyDoNotEnd) {

@@ -308,11 +308,11 @@ TEST_F(BadFiles, MayThrow) {
 
 // A stopped process runs no timer.
 TEST_F(BadFiles, MayStopTheirWorker) {
-  const std::string told = "timed out after 0.2 s (--timeout)";
+  const std::string told = kTimedOut;
   for (const char* jobs : {"-j1", "-j2"}) {
     SCOPED_TRACE(jobs);
     EXPECT_EQ(
-        runOdd({jobs, "--timeout=0.2", "a", "stop", "stop-once", "b"}),
+        runOdd({jobs, "--timeout=1", "a", "stop", "stop-once", "b"}),
         (Outcome{
             1, answerTo("a") + errorAnswer("stop: " + told) + answerTo("stop-once") + answerTo("b"),
             "quorl-js: stop: " + told +
