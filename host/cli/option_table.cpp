@@ -77,9 +77,10 @@ constexpr std::array kOptions = {
                    "for no limit"},
     Option{.name = "--max-memory",
            .argument = "SIZE",
-           .help = "the most memory for a file, that is, the address space of the process that "
-                   "reads it; as much as the machine has without this option, at least 64M, and 0 "
-                   "for no limit"},
+           .help = "limit the memory for a file, that is, the address space of its worker, to "
+                   "SIZE, at least 64M (default: the workers share the memory of the machine or "
+                   "control group, and a file that needs more than a share gets all of it; 0 = no "
+                   "limit)"},
     Option{.name = "--max-output",
            .argument = "SIZE",
            .help = "the longest text that the plug-in may give for a file; no limit without this "
@@ -89,8 +90,8 @@ constexpr std::array kOptions = {
            .help = "the largest file that is read; 256M without this option, and 0 for no limit"},
     Option{.name = "--strict",
            .help = "let the run fail by what is only told otherwise: an entry below a directory "
-                   "that is no regular file, a file that was answered at the second attempt only, "
-                   "nothing to read at all"},
+                   "that is no regular file, a file that needed a second attempt or changed while "
+                   "it was read, nothing to read at all"},
     Option{.name = "--quiet",
            .shortName = "-q",
            .help = "tell nothing of single files on standard error, and let the plug-in tell "

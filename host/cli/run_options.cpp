@@ -11,6 +11,7 @@
 #include "cli/argument_parser.h"
 #include "cli/option_table.h"
 #include "cli/value_parsers.h"
+#include "system/memory_budget.h"
 #include "system/platform.h"
 
 namespace host {
@@ -118,9 +119,9 @@ RunOptions parseRunOptions(int argc, const char* const* argv) {
   result.times = arguments.isGiven("--times");
   result.jobs = std::min(availableCores(), kMaxJobs);
   withValue(arguments, "--jobs", [&](const auto& text) { return takeJobs(text, result.jobs); });
-  // A large file may well need gigabytes: its tree takes far more than its text.
-  result.limits.memory = machineMemory();
   readLimits(arguments, result.limits);
+  // A large file may well need gigabytes: its tree takes far more than its text.
+  if (!arguments.isGiven("--max-memory")) result.limits.memoryBudget = memoryBudget();
   result.strict = arguments.isGiven("--strict");
   result.quiet = arguments.isGiven("--quiet");
   result.progress = !arguments.isGiven("--no-progress");

@@ -17,8 +17,8 @@
 #include "sources/name_list.h"
 #include "system/platform.h"
 #include "workers/plugin_module.h"
+#include "workers/plugin_version.h"
 #include "workers/worker.h"
-#include "workers/worker_process.h"
 
 namespace host {
 namespace {

@@ -149,9 +149,11 @@ TEST_F(Module, ThatLacksAnEntryPointIsEndedInOrder) {
 }
 
 TEST_F(Module, ThatHangsOverItsVersionEndsTheRun) {
-  EXPECT_EQ(runProgram("/usr/bin/env", {"ODD_PLUGIN_HANGS=1", QUORL_JS_PATH, "--plugin",
-                                        ODD_PLUGIN_PATH, "--version", "--timeout=1"}),
-            (Outcome{2, "", "quorl-js: the plug-in ended its process\n"}));
+  EXPECT_EQ(
+      runProgram("/usr/bin/env", {"ODD_PLUGIN_HANGS=1", QUORL_JS_PATH, "--plugin", ODD_PLUGIN_PATH,
+                                  "--version", "--timeout=1"}),
+      (Outcome{2, "",
+               "quorl-js: cannot get the plug-in's version: timed out after 1 s (--timeout)\n"}));
 }
 
 TEST_F(Module, IsFoundInTheCurrentDirectoryByABareName) {
