@@ -56,7 +56,8 @@ extern QUORL_API std::int32_t currentIndex;
 extern QUORL_API std::int32_t objectCount;
 
 // A new node with the defaults above, registered and counted but not numbered; never null. Throws
-// std::runtime_error "Memory allocation failed for ObjectBranch".
+// std::runtime_error "Memory allocation failed for ObjectBranch" without memory for the node, and
+// std::bad_alloc without memory for its place in the registry; no node is left behind either way.
 QUORL_API ObjectBranch* allocateObjectBranch();
 
 // The word for the node's code; "function" for every code that has none of its own. Records carry
