@@ -16,7 +16,7 @@ extern QUORL_API std::string chunk;
 
 // Builds the tree of text under root, which the caller has numbered, and returns a stream with the
 // record array. A null root gives a stream with an error text. Empty namespaceName and className
-// ask for the wrapper nodes of the scanner route.
+// ask for the wrapper nodes of the scanner route. Throws std::bad_alloc rather than return a part.
 QUORL_API std::ostringstream TreeBuilderJS(std::string filePath, std::string namespaceName,
                                            std::string className, std::string text,
                                            bool isJavaScript, ObjectBranch* root,

@@ -15,7 +15,8 @@
 
 // The record array of the tree under root; "[]" for a null root. Changes nodeID, parent, children,
 // label, simpleFunctionName and tags of the nodes that get a record, and prints a line for each.
-// The string is handed to functionName, which does not read it.
+// The string is handed to functionName, which does not read it. Throws std::bad_alloc rather than
+// return a part.
 QUORL_API std::ostringstream StartGeneratingObjects(ObjectBranch* root, std::string className);
 
 // Whether the node's text is one of eleven that get no record, such as "}" and ");".
