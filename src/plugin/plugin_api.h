@@ -37,7 +37,7 @@ extern "C" {
  *   [{"error": "Parser exception: MESSAGE"}]        such as exhausted memory or a failing disk
  *   [{"error": "Unknown parser exception occurred"}]
  *
- * Returns null only when there is no memory for the answer itself.
+ * Returns null only when there is no memory for the answer itself, or next to none to begin with.
  */
 const char* ParseJS(const char* path, const char* defines);
 
