@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <cstdio>
+#include <limits>
 
 namespace base {
 
@@ -13,7 +14,8 @@ StreamWriter& StreamWriter::writeLong(std::string_view text) noexcept {
 }
 
 StreamWriter& StreamWriter::operator<<(std::int32_t number) noexcept {
-  constexpr std::size_t kMaxBytes = 11;  // a sign and ten digits
+  // A sign and as many digits as a number may have.
+  constexpr std::size_t kMaxBytes = std::numeric_limits<std::int32_t>::digits10 + 2;
   if (kMaxBytes > buffer_.size() - used_) drain();
   char* const to = buffer_.data() + used_;
   used_ += static_cast<std::size_t>(std::to_chars(to, to + kMaxBytes, number).ptr - to);

@@ -112,9 +112,6 @@ records::RecordText buildRecords(const BuildRequest& request, ObjectBranch* root
 std::ostringstream TreeBuilderJS(std::string filePath, std::string namespaceName,
                                  std::string className, std::string text, bool isJavaScript,
                                  ObjectBranch* root, std::vector<std::string> defines) {
-  const records::RecordText answer = builder::buildRecords(
-      {filePath, namespaceName, className, text, isJavaScript, defines, chunk}, root);
-  std::ostringstream stream;
-  stream << answer.view();
-  return stream;
+  return records::toStream(builder::buildRecords(
+      {filePath, namespaceName, className, text, isJavaScript, defines, chunk}, root));
 }

@@ -16,7 +16,7 @@ extern QUORL_API std::string chunk;
 
 // Builds the tree of text under root, which the caller has numbered, and returns a stream that
 // holds the record array, or an error text if root is null. Empty namespaceName and className
-// request the wrapper nodes of the scanner route.
+// request the wrapper nodes of the scanner route. Throws std::bad_alloc rather than return a part.
 QUORL_API std::ostringstream TreeBuilderJS(std::string filePath, std::string namespaceName,
                                            std::string className, std::string text,
                                            bool isJavaScript, ObjectBranch* root,

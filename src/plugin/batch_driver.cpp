@@ -10,6 +10,7 @@
 #include <fstream>
 #include <iterator>
 #include <memory>
+#include <new>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -18,6 +19,7 @@
 #include "builder/tree_builder.h"
 #include "cleaner/cleaner.h"
 #include "plugin/exported_data.h"
+#include "plugin/failure_memory.h"
 #include "plugin/source_file.h"
 #include "text/byte_set.h"
 #include "text/file_names.h"
@@ -39,6 +41,19 @@ void say(std::string_view before, std::string_view path, std::string_view after)
   out.flush();
 }
 
+// What the work gives; nothing, or something empty, without memory for it. A host in C cannot catch
+// an exception.
+template <typename Work>
+auto resultOf(Work work) -> decltype(work()) {
+  using Result = decltype(work());
+  if (!plugin::reserveFailureMemory()) return Result();
+  try {
+    return work();
+  } catch (const std::bad_alloc&) {
+    return Result();
+  }
+}
+
 void processFile(const std::string& path) {
   std::optional<std::string> text = plugin::readSourceFile(path);
   if (!text) return say("Error: Could not open file ", path, "\n");
@@ -52,9 +67,39 @@ void processFile(const std::string& path) {
   AllBranches.clear();
 }
 
+std::vector<std::string> filesIn(const std::string& path) {
+  std::vector<std::string> files;
+  const std::unique_ptr<DIR, int (*)(DIR*)> directory(opendir(path.c_str()), &closedir);
+  if (directory == nullptr) return files;
+  const std::string prefix = path.ends_with('/') ? path : path + "/";
+  while (const dirent* entry = readdir(directory.get())) {
+    const std::string name = entry->d_name;
+    std::string file = prefix + name;
+    // "." and ".." are directories, so they are left out with the rest.
+    if (IsJavaScriptFile(name) && !IsDirectory(file)) files.push_back(std::move(file));
+  }
+  return files;
+}
+
 void writeFile(std::string_view text, const std::string& path, std::ios::openmode mode) {
-  std::ofstream file(path, mode);
-  file.write(text.data(), static_cast<std::streamsize>(text.size()));
+  resultOf([&] {
+    std::ofstream file(path, mode);
+    file.write(text.data(), static_cast<std::streamsize>(text.size()));
+  });
+}
+
+std::string namespaceNameIn(const std::string& text) {
+  constexpr std::string_view kKeyword = "namespace ";
+  const std::size_t hit = text.find(kKeyword);
+  if (hit == std::string::npos) return {};
+  const std::size_t begin = hit + kKeyword.size();
+  return text.substr(begin, text::findNonMember(text, kNamespaceBytes, begin) - begin);
+}
+
+std::string sanitized(const std::string& name) {
+  std::string kept;
+  std::copy_if(name.begin(), name.end(), std::back_inserter(kept), kNameBytes);
+  return kept;
 }
 
 }  // namespace
@@ -69,21 +114,12 @@ bool IsJavaScriptFile(const std::string& name) {
 }
 
 std::vector<std::string> GetFilesInDirectory(const std::string& path) {
-  std::vector<std::string> files;
-  const std::unique_ptr<DIR, int (*)(DIR*)> directory(opendir(path.c_str()), &closedir);
-  if (directory == nullptr) return files;
-  const std::string prefix = path.ends_with('/') ? path : path + "/";
-  while (const dirent* entry = readdir(directory.get())) {
-    const std::string name = entry->d_name;
-    std::string file = prefix + name;
-    // "." and ".." are directories, so they are left out with the rest.
-    if (IsJavaScriptFile(name) && !IsDirectory(file)) files.push_back(std::move(file));
-  }
-  return files;
+  return resultOf([&] { return filesIn(path); });
 }
 
 void ProcessSingleFile(const std::string& path, const std::string& unused) {
   static_cast<void>(unused);
+  if (!plugin::reserveFailureMemory()) return;
   say("\n=== Processing: ", path, " ===\n");
   currentIndex = 0;
   objectCount = 0;
@@ -106,19 +142,13 @@ void appendafile(std::string text, std::string path) {
 }
 
 std::string ExtractNamespaceName(const std::string& text) {
-  constexpr std::string_view kKeyword = "namespace ";
-  const std::size_t hit = text.find(kKeyword);
-  if (hit == std::string::npos) return {};
-  const std::size_t begin = hit + kKeyword.size();
-  return text.substr(begin, text::findNonMember(text, kNamespaceBytes, begin) - begin);
+  return resultOf([&] { return namespaceNameIn(text); });
 }
 
 std::string GetFileNameWithoutExtension(const std::string& path) {
-  return std::string(text::baseNameView(path));
+  return resultOf([&] { return std::string(text::baseNameView(path)); });
 }
 
 std::string SanitizeFileName(const std::string& name) {
-  std::string sanitized;
-  std::copy_if(name.begin(), name.end(), std::back_inserter(sanitized), kNameBytes);
-  return sanitized;
+  return resultOf([&] { return sanitized(name); });
 }

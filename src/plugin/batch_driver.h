@@ -1,5 +1,6 @@
 // Running of the parser over files without a host, and a few file chores. Everything here reports
-// on standard output or not at all; nothing returns an error.
+// on standard output or not at all; nothing returns an error, and nothing throws. Without memory a
+// function does nothing and returns nothing, or an empty result; never a part of one.
 #pragma once
 
 #include <string>
@@ -19,7 +20,7 @@ QUORL_API bool IsJavaScriptFile(const std::string& name);
 QUORL_API std::vector<std::string> GetFilesInDirectory(const std::string& path);
 
 // Runs one file through the parser and throws its records away; says on standard output what
-// became of it. The second argument is not read.
+// became of it, and nothing without memory to begin. The second argument is not read.
 QUORL_API void ProcessSingleFile(const std::string& path, const std::string& unused);
 
 // Write the text to the file, in place of what it held or behind it. A file that cannot be opened

@@ -16,6 +16,7 @@
 #include "builder/tree_builder.h"
 #include "cleaner/cleaner.h"
 #include "plugin/exported_data.h"
+#include "plugin/failure_memory.h"
 #include "plugin/source_file.h"
 #include "records/record_format.h"
 #include "records/record_text.h"
@@ -90,6 +91,13 @@ records::RecordText failureAnswer(ObjectBranch* root, std::string_view what,
   return errorAnswer(what, detail);
 }
 
+// An earlier answer is given up only if its memory is needed: it saves the next one new pages.
+bool reserveFailureMemory() {
+  if (plugin::reserveFailureMemory()) return true;
+  release(returnResult);
+  return plugin::reserveFailureMemory();
+}
+
 void setAnswer(records::RecordText answer) {
   auto [text, capacity] = std::move(answer).take();
   returnResult = text.release();
@@ -103,6 +111,7 @@ extern "C" QUORL_API const char* ParseJS(const char* path, const char* defines) 
   objectCount = 1;
   chunk.clear();
   AllBranches.clear();
+  if (!reserveFailureMemory()) return nullptr;
   ObjectBranch* root = nullptr;
   try {
     try {

@@ -36,7 +36,7 @@ extern "C" {
  *   [{"error": "Parser exception: MESSAGE"}]        out of memory, or a read failed
  *   [{"error": "Unknown parser exception occurred"}]
  *
- * Returns null only if there is no memory even for an error answer.
+ * Returns null only if there is no memory even for an error answer, or next to none at the start.
  */
 const char* ParseJS(const char* path, const char* defines);
 

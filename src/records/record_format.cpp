@@ -26,8 +26,11 @@
 // leaves a comma behind the bracket, and where a single quote is escaped.
 #include "records/record_format.h"
 
+#include <algorithm>
+#include <array>
 #include <charconv>
 #include <cstring>
+#include <limits>
 
 #include "text/byte_blocks.h"
 #include "text/byte_set.h"
@@ -37,10 +40,8 @@ namespace {
 
 constexpr text::ByteSet kEscaped{"\"'\\\n\r\t"};
 
-// What a record takes beside its texts and its list of children, and what a child takes, at most.
-constexpr std::size_t kFixedBytes = 400;
-constexpr std::size_t kChildBytes = 20;
-constexpr std::size_t kNumberBytes = 11;  // a sign and ten digits
+// A sign and as many digits as a number may have.
+constexpr std::size_t kNumberBytes = std::numeric_limits<std::int32_t>::digits10 + 2;
 
 char escapeLetter(char byte) {
   switch (byte) {
@@ -85,17 +86,104 @@ char* putEscaped(char* to, std::string_view text) {
   }
 }
 
-char* putChildren(char* to, std::span<const std::int32_t> ids, std::int32_t hiddenId) {
-  if (ids.empty()) return put(to, "],\n");
-  to = put(to, "   ");
-  for (std::size_t i = 0; i < ids.size(); ++i) {
-    if (ids[i] == hiddenId) continue;
-    // required: by position, so a child behind a hidden first one has a comma before it.
-    to = put(to, i == 0 ? "\n      " : ",\n      ");
-    to = putNumber(to, ids[i]);
-  }
-  return put(to, "\n    ],\n");
+// A record is written by a RecordWriter into room that a RoomCounter has counted. Both go through
+// the same writeRecord, so that the room follows from the texts.
+
+class RoomCounter {
+ public:
+  constexpr void text(std::string_view text) { bytes_ += text.size(); }
+  constexpr void number(std::int32_t) { bytes_ += kNumberBytes; }
+  constexpr void functionNumber(std::int32_t id) { number(id); }
+  constexpr void escaped(std::string_view text) { bytes_ += 2 * text.size(); }
+  constexpr std::size_t bytes() const { return bytes_; }
+
+ private:
+  std::size_t bytes_ = 0;
+};
+
+class RecordWriter {
+ public:
+  explicit RecordWriter(char* to) : to_(to) {}
+  void text(std::string_view text) { to_ = put(to_, text); }
+  void number(std::int32_t number) { to_ = putNumber(to_, number); }
+  void functionNumber(std::int32_t id) { id == -1 ? text("-1") : number(id); }
+  void escaped(std::string_view text) { to_ = putEscaped(to_, text); }
+  const char* end() const { return to_; }
+
+ private:
+  char* to_;
+};
+
+template <typename Out>
+constexpr void writeChild(Out& out, bool isFirst, std::int32_t id) {
+  out.text(isFirst ? "\n      " : ",\n      ");
+  out.number(id);
 }
+
+template <typename Out>
+constexpr void writeChildren(Out& out, std::span<const std::int32_t> ids, std::int32_t hiddenId) {
+  if (ids.empty()) return out.text("],\n");
+  out.text("   ");
+  for (std::size_t i = 0; i < ids.size(); ++i) {
+    // required: by position, so a child behind a hidden first one has a comma before it.
+    if (ids[i] != hiddenId) writeChild(out, i == 0, ids[i]);
+  }
+  out.text("\n    ],\n");
+}
+
+template <typename Out, typename Node>
+constexpr void writeRecord(Out& out, const Node& node, const Relatives& relatives, bool isLast) {
+  out.text("  {\n    \"lineNumber\": ");
+  out.number(node.lineNumber);
+  out.text(",\n    \"lineage\": \"\",\n    \"argumentList\": \"\",\n    \"childNodeIDs\": [");
+  writeChildren(out, relatives.childIds, relatives.hiddenChildId);
+  out.text("    \"nodeID\": ");
+  out.number(node.nodeID);
+  out.text(",\n    \"parentID\": ");
+  out.number(relatives.parentId);
+  out.text(",\n    \"fileID\": 0,\n    \"functionID\": ");
+  out.functionNumber(node.functionID);
+  out.text(",\n    \"isCalled\": false,\n    \"branchTypeAsString\": \"");
+  out.text(node.branchTypeAsString);
+  out.text("\",\n    \"filePath\": \"");
+  out.escaped(node.filePath);
+  out.text("\",\n    \"tags\": [");
+  out.text(node.tags);
+  out.text("],\n    \"contents\": \"");
+  out.escaped(node.contents);
+  out.text("\",\n    \"simpleFunctionName\": \"");
+  out.escaped(node.simpleFunctionName);
+  out.text("\",\n    \"calloutIDs\": []\n  }");
+  out.text(isLast ? "\n" : ",\n");
+}
+
+// What a record tells of a node, with texts that are empty.
+struct TextlessNode {
+  std::int32_t lineNumber = 0;
+  std::int32_t nodeID = 0;
+  std::int32_t functionID = 0;
+  std::string_view branchTypeAsString;
+  std::string_view filePath;
+  std::string_view tags;
+  std::string_view contents;
+  std::string_view simpleFunctionName;
+};
+
+template <std::size_t kChildren>
+consteval std::size_t roomWithoutTexts(bool isLast) {
+  constexpr std::int32_t kHidden = -1;
+  constexpr std::array<std::int32_t, kChildren> kIds{};
+  RoomCounter room;
+  writeRecord(room, TextlessNode(), {0, kIds, kHidden}, isLast);
+  return room.bytes();
+}
+
+// What a record takes beside its texts, whatever its place and with up to one child, and what each
+// child takes behind the first.
+constexpr std::size_t kFixedBytes =
+    std::max({roomWithoutTexts<0>(false), roomWithoutTexts<0>(true), roomWithoutTexts<1>(false),
+              roomWithoutTexts<1>(true)});
+constexpr std::size_t kChildBytes = roomWithoutTexts<2>(false) - roomWithoutTexts<1>(false);
 
 std::size_t maxRecordBytes(const ObjectBranch& node, std::size_t childCount) {
   return kFixedBytes + kChildBytes * childCount + node.branchTypeAsString.size() +
@@ -111,30 +199,9 @@ void appendEscaped(RecordText& out, std::string_view text) {
 
 void appendRecord(RecordText& out, const ObjectBranch& node, const Relatives& relatives,
                   bool isLast) {
-  char* to = out.reserve(maxRecordBytes(node, relatives.childIds.size()));
-  to = put(to, "  {\n    \"lineNumber\": ");
-  to = putNumber(to, node.lineNumber);
-  to = put(to, ",\n    \"lineage\": \"\",\n    \"argumentList\": \"\",\n    \"childNodeIDs\": [");
-  to = putChildren(to, relatives.childIds, relatives.hiddenChildId);
-  to = put(to, "    \"nodeID\": ");
-  to = putNumber(to, node.nodeID);
-  to = put(to, ",\n    \"parentID\": ");
-  to = putNumber(to, relatives.parentId);
-  to = put(to, ",\n    \"fileID\": 0,\n    \"functionID\": ");
-  to = node.functionID == -1 ? put(to, "-1") : putNumber(to, node.functionID);
-  to = put(to, ",\n    \"isCalled\": false,\n    \"branchTypeAsString\": \"");
-  to = put(to, node.branchTypeAsString);
-  to = put(to, "\",\n    \"filePath\": \"");
-  to = putEscaped(to, node.filePath);
-  to = put(to, "\",\n    \"tags\": [");
-  to = put(to, node.tags);
-  to = put(to, "],\n    \"contents\": \"");
-  to = putEscaped(to, node.contents);
-  to = put(to, "\",\n    \"simpleFunctionName\": \"");
-  to = putEscaped(to, node.simpleFunctionName);
-  to = put(to, "\",\n    \"calloutIDs\": []\n  }");
-  to = put(to, isLast ? "\n" : ",\n");
-  out.commit(to);
+  RecordWriter writer(out.reserve(maxRecordBytes(node, relatives.childIds.size())));
+  writeRecord(writer, node, relatives, isLast);
+  out.commit(writer.end());
 }
 
 }  // namespace records

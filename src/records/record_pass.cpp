@@ -249,9 +249,7 @@ RecordText generate(ObjectBranch* root) {
 
 std::ostringstream StartGeneratingObjects(ObjectBranch* root, std::string className) {
   static_cast<void>(className);
-  std::ostringstream stream;
-  stream << records::generate(root).view();
-  return stream;
+  return records::toStream(records::generate(root));
 }
 
 bool ShouldSkipNode(const ObjectBranch& node) { return records::isSkipped(node); }

@@ -15,7 +15,8 @@
 
 // Returns the record array of the tree under root, "[]" if root is null. Changes nodeID, parent,
 // children, label, simpleFunctionName and tags of the nodes that get a record, and prints a line
-// for each. className is passed to functionName, which ignores it.
+// for each. className is passed to functionName, which ignores it. Throws std::bad_alloc rather
+// than return a part.
 QUORL_API std::ostringstream StartGeneratingObjects(ObjectBranch* root, std::string className);
 
 // Returns whether the node's text is one of eleven that get no record, such as "}" and ");".

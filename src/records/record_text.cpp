@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <new>
+#include <string>
 #include <utility>
 
 namespace records {
@@ -33,6 +34,10 @@ void RecordText::grow(std::size_t bytes) {
   static_cast<void>(memory_.release());
   memory_.reset(grown);
   capacity_ = capacity;
+}
+
+std::ostringstream toStream(const RecordText& text) {
+  return std::ostringstream(std::string(text.view()), std::ios::ate);
 }
 
 }  // namespace records

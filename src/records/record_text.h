@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdlib>
 #include <memory>
+#include <sstream>
 #include <string_view>
 #include <utility>
 
@@ -51,5 +52,9 @@ class RecordText {
   std::size_t size_ = 0;
   std::size_t capacity_ = 0;
 };
+
+// A stream that holds the text and stands behind it. Throws std::bad_alloc, where writing to a
+// stream would only mark it as bad and leave a part of the text in it.
+std::ostringstream toStream(const RecordText& text);
 
 }  // namespace records

@@ -6,6 +6,7 @@
 #include <memory>
 #include <new>
 #include <stdexcept>
+#include <type_traits>
 #include <utility>
 
 #include "base/stream_writer.h"
@@ -36,15 +37,13 @@ constexpr std::array<std::string_view, kBranchError + 1> kBranchWords = {
 }  // namespace
 
 ObjectBranch* allocateObjectBranch() {
-  try {
-    auto node = std::make_unique<ObjectBranch>();
-    // Addresses mostly grow, so the end is the best hint.
-    allAllocatedNodes.insert(allAllocatedNodes.end(), node.get());
-    ++objectCount;
-    return node.release();
-  } catch (const std::bad_alloc&) {
-    throw std::runtime_error("Memory allocation failed for ObjectBranch");
-  }
+  static_assert(std::is_nothrow_default_constructible_v<ObjectBranch>);
+  std::unique_ptr<ObjectBranch> node(new (std::nothrow) ObjectBranch);
+  if (node == nullptr) throw std::runtime_error("Memory allocation failed for ObjectBranch");
+  // Addresses mostly grow, so the end is the best hint.
+  allAllocatedNodes.insert(allAllocatedNodes.end(), node.get());
+  ++objectCount;
+  return node.release();
 }
 
 std::string branchTypeAsString(ObjectBranch node) {

@@ -56,7 +56,8 @@ extern QUORL_API std::int32_t currentIndex;
 extern QUORL_API std::int32_t objectCount;
 
 // Returns a new node with the defaults above, registered and counted but not numbered; never null.
-// Throws std::runtime_error "Memory allocation failed for ObjectBranch".
+// Throws std::runtime_error "Memory allocation failed for ObjectBranch" without memory for the
+// node, and std::bad_alloc without memory for its place in the registry. Neither leaves a node.
 QUORL_API ObjectBranch* allocateObjectBranch();
 
 // Returns the word for the node's code; "function" for codes without a word. Records carry the

@@ -10,15 +10,23 @@
 #include <cstddef>
 #include <cstdio>
 #include <filesystem>
+#include <memory>
+#include <new>
 #include <optional>
+#include <sstream>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "builder/tree_builder.h"
+#include "plugin/batch_driver.h"
 #include "plugin/plugin_api.h"
+#include "records/record_pass.h"
 #include "reliability/memory.h"
 #include "reliability/parse.h"
 #include "support/sanitized.h"
+#include "tree/object_branch.h"
 #include "whole_file/case_files.h"
 
 namespace {
@@ -215,6 +223,157 @@ TEST(AllocationFailure, InTheFirstRunReturnsAnAnswerOrNull) {
       }
     }
   }
+}
+
+// The records that the call hands out in a stream: whole, or an exception.
+template <typename Call>
+void expectWholeStreamsOrNone(const Call& call) {
+  requests = {};
+  std::ostringstream whole = call();
+  const std::size_t total = requests.count;
+  const std::string text = whole.str();
+  ASSERT_GT(text.size(), 1'000U) << "more than a stream holds without memory";
+  EXPECT_TRUE(whole.good());
+  EXPECT_EQ(whole.exceptions(), std::ios::goodbit);
+  EXPECT_EQ(whole.tellp(), std::streampos(static_cast<std::streamoff>(text.size())));
+  std::size_t thrown = 0;
+  for (std::size_t failing = 0; failing < total; ++failing) {
+    std::optional<std::ostringstream> stream;
+    bool isOutOfMemory = false;
+    requests = {.failing = failing, .andAllBehind = true};
+    try {
+      stream = call();
+    } catch (const std::bad_alloc&) {
+      isOutOfMemory = true;
+    } catch (const std::runtime_error& error) {
+      requests = {};
+      isOutOfMemory = error.what() == std::string("Memory allocation failed for ObjectBranch");
+    }
+    const bool hasFailed = requests.failed > 0;
+    requests = {};
+    if (isOutOfMemory) {
+      ++thrown;
+      continue;
+    }
+    ASSERT_TRUE(stream) << "request " << failing << " of " << total;
+    EXPECT_TRUE(stream->good()) << "request " << failing << " of " << total;
+    // A failure at the defines or at a line may cost the node alone.
+    if (!hasFailed) EXPECT_EQ(stream->str(), text) << "request " << failing << " of " << total;
+    EXPECT_TRUE(stream->str().ends_with("\n]\n")) << "request " << failing << " of " << total;
+  }
+  EXPECT_GT(thrown, 10U);
+}
+
+const std::string kManyCalls = [] {
+  std::string text;
+  for (int i = 0; i < 20; ++i) text += "call" + std::to_string(i) + "();\n";
+  return text;
+}();
+
+TEST(AllocationFailure, NeverCutsTheStreamOfTreeBuilderJS) {
+  expectWholeStreamsOrNone([] {
+    currentIndex = 0;
+    ObjectBranch root;
+    root.nodeID = currentIndex++;
+    return TreeBuilderJS("a.txt", "", "", kManyCalls, true, &root, {});
+  });
+}
+
+TEST(AllocationFailure, NeverCutsTheStreamOfStartGeneratingObjects) {
+  expectWholeStreamsOrNone([] {
+    currentIndex = 2;
+    ObjectBranch root;
+    ObjectBranch child;
+    root.nodeID = 0;
+    root.branchType = kBranchFilePath;
+    root.contents = std::string(2'000, 'r');
+    child.nodeID = 1;
+    child.branchType = kBranchLine;
+    child.contents = "call()";
+    child.parent = &root;
+    root.children = {&child};
+    return StartGeneratingObjects(&root, "");
+  });
+}
+
+// What leaves allocateObjectBranch when the request of this number, from 0, fails.
+std::string messageOfFailure(std::size_t failing) {
+  std::string message = "nothing";
+  requests = {.source = Source::kNew, .failing = failing};
+  try {
+    allocateObjectBranch();
+  } catch (const std::bad_alloc& error) {
+    requests = {};
+    message = std::string("bad_alloc ") + error.what();
+  } catch (const std::runtime_error& error) {
+    requests = {};
+    message = std::string("runtime_error ") + error.what();
+  }
+  requests = {};
+  return message;
+}
+
+TEST(AllocationFailure, OfANodeAndOfItsPlaceInTheRegistryAreToldApart) {
+  const std::size_t registered = allAllocatedNodes.size();
+  const std::int32_t counted = objectCount;
+  reliability::Heap before = reliability::heap;
+  const std::string node = messageOfFailure(0);
+  const std::string place = messageOfFailure(1);
+  EXPECT_EQ(node, "runtime_error Memory allocation failed for ObjectBranch");
+  EXPECT_EQ(place, "bad_alloc std::bad_alloc");
+  EXPECT_EQ(allAllocatedNodes.size(), registered) << "nothing is registered";
+  EXPECT_EQ(objectCount, counted) << "nothing is counted";
+  // The two messages, which are too long for a string itself, and nothing else.
+  before.blocks += (node.size() > 15 ? 1 : 0) + (place.size() > 15 ? 1 : 0);
+  EXPECT_EQ(reliability::heap.blocks, before.blocks) << "no node is lost";
+}
+
+// The request for the root's place in the registry is the one behind that for the root.
+TEST(AllocationFailure, OfTheRootAndOfItsPlaceAreAnswered) {
+  const CaseFile file = whole_file::loadCases().front();
+  std::filesystem::current_path(file.folder);
+  EXPECT_EQ(answerFor(file), file.records);
+  // An address that was given out before has its place already: these take all that are free.
+  std::vector<std::unique_ptr<ObjectBranch>> held(1'000);
+  for (auto& node : held) node = std::make_unique<ObjectBranch>();
+  answerFor(file, {.source = Source::kNew});
+  const std::size_t total = seen.count;
+  std::size_t failing = 0;
+  while (failing < total &&
+         answerFor(file, {.source = Source::kNew, .failing = failing}) !=
+             "[{\"error\": \"Parser exception: Memory allocation failed for ObjectBranch\"}]") {
+    ++failing;
+  }
+  ASSERT_LT(failing, total) << "no request was that for the root";
+  held.resize(2'000);
+  for (auto& node : held) node = std::make_unique<ObjectBranch>();
+  const std::size_t registered = allAllocatedNodes.size();
+  EXPECT_EQ(answerFor(file, {.source = Source::kNew, .failing = failing + 1}),
+            "[{\"error\": \"Parser exception: std::bad_alloc\"}]");
+  EXPECT_EQ(allAllocatedNodes.size(), registered);
+}
+
+TEST(AllocationFailure, LeavesBatchFunctionsWithNothing) {
+  const std::string name(100, 'n');
+  const std::string path = "/tmp/" + name + ".js";
+  const std::string text = "namespace " + name + " {";
+  const std::string folder = whole_file::loadCases().front().folder;
+  requests = {.source = Source::kNew, .failing = 0, .andAllBehind = true};
+  const std::string sanitized = SanitizeFileName(name);
+  const std::string found = ExtractNamespaceName(text);
+  const std::string base = GetFileNameWithoutExtension(path);
+  const std::vector<std::string> files = GetFilesInDirectory(folder);
+  const std::size_t failed = requests.failed;
+  requests = {};
+  EXPECT_EQ(sanitized, "");
+  EXPECT_EQ(found, "");
+  EXPECT_EQ(base, "");
+  EXPECT_TRUE(files.empty());
+  EXPECT_EQ(failed, 4U);
+  EXPECT_EQ(SanitizeFileName(name), name);
+  EXPECT_EQ(ExtractNamespaceName(text), name);
+  EXPECT_EQ(GetFileNameWithoutExtension(path), name);
+  EXPECT_EQ(GetFilesInDirectory(folder).size(), 1U);
 }
 
 TEST(AllocationFailure, MakesInfoReturnNull) {

@@ -5,10 +5,12 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <limits>
 #include <random>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -190,6 +192,28 @@ constexpr ChildListCase kChildLists[] = {
     {{7, 7}, 7, "   \n    ],\n", "all are hidden"},
     {{7, 8}, 78, "   \n      7,\n      8\n    ],\n", "another id"},
 };
+
+// A record with all that makes it long: it takes just as much room as is asked for, and no more.
+TEST(Record, FitsIntoTheRoomThatIsAskedFor) {
+  constexpr std::int32_t kLong = std::numeric_limits<std::int32_t>::min();
+  constexpr std::array<std::int32_t, 3> kChildren{kLong, kLong, kLong};
+  const std::string quotes(100, '"');
+  ObjectBranch node;
+  node.lineNumber = node.functionID = node.nodeID = kLong;
+  node.filePath = node.contents = node.simpleFunctionName = quotes;
+  node.branchTypeAsString = node.tags = "t";
+  records::RecordText text;
+  records::appendRecord(text, node, {kLong, kChildren, 0}, false);
+  const std::size_t size = text.view().size();
+  EXPECT_EQ(std::move(text).take().capacity, size + 1);
+
+  records::MallocText memory(static_cast<char*>(std::malloc(size)));
+  const char* const begin = memory.get();
+  records::RecordText exact(std::move(memory), size);
+  records::appendRecord(exact, node, {kLong, kChildren, 0}, false);
+  EXPECT_EQ(exact.view().size(), size);
+  EXPECT_EQ(exact.view().data(), begin) << "more room was asked for than there is";
+}
 
 TEST(Record, ListsAllChildrenExceptTheHiddenOne) {
   for (const ChildListCase& row : kChildLists) {

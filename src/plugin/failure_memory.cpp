@@ -1,0 +1,56 @@
+#include "plugin/failure_memory.h"
+
+#include <sys/mman.h>
+
+#include <cstddef>
+#include <cstdlib>
+
+// The C++ ABI's access to the thread's exception state, which allocates the state if there is none.
+// <cxxabi.h> will not do: libstdc++ declares the function free of side effects, so that compilers
+// leave out a call, and libc++abi does not declare it.
+extern "C" void* __cxa_get_globals() noexcept;
+
+namespace plugin {
+namespace {
+
+// A run takes 15 KB of stack, exceptions included.
+constexpr std::size_t kStackBytes = 32'768;
+constexpr std::size_t kPageBytes = 4'096;  // the smallest there is
+// The state takes 32 bytes, and the C library's table of such blocks 16 bytes for each library that
+// is loaded: enough for 2,000 of them. Not a size that the allocator keeps for the next request of
+// just that size.
+constexpr std::size_t kStateBytes = 32'768;
+
+// A thread's first memory may come from the heap or, where the heap cannot grow, from mappings.
+bool hasMemoryForState() {
+  // Volatile, or the compiler drops an allocation that nothing uses.
+  void* volatile const block = std::malloc(kStateBytes);
+  std::free(block);
+  return block != nullptr;
+}
+
+// Not by malloc, whose free blocks are of no use to a stack.
+bool hasMemoryForStack() {
+  void* const pages =
+      mmap(nullptr, kStackBytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (pages == MAP_FAILED) return false;
+  munmap(pages, kStackBytes);
+  return true;
+}
+
+[[gnu::noinline]] void growStack() {
+  [[maybe_unused]] volatile char pages[kStackBytes];
+  for (std::size_t at = 0; at < kStackBytes; at += kPageBytes) pages[at] = 0;
+}
+
+}  // namespace
+
+bool reserveFailureMemory() noexcept {
+  if (!hasMemoryForStack()) return false;
+  growStack();
+  if (!hasMemoryForState()) return false;
+  __cxa_get_globals();
+  return true;
+}
+
+}  // namespace plugin
