@@ -6,7 +6,14 @@ import ctypes
 import os
 import sys
 
-plugin = ctypes.CDLL(sys.argv[1])
+if len(sys.argv) != 3:
+    print("usage: host.py MODULE FILE", file=sys.stderr)
+    sys.exit(2)
+try:
+    plugin = ctypes.CDLL(sys.argv[1])
+except OSError as error:
+    print(error, file=sys.stderr)
+    sys.exit(2)
 # A pointer, not c_char_p: ctypes would copy that at once, but hide a null answer's meaning.
 plugin.ParseJS.restype = ctypes.c_void_p
 plugin.ParseJS.argtypes = [ctypes.c_char_p, ctypes.c_char_p]
@@ -20,4 +27,8 @@ if answer is None:
     sys.exit("no memory")
 text = ctypes.string_at(answer)  # copied before the next call
 plugin.CleanupJS()
-out.write(text)
+if not text.startswith(b"[\n"):  # only an array of records begins like that
+    sys.stderr.buffer.write(text + b"\n")
+    sys.exit(1)
+with out:
+    out.write(text)
