@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstring>
 #include <fstream>
+#include <ostream>
 #include <string>
 #include <string_view>
 
@@ -64,6 +65,8 @@ struct Row {
   const char* name;
   std::string_view line;
 };
+
+void PrintTo(const Row& row, std::ostream* out) { *out << row.name; }
 
 class AnswerMemory : public testing::TestWithParam<Row> {};
 
