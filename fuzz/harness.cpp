@@ -30,6 +30,14 @@ std::string Capture::text() {
   return {text_, size_};
 }
 
+std::string warningsOf(int strayTags) {
+  std::string lines;
+  for (int i = 0; i < strayTags; ++i) {
+    lines += "Warning: Attempting to pop from empty element stack\n";
+  }
+  return lines;
+}
+
 void run(const Target& target, std::string_view input) {
   const RunNodes nodes;
   target.test(input);

@@ -44,4 +44,7 @@ Printed printedBy(Run run) {
   return {out.text(), err.text()};
 }
 
+// What a run writes to standard error for that many closing tags that close nothing.
+std::string warningsOf(int strayTags);
+
 }  // namespace fuzz

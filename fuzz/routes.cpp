@@ -85,14 +85,6 @@ Outcome runOf(const std::string& path, const Setting& setting, std::string_view 
   });
 }
 
-std::string warningsOf(int strayTags) {
-  std::string lines;
-  for (int i = 0; i < strayTags; ++i) {
-    lines += "Warning: Attempting to pop from empty element stack\n";
-  }
-  return lines;
-}
-
 Outcome plainRunOf(const std::string& path, const Setting& setting, std::string_view file) {
   return outcomeOf(setting, file, [&](Outcome& outcome) {
     ObjectBranch* const root = reference::newNode();

@@ -17,6 +17,7 @@
 #include <string_view>
 #include <vector>
 
+#include "defines.h"
 #include "hostile/generators.h"
 #include "routes.h"
 #include "whole_file/case_files.h"
@@ -133,6 +134,43 @@ void writeRecordSeeds(const fs::path& folder, const std::vector<Text>& texts) {
   }
 }
 
+// The most bytes of an answer: what a fuzzer takes of a file is not much longer.
+constexpr std::size_t kAnswerBytes = 3'900;
+
+// An answer with as many of its first records as fit.
+std::string shortAnswer(const std::string& answer) {
+  constexpr std::string_view kBetween = "\n  },\n";
+  if (answer.size() <= kAnswerBytes) return answer;
+  const std::size_t end = answer.rfind(kBetween, kAnswerBytes);
+  if (end == std::string::npos) throw std::runtime_error("a record longer than a seed");
+  return answer.substr(0, end) + "\n  }\n]\n";
+}
+
+void writeAnswerSeeds(const fs::path& folder) {
+  fs::create_directories(folder / "record_reader");
+  for (const whole_file::CaseFile& file : whole_file::loadCases()) {
+    std::string name = file.name;
+    std::replace(name.begin(), name.end(), '/', '_');
+    write(folder / "record_reader" / name, shortAnswer(file.records));
+  }
+  write(folder / "record_reader" / "no_records", "[\n]\n");
+  write(folder / "record_reader" / "error", "[{\"error\": \"File is empty: a.js\"}]");
+}
+
+// Each text is a file with a few defines, and its lines are defines.
+void writeDefinesSeeds(const fs::path& folder, const std::vector<Text>& texts) {
+  constexpr std::array<std::string_view, 5> kDefines{"", "A", "A\n\nDEBUG", "(B)\r\n A \nA\n",
+                                                     "class x {\nimport\nif (a) {"};
+  fs::create_directories(folder / "defines");
+  for (std::size_t i = 0; i < texts.size(); ++i) {
+    const std::string pick(1, static_cast<char>(i % fuzz::kDefinesNames.size()));
+    std::string file = pick + std::string(kDefines[i % kDefines.size()]);
+    file.append(1, '\0').append(texts[i].bytes);
+    write(folder / "defines" / texts[i].name, file);
+    write(folder / "defines" / (texts[i].name + "_as_defines"), pick + texts[i].bytes);
+  }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -144,6 +182,8 @@ int main(int argc, char** argv) {
     writeCleanerSeeds(folder, texts);
     writeTokeniserSeeds(folder, texts);
     writeRecordSeeds(folder, texts);
+    writeAnswerSeeds(folder);
+    writeDefinesSeeds(folder, texts);
   } catch (const std::exception& error) {
     std::fprintf(stderr, "seed_writer: %s\n", error.what());
     return 1;

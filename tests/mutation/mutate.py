@@ -7,11 +7,14 @@ those whose name, such as "src/detect/flow.cpp:21:7", begins with it. Each is a 
 compiled and linked by itself beside the objects of BUILD_FOLDER, in which unit_tests and
 whole_file_tests have to be built; the sources are not touched. A mutant is killed when a test
 fails, crashes, or uses far more time, memory or disk than it does with the true source. What
-survives that is compiled once more under sanitizers, as the suite is run with them too.
+survives that is compiled once more under sanitizers, as the suite is run with them too, and is held
+against the true source compiled in the same way: linked with other objects that know nothing of
+sanitizers, that may be slower or complain by itself.
 
 Standard output gets each mutant that is not killed, and a table. Mutants that no test can kill are
 explained in explained.txt; they count as survivors in the share of those killed. The status is 0
-if every survivor is explained, and every explanation is still about one.
+if every survivor is explained, each explanation stands for one place, and none of a mutant that was
+killed.
 """
 import collections
 import concurrent.futures
@@ -23,11 +26,14 @@ import re
 import resource
 import shlex
 import shutil
+import signal
 import subprocess
 import sys
 import tempfile
+import threading
 import time
 
+import explanations
 import mutants
 
 FOLDERS = ("detect", "text", "cleaner", "refine", "records")
@@ -35,14 +41,26 @@ KILLED, SURVIVED, EXPLAINED, SAME_CODE, BROKEN = OUTCOMES = (
     "killed", "survived", "explained", "same code", "not compiled")
 INCLUDE = re.compile(r'^#include "([^"]+)"', re.M)
 GIGABYTE = 1 << 30
-COMPILE_SECONDS = 300
-LONGEST_SECONDS = 300  # of the tests with the true sources
+COMPILE_SECONDS = 1800  # by the clock, on a machine that does much else
+LONGEST_SECONDS = 3600  # of the tests with the true sources
+LONGEST_WAIT = 600  # in which a program that is not stuck uses a second of the processor
+POLL_SECONDS = 0.2
 PLAIN, SANITIZED = [], ["-fsanitize=address,undefined", "-fno-sanitize-recover=all"]
 # Of the objects only the mutant's know of sanitizers: the others do not tell how full a vector is.
 SANITIZER_OPTIONS = "detect_leaks=0:allocator_may_return_null=1:detect_container_overflow=0"
 
 Object = collections.namedtuple("Object", "path source command")
 Program = collections.namedtuple("Program", "name arguments sanitized_arguments objects")
+# Seconds of the processor: of all tests, and from one line that they print to the next. A machine
+# that does other things beside makes them up to twice as many, and a mutant that hangs shows by
+# the second long before it shows by the first.
+Limits = collections.namedtuple("Limits", "whole step")
+
+
+def sources_of(root):
+    return {path.relative_to(root).as_posix(): path.read_text()
+            for top in ("src", "tests") for path in (root / top).rglob("*")
+            if path.suffix in (".h", ".cpp") and "cases" not in path.parts}
 
 
 class Project:
@@ -50,9 +68,7 @@ class Project:
 
     def __init__(self, root, build):
         self.root, self.build = root, build
-        self.sources = {path.relative_to(root).as_posix(): path.read_text()
-                        for top in ("src", "tests") for path in (root / top).rglob("*")
-                        if path.suffix in (".h", ".cpp") and "cases" not in path.parts}
+        self.sources = sources_of(root)
         self.objects = []
         for entry in json.loads((build / "compile_commands.json").read_text()):
             command = shlex.split(entry["command"])
@@ -104,10 +120,32 @@ def in_order(objects, path):
     return sorted(objects, key=place)
 
 
+def processor_seconds(pid):
+    """What a process that was not waited for has used so far."""
+    fields = pathlib.Path("/proc/%d/stat" % pid).read_text().rpartition(")")[2].split()
+    return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
+
+
+class Step:
+    """What happened since a program printed something."""
+
+    def __init__(self):
+        self.size, self.start, self.since = 0, 0, time.monotonic()
+        self.took = self.waited = self.longest = 0
+
+    def look(self, size, seconds):
+        self.took, self.waited = seconds - self.start, time.monotonic() - self.since
+        self.longest = max(self.longest, self.took)
+        if size != self.size:
+            self.size, self.start, self.since = size, seconds, time.monotonic()
+            self.took = self.waited = 0
+
+
 class Runner:
-    def __init__(self, project):
-        self.project = project
-        self.seconds = {}  # of a program, without and with sanitizers
+    def __init__(self, project, folder):
+        self.project, self.folder = project, folder
+        self.limits = {}  # of a program, with the objects of a file under sanitizers
+        self.locks = collections.defaultdict(threading.Lock)
 
     def compile(self, each, flags, overlay, output):
         command = list(each.command)
@@ -126,11 +164,10 @@ class Runner:
         subprocess.run([compiler, "-o", str(folder / program.name)] + flags + objects +
                        ["-lgtest_main", "-lgtest", "-ldl"], check=True)
 
-    def passes(self, program, flags, folder):
-        seconds = self.seconds.get((program.name, bool(flags)), LONGEST_SECONDS)
-
+    def run(self, program, flags, folder, limits):
+        """Whether the tests pass, and the time of the processor that they took."""
         def limit():
-            resource.setrlimit(resource.RLIMIT_CPU, (seconds, seconds))
+            resource.setrlimit(resource.RLIMIT_CPU, (limits.whole, limits.whole))
             if not flags:  # the sanitizer's own memory is far more than that
                 resource.setrlimit(resource.RLIMIT_AS, (GIGABYTE, GIGABYTE))
             resource.setrlimit(resource.RLIMIT_FSIZE, (GIGABYTE // 8, GIGABYTE // 8))
@@ -138,28 +175,68 @@ class Runner:
         arguments = program.sanitized_arguments if flags else program.arguments
         scratch = folder / "scratch"
         scratch.mkdir(exist_ok=True)
-        # A mutant that waits uses no time of the processor, so the clock has a limit too.
-        try:
-            return subprocess.run(
+        log = folder / "log"
+        with log.open("wb") as output:
+            process = subprocess.Popen(
                 [str(folder / program.name), "--gtest_fail_fast"] + arguments, cwd=scratch,
                 env=dict(os.environ, TMPDIR=str(scratch), TEST_TMPDIR=str(scratch) + "/",
                          ASAN_OPTIONS=SANITIZER_OPTIONS),
-                stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
-                timeout=10 * seconds, preexec_fn=limit).returncode == 0
-        except subprocess.TimeoutExpired:
-            return False
+                stdin=subprocess.DEVNULL, stdout=output, stderr=subprocess.DEVNULL,
+                preexec_fn=limit)
+        step = Step()
+        while os.waitid(os.P_PID, process.pid, os.WEXITED | os.WNOHANG | os.WNOWAIT) is None:
+            time.sleep(POLL_SECONDS)
+            step.look(log.stat().st_size, processor_seconds(process.pid))
+            if step.took > limits.step or step.waited > LONGEST_WAIT and step.took < 1:
+                os.kill(process.pid, signal.SIGKILL)
+        _, status, usage = os.wait4(process.pid, 0)
+        process.returncode = os.waitstatus_to_exitcode(status)
+        return process.returncode == 0, Limits(usage.ru_utime + usage.ru_stime, step.longest)
 
-    def measure(self, folder):
-        """Runs the tests on the true sources, and sets the limits by what they take."""
-        for flags in (SANITIZED, PLAIN):
+    def measure(self, program, flags, path, folder):
+        """Runs the tests on the true source, and sets the limits by what they take."""
+        passed, took = self.run(program, flags, folder, Limits(LONGEST_SECONDS, LONGEST_SECONDS))
+        if not passed:
+            sys.exit("mutate: %s fails without a mutant of %s %s" % (program.name, path, flags))
+        self.limits[program.name, path] = Limits(*(10 + int(5 * each) for each in took))
+
+    def measure_plain(self):
+        for program in self.project.programs:
+            self.link(program, PLAIN, {}, "src/none/none", self.folder)
+            self.measure(program, PLAIN, None, self.folder)
+
+    def measure_sanitized(self, path):
+        with self.locks[path]:
+            if (self.project.programs[-1].name, path) in self.limits:
+                return
+            folder = self.folder / ("true-" + path.replace("/", "-"))
+            folder.mkdir()
+            replaced = {}
             for program in self.project.programs:
-                self.link(program, flags, {}, "src/none/none", folder)
-                before = resource.getrusage(resource.RUSAGE_CHILDREN)
-                if not self.passes(program, flags, folder):
-                    sys.exit("mutate: %s fails without a mutant %s" % (program.name, flags))
-                after = resource.getrusage(resource.RUSAGE_CHILDREN)
-                took = after.ru_utime + after.ru_stime - before.ru_utime - before.ru_stime
-                self.seconds[program.name, bool(flags)] = 5 + int(2 * took)
+                if not self.replace(program, path, SANITIZED, folder, replaced):
+                    sys.exit("mutate: %s does not compile without a mutant" % path)
+                self.link(program, SANITIZED, replaced, path, folder)
+                self.measure(program, SANITIZED, path, folder)
+            shutil.rmtree(folder)
+
+    def replace(self, program, path, flags, folder, replaced):
+        """Compiles what of a program has the file in it, from the sources in folder where there are
+        any. Whether all of it compiles."""
+        for each in self.project.objects_of(program, path):
+            if each.path not in replaced:
+                output = folder / ("%d.o" % len(replaced))
+                if not self.compile(each, flags, folder, output):
+                    return False
+                replaced[each.path] = output
+        return True
+
+    def differs(self, replaced):
+        """Whether the code is another one. A test's object holds its own path, which a compiler
+        cache may have changed."""
+        ours = [each for each in self.project.objects
+                if each.path in replaced and each.source.startswith("src/")]
+        return any(replaced[each.path].read_bytes() != (self.project.build / each.path).read_bytes()
+                   for each in ours)
 
     def outcome(self, mutant, folder):
         folder.mkdir()
@@ -167,68 +244,37 @@ class Runner:
         overlay = folder / mutant.path
         overlay.parent.mkdir(parents=True)
         overlay.write_text(mutants.apply(source, mutant))
-        for flags in (PLAIN, SANITIZED):
-            replaced, differs = {}, False
+        for flags, path in (PLAIN, None), (SANITIZED, mutant.path):
+            if flags:
+                self.measure_sanitized(mutant.path)
+            replaced = {}
             for program in self.project.programs:
-                for each in self.project.objects_of(program, mutant.path):
-                    if each.path in replaced:
-                        continue
-                    output = folder / ("%d.o" % len(replaced))
-                    if not self.compile(each, flags, folder, output):
-                        return BROKEN
-                    replaced[each.path] = output
-                    # A test's object holds its own path, which a compiler cache may have changed.
-                    if each.source.startswith("src/") and not differs:
-                        original = self.project.build / each.path
-                        differs = output.read_bytes() != original.read_bytes()
-                if differs:
-                    self.link(program, flags, replaced, mutant.path, folder)
-                    if not self.passes(program, flags, folder):
-                        return KILLED
-            if not differs:
+                if not self.replace(program, mutant.path, flags, folder, replaced):
+                    return BROKEN
+                if not flags and not self.differs(replaced):
+                    continue
+                self.link(program, flags, replaced, mutant.path, folder)
+                if not self.run(program, flags, folder, self.limits[program.name, path])[0]:
+                    return KILLED
+            if not flags and not self.differs(replaced):
                 return SAME_CODE
         return SURVIVED
-
-
-def read_explanations(path):
-    """{(file, line of source, what it becomes): why no test can tell}.
-
-    An entry is the file, the line as it is, a line behind "=> " for each mutant of it, and the
-    reason. Entries end in an empty line; "#" begins a comment.
-    """
-    explanations = {}
-    text = re.sub(r"^#[^\n]*\n", "", path.read_text(), flags=re.M)
-    for entry in filter(str.strip, re.split(r"\n\s*\n", text)):
-        name, before, *rest = [" ".join(line.split()) for line in entry.strip().splitlines()]
-        reason = " ".join(line for line in rest if not line.startswith("=> "))
-        assert reason and len(rest) > 1, "not a whole entry: " + entry
-        for line in rest:
-            if line.startswith("=> "):
-                explanations[name, before, line[3:]] = reason
-    return explanations
-
-
-def lines_of(source, mutant):
-    """The lines that the mutant changes, as they were and as they are."""
-    first = source.rfind("\n", 0, mutant.begin) + 1
-    last = source.find("\n", mutant.end)
-    before, after = source[first:last], source[first:mutant.begin] + mutant.replacement
-    after += source[mutant.end:last]
-    return tuple(" ".join(line.split()) for line in (before, after))
 
 
 def name_of(mutant):
     return "%s:%d:%d" % (mutant.path, mutant.line, mutant.column)
 
 
-def pick(project, count, seed, place):
-    every = [mutant for path in sorted(project.sources)
-             if path.startswith(tuple("src/%s/" % folder for folder in FOLDERS))
-             for mutant in mutants.mutants_of(path, project.sources[path])]
-    known = {(each.path,) + lines_of(project.sources[each.path], each) for each in every}
+def mutants_of(sources):
+    """All mutants of the rule-bearing folders."""
+    return [mutant for path in sorted(sources)
+            if path.startswith(tuple("src/%s/" % folder for folder in FOLDERS))
+            for mutant in mutants.mutants_of(path, sources[path])]
+
+
+def pick(every, count, seed, place):
     chosen = [mutant for mutant in every if name_of(mutant).startswith(place)]
-    chosen = random.Random(seed).sample(chosen, min(count, len(chosen)))
-    return sorted(chosen), known, len(every)
+    return sorted(random.Random(seed).sample(chosen, min(count, len(chosen))))
 
 
 def print_table(results):
@@ -246,42 +292,47 @@ def main():
     rest = sys.argv[3:]
     count, seed = [int(text) for text in (rest + ["300", "1"][len(rest):])[:2]]
     place = rest[2] if len(rest) > 2 else ""
-    explanations = read_explanations(pathlib.Path(__file__).with_name("explained.txt"))
     project = Project(root, build)
-    chosen, known, size = pick(project, count, seed, place)
-    stale = [key for key in explanations if key not in known]
-    runner = Runner(project)
+    every = mutants_of(project.sources)
+    places = explanations.Places(project.sources, every)
+    explained, faults = explanations.read(
+        pathlib.Path(__file__).with_name("explained.txt").read_text(), places)
+    if faults:
+        sys.exit("\n".join("explained.txt: " + fault for fault in faults))
+    chosen = pick(every, count, seed, place)
+    stale = []
     started = time.monotonic()
     results = []
     with tempfile.TemporaryDirectory(prefix="quorl-mutants-") as scratch:
-        scratch = pathlib.Path(scratch)
-        runner.measure(scratch)
+        runner = Runner(project, pathlib.Path(scratch))
+        runner.measure_plain()
 
         def run(number):
-            folder = scratch / str(number)
+            folder = runner.folder / str(number)
             try:
                 return runner.outcome(chosen[number], folder)
             finally:
                 shutil.rmtree(folder, ignore_errors=True)
         with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
             for mutant, outcome in zip(chosen, pool.map(run, range(len(chosen)))):
-                before, after = lines_of(project.sources[mutant.path], mutant)
-                reason = explanations.get((mutant.path, before, after))
+                where, after = places.key_of(mutant)
+                reason = explained.get((where, after))
                 if outcome == SURVIVED and reason:
                     outcome = EXPLAINED
                 results.append((mutant, outcome))
                 if outcome in (SURVIVED, EXPLAINED):
-                    print("%s %s\n    %s\n    %s" % (name_of(mutant), outcome, before, after))
+                    print("%s %s, in %s\n    %s\n    %s" %
+                          (name_of(mutant), outcome, mutant.function, where.line, after))
                     print("    " + reason + "\n" if reason else "", flush=True)
                 if outcome == KILLED and reason:
-                    stale.append((mutant.path, before, after))
+                    stale.append((name_of(mutant), where.line, after))
     totals = print_table(results)
     for key in stale:
-        print("explained.txt: no such mutant survives:\n    %s\n    %s\n    %s" % key)
+        print("explained.txt: this mutant was killed: %s\n    %s\n    %s" % key)
     could_be_killed = totals[KILLED] + totals[SURVIVED] + totals[EXPLAINED]
     share = totals[KILLED] / max(could_be_killed, 1)
     print("\n%d of %d mutants in %d s: %.1f %% of %d killed" %
-          (len(results), size, time.monotonic() - started, 100 * share, could_be_killed))
+          (len(results), len(every), time.monotonic() - started, 100 * share, could_be_killed))
     return 1 if totals[SURVIVED] or stale else 0
 
 

@@ -7,7 +7,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
+#include <regex>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,6 +20,7 @@
 #include "reliability/memory.h"
 #include "reliability/parse.h"
 #include "support/redirected.h"
+#include "support/sanitized.h"
 #include "tree/object_branch.h"
 #include "whole_file/case_files.h"
 
@@ -109,6 +113,41 @@ TEST(LongLife, AHostThatNeverCleansUpKeepsOneAnswer) {
   for (int i = 0; i < 1'000; ++i) ParseJS("no-such-file.js", nullptr);
   EXPECT_EQ((heap - before).blocks, 0);
   EXPECT_EQ((heap - before).bytes, 0);
+}
+
+// Each line stays readable until CleanupJS, which frees the last; the others are the host's loss.
+TEST(LongLife, InfoAThousandTimesGivesAThousandLines) {
+  constexpr std::size_t kCalls = 1'000;
+  const std::regex form(
+      R"(Quorl JavaScript Parser Plugin v1\.0 - HTML/JS Support \(Address: 0x[0-9a-f]+\)\n)");
+  std::vector<char*> lines;
+  lines.reserve(kCalls);
+  CleanupJS();
+  const Heap before = heap;
+  for (std::size_t i = 0; i < kCalls; ++i) lines.push_back(const_cast<char*>(Info()));
+  const Heap held = heap - before;
+  const std::string first = lines.front();
+  EXPECT_TRUE(std::regex_match(first, form)) << first;
+  for (const char* const line : lines) ASSERT_EQ(line, first);
+  const std::set<const char*> apart(lines.begin(), lines.end());
+  EXPECT_EQ(apart.size(), kCalls);
+
+  const Heap beforeCleanup = heap;
+  CleanupJS();
+  const Heap freed = beforeCleanup - heap;
+#ifndef QUORL_TEST_IS_SANITIZED  // which has a malloc of its own
+  EXPECT_EQ(held.blocks, static_cast<std::int64_t>(kCalls));
+  EXPECT_EQ(freed.blocks, 1);
+  EXPECT_EQ(freed.bytes * static_cast<std::int64_t>(kCalls), held.bytes);
+#else
+  EXPECT_EQ(held.blocks, 0);
+  EXPECT_EQ(freed.blocks, 0);
+#endif
+  lines.pop_back();
+  for (char* const line : lines) {
+    ASSERT_EQ(line, first);
+    std::free(line);
+  }
 }
 
 }  // namespace

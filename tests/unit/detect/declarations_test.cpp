@@ -102,6 +102,7 @@ constexpr DeclarationCase kAssignments[] = {
     {"x = (a) b => 1", false, true, "="},
     {"x = (a", false, true, "="},
     {"x = (", false, true, "="},
+    {"a.b = (c) =", false, true, "=", "behind a last = there is no part to ask"},
     {"x = [(a) => b]", false, true, "[", "the parenthesis must follow the ="},
     {"x = y(a) => b", false, true, "y"},
     {"x = async(y)", true, false, "async", "required: no arrow is asked for after async"},

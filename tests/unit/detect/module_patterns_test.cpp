@@ -79,6 +79,7 @@ TEST(DetectJSImports, Table) {
       {"exports", false},
       {"exportsx", false},
       {"exports['a'] = 1;", false},
+      {"exports xports.a", false},
       {"Exports.a", false},
       {"'module.exports'", true, "required: within a string too"},
       {"a\0exports."sv, true, "the search passes a NUL byte"},

@@ -1,7 +1,9 @@
 #include "text/string_primitives.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -203,6 +205,25 @@ TEST(TrimAndReduceView, CopiesOnlyIfNeeded) {
     const std::string_view reduced = text::trimAndReduceView(original, scratch);
     ASSERT_EQ(reduced.data() == scratch.data(), changes) << testing::PrintToString(original);
     ASSERT_EQ(scratch == "before", !changes) << testing::PrintToString(original);
+  }
+}
+
+// Each text fills a block of its own, so that a sanitizer sees a look beyond its ends.
+TEST(TrimAndReduceView, LooksWithinTheText) {
+  for (std::size_t size = 2; size <= 80; ++size) {
+    const auto bytes = std::make_unique<char[]>(size);
+    const std::string_view text(bytes.get(), size);
+    std::fill_n(bytes.get(), size, 'x');
+    std::string scratch;
+    EXPECT_EQ(text::trimAndReduceView(text, scratch).data(), bytes.get()) << size;
+    for (std::size_t at = 1; at + 1 < size; ++at) {
+      bytes[at] = ' ';
+      EXPECT_EQ(text::trimAndReduceView(text, scratch).data(), bytes.get()) << size << ", " << at;
+      bytes[at] = '\t';
+      EXPECT_EQ(text::trimAndReduceView(text, scratch),
+                std::string(at, 'x') + " " + std::string(size - at - 1, 'x'));
+      bytes[at] = 'x';
+    }
   }
 }
 
