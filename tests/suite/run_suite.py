@@ -7,8 +7,8 @@ Prints the output of the tests that failed, the tests that were skipped with the
 last line how many passed, failed and were skipped. Everything that ctest prints goes to
 BUILD_FOLDER/test.log. The exit status is 1 if a test failed.
 
-EXPECTED_SKIPS lists the tests that may be skipped. With --strict, a skip that is not listed fails the
-suite, and so does a listed test that was not skipped: the list has to stay true.
+EXPECTED_SKIPS lists the tests that are skipped. With --strict, a skip that is not listed fails the
+suite, and so does a listed test that was not skipped, unless it is marked as optional.
 """
 import collections
 import os
@@ -51,22 +51,22 @@ def results_of(report):
 
 
 def expected_skips(text, suite, is_root):
-    """The names of the tests that the list allows this suite, run by this user, to skip."""
-    names = set()
+    """The names of the tests that this suite, run by this user, skips, and of those that it may."""
+    names, optional = set(), set()
     for line in text.splitlines():
         if not line.strip() or line.startswith("#"):
             continue
         suites, user, name, reason = line.split(None, 3)
         assert user in ("root", "user", "anyone") and reason, line
         if suite in suites.split(",") and (user == "anyone" or (user == "root") == is_root):
-            names.add(name)
-    return names
+            (optional if name.startswith("?") else names).add(name.lstrip("?"))
+    return names, optional
 
 
-def skip_faults(results, expected):
+def skip_faults(results, expected, optional):
     skipped = {result.name for result in results if result.outcome == "skipped"}
     ran = {result.name for result in results} - skipped
-    return ["unexpected skip: " + name for name in sorted(skipped - expected)] + \
+    return ["unexpected skip: " + name for name in sorted(skipped - expected - optional)] + \
            ["listed as skipped, but it ran: " + name for name in sorted(expected & ran)] + \
            ["listed as skipped, but there is no such test: " + name
             for name in sorted(expected - ran - skipped)]
@@ -111,7 +111,7 @@ def run(suite, build, skips, arguments, strict):
             print("skipped: %s (%s)" % (result.name, result.reason))
     faults = []
     if strict:
-        faults = skip_faults(results, expected_skips(skips.read_text(), suite, os.geteuid() == 0))
+        faults = skip_faults(results, *expected_skips(skips.read_text(), suite, os.geteuid() == 0))
         print("".join(fault + "\n" for fault in faults), end="")
     log = os.path.relpath(build / "test.log")
     print("%d tests in %d s; the whole output is in %s" % (len(results), round(seconds), log))
@@ -141,12 +141,14 @@ def check_the_checks():
         ("root", "skipped", "root may"), ("tool", "skipped", "there is no tool")], results
     assert summary("some", results) == "some: 1 passed, 4 failed, 2 skipped"
     assert summary("some", results[:1]) == "some: 1 passed, 0 failed"
-    listed = "# SUITES USER TEST REASON\n\nsome,other root root root may\nsome user good it may\n"
-    assert expected_skips(listed, "some", True) == {"root"}
-    assert expected_skips(listed, "some", False) == {"good"}
-    assert expected_skips(listed, "third", True) == set()
-    assert skip_faults(results, {"root", "tool"}) == []
-    assert skip_faults(results, {"root", "good", "none"}) == [
+    listed = ("# SUITES USER TEST REASON\n\nsome,other root root root may\nsome user good it may\n"
+              "some anyone ?tool not everywhere\n")
+    assert expected_skips(listed, "some", True) == ({"root"}, {"tool"})
+    assert expected_skips(listed, "some", False) == ({"good"}, {"tool"})
+    assert expected_skips(listed, "third", True) == (set(), set())
+    assert skip_faults(results, {"root", "tool"}, set()) == []
+    assert skip_faults(results, {"root"}, {"tool", "good"}) == []
+    assert skip_faults(results, {"root", "good", "none"}, set()) == [
         "unexpected skip: tool", "listed as skipped, but it ran: good",
         "listed as skipped, but there is no such test: none"]
 
