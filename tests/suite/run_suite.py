@@ -103,7 +103,9 @@ def run(suite, build, skips, arguments, strict):
     results = results_of(report)
     failed = [result for result in results if result.outcome == "failed"]
     for result in failed:
-        print("--- %s: %s\n%s" % (result.name, result.reason, result.output.rstrip("\n")))
+        print("--- %s: %s" % (result.name, result.reason))
+        if result.output.strip() != result.reason:
+            print(result.output.rstrip("\n"))
     for result in failed:
         print("failed: " + result.name)
     for result in results:
