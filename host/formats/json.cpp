@@ -123,8 +123,7 @@ void beginJson(const FormatSettings& /*settings*/, std::string& out) {
 std::string writeJsonFile(const FileReport& report, const FormatSettings& /*settings*/,
                           std::string& out) {
   const std::size_t start = out.size();
-  const std::string fault =
-      appendJsonFile(out, report, {statusWord(report.status), report.message});
+  std::string fault = appendJsonFile(out, report, {statusWord(report.status), report.message});
   if (!fault.empty()) {  // which is known only now, and told before the records
     out.resize(start);
     appendJsonFile(out, report, {kUnreadableWord, fault});

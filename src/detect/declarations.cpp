@@ -154,7 +154,7 @@ bool isFunction(const Statement& statement) {
 
 std::string functionNameOf(const Statement& statement) {
   if (const text::Part* const second = statement.part(1)) {
-    const std::string name = second->str();
+    std::string name = second->str();
     if (statement.partIs(0, "function") || isDeclarationKeyword(*statement.part(0))) return name;
     if (isFunctionKeywordAt(statement, 0) && statement.part(2) != nullptr)
       return statement.part(2)->str();

@@ -70,7 +70,8 @@ def faults_of(path, text, root, run):
 
 def main():
     root, build, module = (pathlib.Path(argument).resolve() for argument in sys.argv[1:])
-    pages = [root / "README.md", root / "CHANGELOG.md", *sorted((root / "docs").glob("*.md"))]
+    pages = [root / "README.md", root / "CHANGELOG.md", root / "CONTRIBUTING.md",
+             *sorted((root / "docs").glob("*.md"))]
     count = 0
     with tempfile.TemporaryDirectory() as scratch:
         env = dict(os.environ, SCRATCH=scratch, PLUGIN=str(module), BUILD=str(build),

@@ -1,10 +1,10 @@
-// Parses one hostile text once, while an external tool counts instructions.
+// Parses one hostile text, for a counter of instructions to watch from outside.
 //
 //   growth_driver --list                 prints the names of the texts
-//   growth_driver NAME BYTES             makes the text, writes it to a file and parses that file
-//   growth_driver NAME BYTES --baseline  does the same, but parses an empty line instead
+//   growth_driver NAME BYTES ...         parses an empty line, then the text at each of the sizes
+//   growth_driver --baseline NAME BYTES  parses the empty line twice, though it also makes the text
 //
-// The baseline measures what the program and a run cost with any text.
+// The empty line costs what a program and a run cost whatever the text is.
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -12,6 +12,7 @@
 #include <charconv>
 #include <cstdio>
 #include <exception>
+#include <span>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -41,16 +42,7 @@ std::size_t parseSize(std::string_view digits) {
   return size;
 }
 
-enum class Parsed { kText, kEmptyLine };
-
-void run(std::string_view name, std::string_view size, Parsed parsed) {
-  const hostile::Generator& generator = generatorNamed(name);
-  const support::TempDir directory;
-  // Both files are written in either mode, so that the counts differ only by the parsing.
-  const std::string extension = generator.extension;
-  const std::string text = directory.write("text" + extension, generator.generate(parseSize(size)));
-  const std::string emptyLine = directory.write("line" + extension, "\n");
-  const std::string& path = parsed == Parsed::kText ? text : emptyLine;
+void parse(const std::string& path) {
   const char* answer = nullptr;
   {
     const support::Redirected output(STDOUT_FILENO, "/dev/null", O_WRONLY);
@@ -63,18 +55,35 @@ void run(std::string_view name, std::string_view size, Parsed parsed) {
   }
 }
 
+enum class Parsed { kText, kEmptyLine };
+
+void run(std::string_view name, std::span<char* const> sizes, Parsed parsed) {
+  const hostile::Generator& generator = generatorNamed(name);
+  const support::TempDir directory;
+  const std::string extension = generator.extension;
+  const std::string emptyLine = directory.write("line" + extension, "\n");
+  parse(emptyLine);
+  for (const char* size : sizes) {
+    // Written in either case, so that the counts differ by the parsing alone.
+    const std::string text =
+        directory.write("text" + extension, generator.generate(parseSize(size)));
+    parse(parsed == Parsed::kText ? text : emptyLine);
+  }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   try {
+    const std::span<char* const> words(argv + 1, argv + argc);
     if (argc == 2 && std::string_view(argv[1]) == "--list") {
       for (const hostile::Generator& each : hostile::generators()) std::puts(each.name);
-    } else if (argc == 3) {
-      run(argv[1], argv[2], Parsed::kText);
-    } else if (argc == 4 && std::string_view(argv[3]) == "--baseline") {
-      run(argv[1], argv[2], Parsed::kEmptyLine);
+    } else if (argc >= 4 && std::string_view(argv[1]) == "--baseline") {
+      run(argv[2], words.subspan(2), Parsed::kEmptyLine);
+    } else if (argc >= 3) {
+      run(argv[1], words.subspan(1), Parsed::kText);
     } else {
-      std::fputs("usage: growth_driver --list | NAME BYTES [--baseline]\n", stderr);
+      std::fputs("usage: growth_driver --list | [--baseline] NAME BYTES ...\n", stderr);
       return 2;
     }
   } catch (const std::exception& error) {

@@ -3,9 +3,8 @@
 usage: growth_test.py GROWTH_DRIVER [NAME ...]
 
 Work is counted in instructions of the program, never in seconds: by perf, or by valgrind's
-callgrind if perf is not permitted. Every text (or the named ones) is parsed at three sizes, each
-ten times the one before. The baseline is subtracted: the same program making the same text but
-parsing an empty line instead.
+callgrind where perf may not count. Every text (or the named ones) is parsed at three sizes, each
+ten times the one before. Subtracted is what it costs to parse an empty line.
 
 The rule: the work per byte at the largest size is at most 1.5 times the least work per byte at the
 two smaller sizes. Linear work gives a ratio of about 1, quadratic work 10 or 100. Less than 1 is
@@ -15,18 +14,32 @@ wrong, since each byte is read at least once.
 import concurrent.futures
 import os
 import re
-import shutil
 import subprocess
 import sys
+import tempfile
 
 FACTOR = 1.5
 PROCESSES = 2
 
 
+def run(command):
+    """Runs the command, which has to succeed, and gives its standard error."""
+    # Names bound at the start are the same for all runs.
+    environment = dict(os.environ, LC_ALL="C", LD_BIND_NOW="1")
+    done = subprocess.run(command, env=environment, text=True, stdout=subprocess.DEVNULL,
+                          stderr=subprocess.PIPE)
+    if done.returncode != 0:
+        raise NotCounted("%s: status %d\n%s" % (" ".join(command), done.returncode, done.stderr))
+    return done.stderr
+
+
+class NotCounted(Exception):
+    """A run without a count of its instructions."""
+
+
 class Perf:
-    """Hardware counters: fast, so the texts are large."""
+    """Hardware counters: fast, so the texts are large. They count whole programs."""
     name, sizes = "perf", (10_000, 100_000, 1_000_000)
-    prefix = ["perf", "stat", "-e", "instructions:u", "-x,", "--"]
 
     @staticmethod
     def read(report):
@@ -34,46 +47,52 @@ class Perf:
         counts = [line.split(",")[0] for line in report.splitlines() if "instructions" in line]
         return sum(int(count) for count in counts if count.isdigit())
 
+    def count(self, command):
+        report = run(["perf", "stat", "-e", "instructions:u", "-x,", "--"] + command)
+        if self.read(report) == 0:
+            raise NotCounted(report)
+        return self.read(report)
+
+    def works(self, driver, name):
+        return [self.count([driver, name, str(size)]) -
+                self.count([driver, "--baseline", name, str(size)]) for size in self.sizes]
+
 
 class Callgrind:
-    """A simulated processor: some fifty times slower."""
+    """A simulated processor: some fifty times slower, but it counts single calls. Starting it takes
+    half a second, so one program parses all sizes."""
     name, sizes = "valgrind", (2_000, 20_000, 200_000)
-    prefix = ["valgrind", "--tool=callgrind", "--callgrind-out-file=/dev/null"]
 
     @staticmethod
-    def read(report):
-        count = re.search(r"Collected : (\d+)", report)
-        return int(count.group(1)) if count else 0
+    def read(profile):
+        count = re.search(r"^totals: (\d+)$", profile, re.M)
+        if not count:
+            raise NotCounted(profile)
+        return int(count.group(1))
+
+    def works(self, driver, name):
+        with tempfile.TemporaryDirectory() as folder:
+            profile = os.path.join(folder, "profile")
+            run(["valgrind", "--tool=callgrind", "--callgrind-out-file=" + profile,
+                 "--toggle-collect=ParseJS", "--dump-after=ParseJS", driver, name,
+                 *map(str, self.sizes)])
+            # One profile for each call, and one for what comes after the last.
+            counts = []
+            for number in range(len(self.sizes) + 1):
+                with open("%s.%d" % (profile, number + 1), encoding="utf-8") as file:
+                    counts.append(self.read(file.read()))
+        return [count - counts[0] for count in counts[1:]]
 
 
-def count(counter, command):
-    """Return the instructions of a command, 0 if there is no count, and its standard error."""
-    # Resolving all names at the start costs the same in each run.
-    environment = dict(os.environ, LC_ALL="C", LD_BIND_NOW="1")
-    run = subprocess.run(counter.prefix + command, env=environment, text=True,
-                         stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
-    return counter.read(run.stderr) if run.returncode == 0 else 0, run.stderr
-
-
-def choose_counter(driver):
-    for counter in (Perf, Callgrind):
-        if shutil.which(counter.prefix[0]) and count(counter, [driver, "--list"])[0] > 0:
+def choose_counter(driver, name):
+    why_not = []
+    for counter in (Perf(), Callgrind()):
+        try:
+            counter.works(driver, name)
             return counter
-    sys.exit("growth_test: nothing counts instructions here: perf is missing or not permitted to, "
-             "and valgrind is missing or does not run " + driver)
-
-
-def work_of(counter, driver, name):
-    works = []
-    for size in counter.sizes:
-        counts = []
-        for command in [driver, name, str(size)], [driver, name, str(size), "--baseline"]:
-            instructions, report = count(counter, command)
-            if instructions == 0:
-                sys.exit("growth_test: no count for {}\n{}".format(" ".join(command), report))
-            counts.append(instructions)
-        works.append(counts[0] - counts[1])
-    return works
+        except (NotCounted, OSError) as fault:
+            why_not.append(str(fault))
+    sys.exit("growth_test: nothing counts instructions here:\n" + "\n".join(why_not))
 
 
 def judge(sizes, works):
@@ -106,8 +125,7 @@ def check_the_checks():
     assert Perf.read("<not counted>,,cpu_core/instructions:u/,0,0.0,,\n"
                      "34,,cpu_atom/instructions:u/,9,9.0,,\n") == 34
     assert Perf.read("<not supported>,,instructions:u,0,100.00,,\n") == 0
-    assert Callgrind.read("==7== Events    : Ir\n==7== Collected : 1234\n==7==\n") == 1234
-    assert Callgrind.read("valgrind: cannot run\n") == 0
+    assert Callgrind.read("events: Ir\nsummary: 99\n\ntotals: 1234\n") == 1234
 
 
 def main():
@@ -116,13 +134,13 @@ def main():
     names = sys.argv[2:] or subprocess.run([driver, "--list"], check=True, text=True,
                                            stdout=subprocess.PIPE).stdout.split()
     assert names
-    counter = choose_counter(driver)
+    counter = choose_counter(driver, names[0])
     print("instructions per byte, counted by " + counter.name)
     row = "{:<42}" + "{:>12}" * len(counter.sizes) + "{:>10}  {}"
     print(row.format("", *counter.sizes, "growth", ""))
     faults = 0
     with concurrent.futures.ThreadPoolExecutor(PROCESSES) as pool:
-        works = pool.map(lambda name: work_of(counter, driver, name), names)
+        works = pool.map(lambda name: counter.works(driver, name), names)
         for name, work in zip(names, works):
             per_byte, growth, fault = judge(counter.sizes, work)
             cells = ["{:.1f}".format(value) for value in per_byte] + ["{:.2f}".format(growth)]

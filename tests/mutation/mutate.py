@@ -78,9 +78,10 @@ class Project:
         # Comparisons with plain readings take minutes under sanitizers, and tell nothing more.
         no_comparisons = ["--gtest_filter=-*PlainReading*"]
         self.programs = [Program("whole_file_tests", in_process, in_process,
-                                 self.objects_under("whole_file_tests", "plugin_objects")),
+                                 self.objects_under("whole_file_tests", "case_files",
+                                                    "program_runner", "plugin_objects")),
                          Program("unit_tests", [], no_comparisons,
-                                 self.objects_under("unit_tests", "plugin_objects"))]
+                                 self.objects_under("unit_tests", "references", "plugin_objects"))]
 
     def objects_under(self, *targets):
         folders = tuple("/%s.dir/" % target for target in targets)
