@@ -4,33 +4,14 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
 
 #include "run/answer_name.h"
+#include "run/temporary_file.h"
 #include "system/failure.h"
 #include "system/io.h"
-#include "system/signals.h"
 
 namespace host {
 namespace {
-
-struct TemporaryFile {
-  std::string name;
-  int descriptor;  // negative if it could not be made; errno tells why
-};
-
-TemporaryFile makeTemporaryFile(int directory) {
-  const SignalsHeld held;
-  // A process with the same number, on another machine or before this one, may have left a file.
-  for (unsigned attempt = 0;; ++attempt) {
-    const std::string name =
-        ".quorl-js-" + std::to_string(::getpid()) + "-" + std::to_string(attempt);
-    const int file =
-        ::openat(directory, name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-    if (file >= 0) noteTemporaryFile(directory, name);
-    if (file >= 0 || errno != EEXIST) return {name, file};
-  }
-}
 
 // Gives 0, or the number of the first error.
 int fill(const TemporaryFile& file, std::string_view text) {
@@ -39,21 +20,10 @@ int fill(const TemporaryFile& file, std::string_view text) {
   return writeError != 0 ? writeError : closeError;
 }
 
-// Gives 0, or the number of the error for which there is no such file.
-int finish(int directory, const TemporaryFile& file, const std::string& name, int error) {
-  const SignalsHeld held;
-  if (error == 0 && ::renameat(directory, file.name.c_str(), directory, name.c_str()) != 0) {
-    error = errno;
-  }
-  if (error != 0) ::unlinkat(directory, file.name.c_str(), 0);
-  forgetTemporaryFile();
-  return error;
-}
-
 int writeWhole(int directory, const std::string& name, std::string_view text) {
   const TemporaryFile file = makeTemporaryFile(directory);
   if (file.descriptor < 0) return errno;
-  return finish(directory, file, name, fill(file, text));
+  return finishTemporaryFile(directory, file, name, fill(file, text));
 }
 
 }  // namespace

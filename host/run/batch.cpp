@@ -2,6 +2,9 @@
 
 #include <unistd.h>
 
+#include <array>
+#include <chrono>
+#include <cstdio>
 #include <string>
 #include <string_view>
 
@@ -47,6 +50,7 @@ class Batch {
       printMessage("nothing to read");  // which is nothing about a single file
       warned_ = true;
     }
+    if (isSummaryWanted()) sumUp();
     return failed_ == 0 && !(options_.strict && warned_);
   }
 
@@ -56,6 +60,25 @@ class Batch {
     const bool isOutputSeen = output_ != nullptr && terminalWidth(STDOUT_FILENO) != 0;
     return options_.progress && !options_.quiet && !isOutputSeen &&
            diagnostics_.where() != "stderr";
+  }
+
+  bool isSummaryWanted() const {
+    return !options_.quiet && task_.inputs->reportCount > 1 && terminalWidth(STDERR_FILENO) != 0;
+  }
+
+  void sumUp() {
+    const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start_;
+    std::array<char, 32> seconds;
+    std::snprintf(seconds.data(), seconds.size(), "%.1f s", time.count());
+    std::string text = std::to_string(task_.inputs->reportCount) + " files, ";
+    const auto append = [&text](std::uint64_t count, std::string_view what) {
+      if (count > 0) text.append(std::to_string(count)).append(what).append(", ");
+    };
+    append(empty_, " empty");
+    append(task_.inputs->skippedCount, " binary or ignored");
+    append(failed_, " failed");
+    progress_.erase();
+    printMessage(text + seconds.data());
   }
 
   void take(std::uint64_t index, const Input& input) {
@@ -94,7 +117,9 @@ class Batch {
       tell(input.path + ": answered at the second attempt; the first: " + result.firstFailure);
       warned_ = true;
     }
-    if (result.status != FileStatus::kAnswered) {
+    if (!result.warnings.empty()) tell(input.path + ": " + result.warnings);
+    if (result.status == FileStatus::kEmpty) ++empty_;
+    if (!isGood(result.status)) {
       ++failed_;
       tell(result.message);
     }
@@ -162,6 +187,8 @@ class Batch {
   WorkerPool pool_;
   std::uint64_t done_ = 0;
   std::uint64_t failed_ = 0;
+  std::uint64_t empty_ = 0;
+  const std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
   bool warned_ = false;
   bool isBegun_ = false;
 };

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <chrono>
 #include <cstddef>
 #include <cstdio>
@@ -14,7 +15,8 @@
 #include <string_view>
 #include <utility>
 
-#include "records/record_reader.h"
+#include "records/answer_path.h"
+#include "records/record_escapes.h"
 #include "system/display_text.h"
 #include "system/failure.h"
 #include "system/io.h"
@@ -36,6 +38,8 @@ constexpr std::size_t kRequestsAtOnce = 64;
 constexpr std::string_view kRecordsOpening = "[\n";
 constexpr std::string_view kErrorOpening = R"([{"error": ")";
 constexpr std::string_view kErrorClosing = R"("}])";
+constexpr const char* kEmptyMessage = "File is empty: ";
+constexpr const char* kUnopenedMessage = "Could not open file: ";
 // The module may find that its memory is at an end before the program does.
 constexpr std::string_view kMemoryAnswer = R"([{"error": "Parser exception: std::bad_alloc"}])";
 
@@ -61,6 +65,18 @@ std::string errorMessage(const std::string& file, std::string_view answer) {
   return message.ends_with(file) ? message : file + ": " + message;
 }
 
+std::string errorAnswer(const std::string& message) {
+  return std::string(kErrorOpening).append(escaped(message)).append(kErrorClosing);
+}
+
+// 0 if the file can be opened by now.
+int errorOfOpening(const std::string& path) {
+  const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+  if (file < 0) return errno;
+  ::close(file);
+  return 0;
+}
+
 // What C's stdout still holds goes out. The module does not look at the result of its writes, but
 // the stream remembers a failed one.
 bool areDiagnosticsLost() { return std::fflush(stdout) != 0 || std::ferror(stdout) != 0; }
@@ -76,8 +92,8 @@ void silenceStandardError() {
 class Worker {
  public:
   // The output is the descriptor for texts that are not sent to the parent, or negative.
-  Worker(const WorkerTask& task, int results, int output)
-      : task_(task), results_(results), output_(output), plugin_(task.plugin) {}
+  Worker(const WorkerTask& task, int results, int output, CapturedErrors& errors)
+      : task_(task), results_(results), output_(output), errors_(errors), plugin_(task.plugin) {}
 
   void answer(std::uint64_t request) {
     if (request == kVersionRequest) {
@@ -127,7 +143,7 @@ class Worker {
     frame.kind = FrameKind::kFile;
     frame.index = index;
     limitTime(task_.limits.time);
-    if (mayBeRead(input.path, report, frame)) ask(report, frame);
+    if (mayBeRead(input, report, frame)) ask(input, report, frame);
     report.message = frame.message;
     frame.status = report.status;
     std::string fault;
@@ -148,38 +164,42 @@ class Worker {
     send(frame, text);
   }
 
-  // The size of a file is looked at before the module reads it whole. So is its kind, which may
-  // have changed since it was named.
-  bool mayBeRead(const std::string& path, FileReport& report, Frame& frame) const {
+  // The size of a file is compared before the module reads it whole. So is its kind, which may have
+  // changed since it was named.
+  bool mayBeRead(const Input& input, FileReport& report, Frame& frame) {
     struct stat status {};
-    if (::stat(path.c_str(), &status) != 0) return true;  // the module tells of it
+    isDirectory_ = false;
+    if (::stat(input.textPath().c_str(), &status) != 0) return true;  // explain tells why
     report.sourceBytes = S_ISREG(status.st_mode) ? static_cast<std::uint64_t>(status.st_size) : 0;
-    if (!S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode)) {
+    isDirectory_ = S_ISDIR(status.st_mode);
+    if (!S_ISREG(status.st_mode) && !isDirectory_) {
       report.status = FileStatus::kFailed;
-      frame.message = onOneLine(path + ": " + kIrregular);
+      frame.message = onOneLine(input.path + ": " + kIrregular);
       return false;
     }
     if (task_.limits.sourceBytes != 0 && report.sourceBytes > task_.limits.sourceBytes) {
       report.status = FileStatus::kTooLarge;
-      frame.message = onOneLine(path + ": too large; see --max-size");
+      frame.message = onOneLine(input.path + ": too large; see --max-size");
       return false;
     }
     return true;
   }
 
-  void ask(FileReport& report, Frame& frame) {
-    const std::string path(report.path);
+  void ask(const Input& input, FileReport& report, Frame& frame) {
     const auto start = std::chrono::steady_clock::now();
-    const char* const answer = plugin_.parse(path, task_.defines);
+    if (!task_.quiet) errors_.begin();
+    const char* const answer = plugin_.parse(input.textPath(), task_.defines);
+    if (!task_.quiet) errors_.end();
     if (task_.times) {
       report.microseconds =
           static_cast<std::uint64_t>(std::chrono::duration_cast<std::chrono::microseconds>(
                                          std::chrono::steady_clock::now() - start)
                                          .count());
     }
+    frame.warnings = errors_.take();
     if (answer == nullptr) {
       report.status = FileStatus::kFailed;
-      frame.message = onOneLine(path + ": no memory for the answer");
+      frame.message = onOneLine(input.path + ": no memory for the answer");
       return;
     }
     report.answer = answer;
@@ -187,17 +207,42 @@ class Worker {
     const std::uint64_t limit = task_.limits.answerBytes;
     if (limit != 0 && report.answer.size() > limit) ::_exit(kWorkerTooLarge);
     if (report.answer == kMemoryAnswer) ::_exit(kWorkerOutOfMemory);
-    if (!report.answer.starts_with(kRecordsOpening)) {
-      report.status = FileStatus::kFailed;
-      frame.message = onOneLine(errorMessage(path, report.answer));
+    if (!input.copy.empty()) {
+      renamedAnswer_ = withPath(report.answer, input.copy, input.path);
+      report.answer = renamedAnswer_;
     }
+    if (isDirectory_) {
+      report.status = FileStatus::kFailed;
+      frame.message = onOneLine(input.path + ": is a directory (use -r to read it)");
+    } else if (!report.answer.starts_with(kRecordsOpening)) {
+      explain(input, report, frame);
+    }
+  }
+
+  // What an answer without records says of the file. Where the module could not open it, the
+  // system's reason says more than the module does.
+  static void explain(const Input& input, FileReport& report, Frame& frame) {
+    if (report.answer == errorAnswer(kEmptyMessage + input.path)) {
+      report.status = FileStatus::kEmpty;
+      return;
+    }
+    report.status = FileStatus::kFailed;
+    int openError = 0;
+    if (report.answer == errorAnswer(kUnopenedMessage + input.path)) {
+      openError = errorOfOpening(input.textPath());
+    }
+    frame.message = onOneLine(openError != 0 ? systemFailure(input.path, openError).what()
+                                             : errorMessage(input.path, report.answer));
   }
 
   const WorkerTask& task_;
   int results_;
   int output_;
+  CapturedErrors& errors_;
   PluginModule plugin_;
   std::uint64_t memoryAtStart_ = peakMemory();  // with all that the parent has
+  std::string renamedAnswer_;                   // of a text that is kept in another file
+  bool isDirectory_ = false;                    // the file at hand
   unsigned files_ = 0;
   bool isWornOut_ = false;
 };
@@ -230,7 +275,7 @@ std::string appendText(const FileReport& report, const WorkerTask& task, std::st
   return fault;
 }
 
-void work(const WorkerTask& task, int requests, int results) {
+void work(const WorkerTask& task, int requests, int results, CapturedErrors& errors) {
   const int output =
       task.writesOutput ? ::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, kFirstFreeDescriptor) : -1;
   if (task.writesOutput && output < 0) ::_exit(EXIT_FAILURE);
@@ -241,7 +286,7 @@ void work(const WorkerTask& task, int requests, int results) {
   std::set_new_handler([] { ::_exit(kWorkerOutOfMemory); });
   try {
     limitTime(kTimeBesidesFiles);
-    Worker worker(task, results, output);
+    Worker worker(task, results, output, errors);
     limitTime(kNoTimeLimit);
     if (writeFrame(results, Frame{}, {}) == 0) answerRequests(worker, requests);
     limitTime(kTimeBesidesFiles);  // to the very end

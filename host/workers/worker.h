@@ -8,6 +8,7 @@
 #include "formats/format.h"
 #include "records/file_report.h"
 #include "sources/input_list.h"
+#include "workers/captured_errors.h"
 #include "workers/file_limits.h"
 
 namespace host {
@@ -42,6 +43,6 @@ enum WorkerExit : int {
 std::string appendText(const FileReport& report, const WorkerTask& task, std::string& out);
 
 // Reads requests, each the index of an input, until their end, and answers each with a frame.
-[[noreturn]] void work(const WorkerTask& task, int requests, int results);
+[[noreturn]] void work(const WorkerTask& task, int requests, int results, CapturedErrors& errors);
 
 }  // namespace host

@@ -48,7 +48,7 @@ constexpr std::array kKnownEnds = {
 // As many as are asked for and of use, and for which there are descriptors.
 std::size_t workerCount(unsigned jobs, const Inputs& inputs) {
   constexpr std::uint64_t kDescriptorsBesides = 24;
-  constexpr std::uint64_t kDescriptorsOfAWorker = 2;
+  constexpr std::uint64_t kDescriptorsOfAWorker = 3;
   const std::uint64_t all = openFileLimit();
   const std::uint64_t room = all - std::min(all, kDescriptorsBesides);
   const std::uint64_t count =
@@ -79,7 +79,7 @@ FileResult unansweredResult(const WorkerTask& task, const Input& input, FileStat
   report.path = input.path;
   report.status = status;
   report.message = result.message;
-  report.sourceBytes = regularFileBytes(input.path);
+  report.sourceBytes = regularFileBytes(input.textPath());
   appendText(report, task, result.text);
   return result;
 }
@@ -269,6 +269,7 @@ void WorkerPool::accept(Slot& slot, Frame frame) {
   result.hasAnswer = frame.hasAnswer;
   result.diagnosticsLost = frame.diagnosticsLost;
   result.message = std::move(frame.message);
+  result.warnings = std::move(frame.warnings);
   result.text = std::move(frame.text);
   result.isWritten = frame.isWritten;
   result.outputError = frame.outputError;
@@ -314,6 +315,7 @@ void WorkerPool::lose(Slot& slot, bool isSpoilt) {
   if (isSpoilt) slot.process->kill();
   const ProcessEnd end = slot.process->waitForEnd();
   const bool wasReady = slot.isReady;
+  std::string warnings = slot.process->errors().take();
   slot.process.reset();
 
   const auto* const known = std::find_if(kKnownEnds.begin(), kKnownEnds.end(),
@@ -337,13 +339,15 @@ void WorkerPool::lose(Slot& slot, bool isSpoilt) {
     send(slot, index);
   } else {
     firstFailures_.erase(index);
-    fail(index, isKnown ? known->status : FileStatus::kCrashed, what);
+    fail(index, isKnown ? known->status : FileStatus::kCrashed, what, std::move(warnings));
   }
 }
 
-void WorkerPool::fail(std::uint64_t index, FileStatus status, const std::string& what) {
+void WorkerPool::fail(std::uint64_t index, FileStatus status, const std::string& what,
+                      std::string warnings) {
   const Input& input = task_.inputs->all[index];
   FileResult result = unansweredResult(task_, input, status, input.path + ": " + what);
+  result.warnings = std::move(warnings);
   finishedBytes_ += bytesOf(result);
   finished_.emplace(index, std::move(result));
 }

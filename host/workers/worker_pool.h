@@ -22,7 +22,8 @@ struct FileResult {
   FileStatus status = FileStatus::kAnswered;
   bool hasAnswer = false;        // the module gave one, though it may be empty
   bool diagnosticsLost = false;  // up to this file
-  std::string message;           // empty when answered
+  std::string message;           // empty unless the file failed
+  std::string warnings;          // a line on what the module wrote to standard error, or empty
   std::string text;              // for the output
   bool isWritten = false;        // the worker has written the text itself, or tried to
   int outputError = 0;           // the number of the error that kept it from that
@@ -79,7 +80,7 @@ class WorkerPool {
   void retire(Slot& slot);
   void lose(Slot& slot, bool isSpoilt);
   void giveBack(Slot& slot);
-  void fail(std::uint64_t index, FileStatus status, const std::string& what);
+  void fail(std::uint64_t index, FileStatus status, const std::string& what, std::string warnings);
   void reapRetired(bool wait);
 
   const WorkerTask& task_;
