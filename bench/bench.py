@@ -2,11 +2,11 @@
 
 usage: bench.py [--filter REGEX] [--rounds N] [--against REV | --peers | --many]
 
-Without the last three: whole runs of the module by route and size, small files, and the
-steps of a run one by one. With --against: whole runs of the module as it is and as it was at a
-revision, in turn. With --peers: whole processes of quorl-js and of other programs, in turn.
-With --many: runs of quorl-js over ten thousand files, with one worker and with two in turn.
-Every figure is the median of the rounds. The programs must be built (./dev bench does).
+Without the last three: whole runs of the module by route and size, small files, and the steps of
+a run one by one. --against: whole runs of the module as it is and as it was at REV, alternately.
+--peers: whole processes of quorl-js and of other programs, alternately. --many: runs of quorl-js
+over ten thousand files, alternately with one worker and with two. Every figure is the median of
+the rounds. Build the programs first (./dev bench does).
 """
 import argparse
 import json
@@ -25,8 +25,8 @@ BUILD = ROOT / "build" / "bench"
 MODULE = BUILD / "bin" / "quorljs.so"
 ROUTES = ("script", "page", "c", "markdown")
 SIZES = ("10KB", "100KB", "1MB", "whole")
-NODE_BYTES = 400  # that a node may take, for the bound on memory
-BUSY = 1.15  # times more wall than processor time
+NODE_BYTES = 400  # upper bound per node, to check memory use
+BUSY = 1.15  # warn if wall time exceeds processor time by this factor
 
 
 def cache_folder():
@@ -47,7 +47,7 @@ def print_table(title, heads, rows):
 
 
 def run_program(name, arguments, pattern):
-    """The counters of each benchmark of the program, by name."""
+    """Return the benchmark counters of the program, by name."""
     with tempfile.TemporaryDirectory() as scratch:
         out = pathlib.Path(scratch) / "out.json"
         done = subprocess.run(
@@ -129,7 +129,7 @@ def print_kernels(steps):
 
 
 def build_revision(revision):
-    """(commit, module) of an earlier commit, built once, out of its own copy of the sources."""
+    """Return (commit, module) of an earlier commit, built once from its own copy of the sources."""
     def git(*arguments):
         return subprocess.run(["git", "-C", ROOT, *arguments], check=True,
                               stdout=subprocess.PIPE).stdout

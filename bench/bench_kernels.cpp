@@ -1,9 +1,9 @@
-// The steps of a run one by one, each on the text that it has in a run: what stands before it is
-// done outside the measured time.
+// The steps of a run one by one, each on the text that it gets in a run; earlier steps are not
+// timed.
 //
 // usage: bench_kernels TEXTS ROUNDS [--benchmark_...]
 //
-// A benchmark is named STEP/ROUTE and reads the whole text of that route.
+// A benchmark is named STEP/ROUTE and reads that route's whole text.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -88,7 +88,7 @@ void simulatePreprocessor(Sample& sample, const Text& text) {
   addTime(sample, [&] { cleaner::simulatePreprocessor(copy, {}, defines); });
 }
 
-// ---- questions, each put to every line of the cleaned text
+// ---- questions, each asked about every line of the cleaned text
 
 std::vector<std::string_view> linesOf(std::string_view text) {
   std::vector<std::string_view> lines;
@@ -133,7 +133,7 @@ bool asksAll(const detect::Statement& statement) {
          detect::isInvokedFunction(statement);
 }
 
-// ---- trees. Nothing is freed: the process ends with the sample.
+// ---- trees; nothing is freed, since the process ends with the sample
 
 ObjectBranch* makeRoot(const Text& text) {
   currentIndex = 0;
@@ -145,7 +145,7 @@ ObjectBranch* makeRoot(const Text& text) {
   return root;
 }
 
-// The wrappers of a route. What their texts hold decides how far the walk for classes goes.
+// Adds the scope wrappers of a route. Their texts decide how far the walk for classes descends.
 ObjectBranch* makeScope(ObjectBranch* root, const Text& text, std::string title) {
   ObjectBranch* const scope =
       builder::addScope(root, kBranchNamespace, "namespace", "namespace", {}, text.path);
@@ -193,7 +193,7 @@ Step passing(Build before, Pass pass) {
   };
 }
 
-// As a run does it, with the tidying on the way.
+// As in a run, with tidying as part of the same walk.
 Step recording(Build before, bool removesBraceOnlyNodes) {
   return [before, removesBraceOnlyNodes](Sample& sample, const Text& text) {
     ObjectBranch* const root = makeRoot(text);
@@ -212,7 +212,7 @@ Step recording(Build before, bool removesBraceOnlyNodes) {
   };
 }
 
-// ---- what is run on what
+// ---- which steps run on which routes
 
 struct Kernel {
   const char* name;
@@ -262,7 +262,7 @@ std::vector<Kernel> kernels() {
   };
 }
 
-// The text of the route, read once.
+// Returns the route's text, read only once.
 const Text& textOf(const std::filesystem::path& texts, const std::string& route) {
   static std::vector<std::pair<std::string, std::unique_ptr<Text>>> known;
   for (const auto& [name, text] : known) {

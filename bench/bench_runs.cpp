@@ -1,10 +1,10 @@
-// Whole runs through ParseJS of a module opened at run time, reading of the file and the full
-// answer included. With a second module, both run in turn.
+// Whole runs through ParseJS of a module opened at run time, including reading the file and the
+// whole answer. Given two modules, runs them alternately.
 //
 // usage: bench_runs TEXTS ROUNDS MODULE [MODULE] [--benchmark_...]
 //
 // TEXTS/runs/ROUTE/SIZE holds the files of one benchmark: the same text for every size of a route,
-// in pieces of that size. One sample hands all of them to one process, file by file.
+// in pieces of that size. One sample parses all of them in one process, file by file.
 #include <benchmark/benchmark.h>
 #include <dlfcn.h>
 
@@ -31,7 +31,7 @@ Symbol find(void* module, const char* name) {
   return reinterpret_cast<Symbol>(symbol);
 }
 
-// With again, the process has run the files once before, outside of the measured time.
+// With again, the process has already run the files once, untimed.
 void runFiles(Sample& sample, const std::string& path, const std::vector<std::string>& files,
               bool again) {
   void* const module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);

@@ -1,7 +1,6 @@
 // One measurement in a process of its own. A run's tree stays allocated for the life of the
-// process, so that runs in one process would pile up memory and find it in ever other states. Here
-// each one is made in a forked child, which ends with it: it finds fresh memory, as a host's first
-// run does, and pays for touching it.
+// process, so runs in one process would pile up memory and each would start in a different state. A
+// forked child starts with fresh memory, as a host's first run does, and pays for touching it.
 #pragma once
 
 #include <functional>
@@ -11,17 +10,17 @@ namespace bench {
 struct Sample {
   double wallSeconds = 0;
   double cpuSeconds = 0;   // user and system
-  double sourceBytes = 0;  // read
-  double recordBytes = 0;  // written
-  double nodes = 0;        // that stay allocated
-  double peakBytes = 0;    // of resident memory, above what the child began with
+  double sourceBytes = 0;  // bytes read
+  double recordBytes = 0;  // bytes written
+  double nodes = 0;        // nodes that stay allocated
+  double peakBytes = 0;    // resident memory above what the child started with
 };
 
-// What work fills in, in a child whose standard output and standard error lead nowhere. A child
-// that fails ends the program.
+// Returns what work fills in, run in a child whose standard output and standard error go nowhere. A
+// child that fails ends the program.
 Sample sampleInChild(const std::function<void(Sample&)>& work);
 
-// Adds the time that work takes.
+// Adds the time that work takes to the sample.
 void addTime(Sample& sample, const std::function<void()>& work);
 
 }  // namespace bench

@@ -1,7 +1,7 @@
-"""Runs of quorl-js over ten thousand files, with one worker and with two in turn, and how long it
-takes to start.
+"""Measures quorl-js over ten thousand files, alternately with one worker and with two, and its
+start-up time.
 
-The files are texts of 1 to 100 KB out of the packages that texts.py fetches, as they are.
+The files are texts of 1 to 100 KB from the packages that texts.py downloads, unchanged.
 """
 import hashlib
 import os
@@ -18,14 +18,14 @@ import texts
 FILES = 10_000
 FILE_BYTES = range(1_000, 100_001)
 JOBS = (1, 2)
-STARTS = 100  # a start takes little time, and the machine may be busy at any one
+STARTS = 100  # a start is short, and the machine may be busy during any one
 RATE_HEADS = ["jobs", "wall s", "cpu s", "files/s", "MB/s wall", "MB/s a core of cpu", "times -j 1",
               "least wall s", "times -j 1"]
 START_HEADS = ["command", "median ms", "least ms"]
 
 
 def prepare(cache):
-    """The file that lists the files, all made unless this very file has made them already."""
+    """Return the list of files, which are made again only if this script has changed."""
     recipe = hashlib.sha256(pathlib.Path(__file__).read_bytes()).hexdigest()[:12]
     folder = cache / ("many-" + recipe)
     if not folder.exists():
@@ -44,7 +44,7 @@ def prepare(cache):
 
 
 def texts_of(path):
-    """The files of an archive that hold text of the sizes wanted, as (name, bytes), by name."""
+    """Return the archive's text files in the size range, as (name, bytes), sorted by name."""
     with tarfile.open(path) as archive:
         found = [(member.name, archive.extractfile(member).read()) for member in archive
                  if member.isfile() and member.size in FILE_BYTES]
@@ -63,7 +63,7 @@ def write_files(folder, downloads):
 
 
 def run_once(command):
-    """(wall, processor seconds) of one process and its workers."""
+    """Return (wall, processor seconds) of one process and its workers."""
     before = time.perf_counter()
     process = subprocess.Popen(list(map(str, command)), stdout=subprocess.DEVNULL)
     _, status, usage = os.wait4(process.pid, 0)
@@ -81,7 +81,7 @@ def compare_jobs(listing, quorl_js, rounds):
     def run(jobs):
         return run_once([quorl_js, "--files-from", listing, "--format", "ndjson", "-j", jobs])
 
-    run(JOBS[-1])  # brings files into memory
+    run(JOBS[-1])  # warm up: read files into memory
     pairs = [[run(jobs) for jobs in JOBS] for _ in range(rounds)]
     least = [min(pair[place][0] for pair in pairs) for place in range(len(JOBS))]
     rows = []

@@ -1,7 +1,7 @@
-"""Whole processes of quorl-js and of other programs that read source text, on the same files.
+"""Measures whole processes of quorl-js and of other source readers on the same files.
 
-universal-ctags comes from Debian; the others from the npm registry, into the cache folder. What a
-program writes goes to a file. A program that needs longer than the limit for a file, or refuses it,
+universal-ctags comes from Debian, the others from the npm registry into the cache folder. Each
+program's output goes to a file. A program that exceeds the time limit for a file, or rejects it,
 gets no figures.
 """
 import os
@@ -20,12 +20,12 @@ HEADS = ["file/program", "wall ms", "cpu ms", "peak MB", "output MB", "wall/quor
 
 
 def install(folder):
-    """The programs out of npm, as (ast-grep, acorn, esbuild)."""
+    """Return the npm programs as (ast-grep, acorn, esbuild)."""
     if not (folder / "node_modules").exists():
         folder.mkdir(parents=True, exist_ok=True)
         subprocess.run(["npm", "install", "--prefix", folder, "--no-audit", "--no-fund",
                         "--ignore-scripts", *NPM_PACKAGES], check=True, stdout=sys.stderr)
-    # The native programs themselves, which their packages' scripts would only put elsewhere.
+    # Use the native programs directly; their packages' install scripts would only move them.
     modules = folder / "node_modules"
     ast_grep, = modules.glob("@ast-grep/cli-*/ast-grep")
     esbuild, = modules.glob("@esbuild/*/bin/esbuild")
@@ -33,12 +33,12 @@ def install(folder):
 
 
 def programs(cache, quorl_js):
-    """(name, command, the routes that it reads)"""
+    """Return (name, command, routes that it can read) for each program."""
     ast_grep, acorn, esbuild = install(cache / "peers")
     every = ("script", "page", "c", "markdown")
     return [
         ("quorl-js", [quorl_js], every),
-        # Unsorted, so that it has nothing to do but read and write.
+        # Unsorted, so that ctags only reads and writes.
         ("ctags", ["ctags", "--options=NONE", "--output-format=json", "--sort=no", "-f", "-"],
          every),
         ("ast-grep outline", [ast_grep, "outline", "--items=all", "--json=stream"], ("script",)),
@@ -48,9 +48,9 @@ def programs(cache, quorl_js):
 
 
 def run_once(command, out):
-    """(wall, processor seconds, peak bytes) of one process, None if it failed or took too long.
+    """Return (wall, processor seconds, peak bytes) of a process, None if it fails or times out.
 
-    The peak is at least that of this interpreter, which the process starts out as.
+    The peak is at least this interpreter's, since the process starts as a fork of it.
     """
     out.seek(0)
     out.truncate()
@@ -69,7 +69,7 @@ def run_once(command, out):
 
 def compare_route(route, file, chosen, rounds, out):
     size, samples, rows = {}, {}, []
-    for name, command in chosen:  # brings files into memory
+    for name, command in chosen:  # warm up: read files into memory
         if run_once([*command, file], out) is None:
             rows.append(["%s/%s" % (route, name), "failed or over %d s" % LIMIT_SECONDS] +
                         [""] * (len(HEADS) - 2))

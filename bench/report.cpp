@@ -22,7 +22,7 @@ double median(const std::vector<Sample>& samples, double Sample::*field) {
 void setCounters(benchmark::State& state, const std::string& prefix,
                  const std::vector<Sample>& samples) {
   const double seconds = median(samples, &Sample::wallSeconds);
-  const Sample& any = samples.front();  // the same bytes each time
+  const Sample& any = samples.front();  // byte counts are the same in each sample
   const auto set = [&](const char* name, double value) { state.counters[prefix + name] = value; };
   set("ms", seconds * 1e3);
   set("cpu_ms", median(samples, &Sample::cpuSeconds) * 1e3);
@@ -35,7 +35,7 @@ void setCounters(benchmark::State& state, const std::string& prefix,
 }
 
 void runVariants(benchmark::State& state, const std::vector<Variant>& variants) {
-  // Brings files and code into memory.
+  // Warm up: read files and code into memory.
   for (const Variant& variant : variants) sampleInChild(variant.measure);
   std::vector<std::vector<Sample>> samples(variants.size());
   for ([[maybe_unused]] auto round : state) {

@@ -1,4 +1,4 @@
-"""Runs both benchmark programs once on short texts and looks at what they counted.
+"""Runs both benchmark programs once on short texts and checks their counters.
 
 usage: smoke_test.py BENCH_RUNS BENCH_KERNELS MODULE
 """

@@ -1,16 +1,16 @@
-"""Makes the texts that the benchmarks read: real ones, out of packages of the npm registry.
+"""Makes the texts that the benchmarks read, from real packages of the npm registry.
 
 usage: texts.py CACHE_FOLDER
 
-Prints the folder that holds them. The packages are pinned by version and checksum, and nothing of
-them is part of the project. Below the folder:
+Prints the folder that holds them. The packages are pinned by version and checksum; none of their
+content is part of the project. In the folder:
 
-  runs/ROUTE/SIZE/  one text for each of script, page, c and markdown, whole and in pieces of about
-                    10 KB, 100 KB and 1 MB, cut between documents where these are smaller and else
-                    at line ends; the pieces together are the whole, so that all sizes are the same
-                    text
-  runs/small/KIND/  200 files of 1 to 30 KB of each of five kinds; KIND-joined/ holds them as one,
-                    and KIND-heads/ the first bytes of each
+    runs/ROUTE/SIZE/  one text each for script, page, c and markdown, whole and in pieces of about
+                      10 KB, 100 KB and 1 MB, cut between documents if these are smaller, else at
+                      line ends; joined, the pieces are the whole text, so all sizes hold the same
+                      text
+    runs/small/KIND/  200 files of 1 to 30 KB of each of five kinds; KIND-joined/ holds them as one
+                      file, and KIND-heads/ the first bytes of each
 """
 import base64
 import hashlib
@@ -35,19 +35,19 @@ PACKAGES = {
                    "chSoeqKdngOLSw=="),
 }
 SCRIPT = ("typescript-5.4.5", "package/lib/tsc.js")
-SCRIPT_BYTES, SCRIPT_LINES = 5_000_000, 99_990  # the route reads 100,000 lines and no more
+SCRIPT_BYTES, SCRIPT_LINES = 5_000_000, 99_990  # the route stops after 100,000 lines
 TEXT_BYTES = 10_000_000
 FILE_END, PARAGRAPH_END = rb"\Z", rb"(?<=\n)\n+"
-ROUTES = {  # (packages, extensions, what ends a part of a document)
+ROUTES = {  # (packages, extensions, pattern that ends a part of a document)
     "page": (("dojox-1.17.3", "npm-10.9.0"), (".html",), None),
     "c": (("nodegit-0.27.0",), (".c", ".h"), FILE_END),
     "markdown": (("aws-cdk-lib-2.150.0", "npm-10.9.0", "nodegit-0.27.0"), (".md",), PARAGRAPH_END),
 }
-AMBIGUOUS = re.compile(rb"/\*|\*/|\\")  # globs and escapes, which each reading takes its own way
+AMBIGUOUS = re.compile(rb"/\*|\*/|\\")  # globs and escapes: readers disagree on them
 SIZES = {"10KB": 10_000, "100KB": 100_000, "1MB": 1_000_000}
 SMALL_BYTES = range(1_000, 30_001)
 SMALL_FILES = 200
-HEAD_BYTES = 64  # as good as nothing: what such a file takes is the price of a file
+HEAD_BYTES = 64  # almost nothing: measures the fixed cost per file
 SMALL = {  # as above
     "script": (("dojox-1.17.3", "npm-10.9.0"), (".js",), None),
     "page": ROUTES["page"],
@@ -58,7 +58,7 @@ SMALL = {  # as above
 
 
 def fetch(package, folder):
-    """The package's archive, downloaded unless it is there, and compared with its checksum."""
+    """Return the package's archive; download it if missing, then verify its checksum."""
     name, checksum = PACKAGES[package]
     path = folder / (package + ".tgz")
     if not path.exists():
@@ -76,14 +76,14 @@ def fetch(package, folder):
 
 
 def read_archive(path, extensions):
-    """The files with one of the extensions, as (name, bytes), by name."""
+    """Return the files with one of the extensions as (name, bytes), sorted by name."""
     with tarfile.open(path) as archive:
         return sorted((member.name, archive.extractfile(member).read()) for member in archive
                       if member.isfile() and pathlib.PurePath(member.name).suffix in extensions)
 
 
 def cut_at_line(text, size):
-    """Pieces of at most size bytes; a line end ends all of them that hold one, but the last."""
+    """Return pieces of at most size bytes, cut at line ends where there are any."""
     pieces = []
     start = 0
     while start < len(text):
@@ -96,7 +96,7 @@ def cut_at_line(text, size):
 
 
 def pack(documents, size):
-    """Pieces of about size bytes, of whole documents where they are no larger than that."""
+    """Return pieces of about size bytes, made of whole documents unless one is larger."""
     pieces = [b""]
     for document in documents:
         for part in cut_at_line(document, size):
@@ -125,21 +125,21 @@ def script_text(archives):
     package, name = SCRIPT
     text = dict(archives(package, (".js",)))[name][:SCRIPT_BYTES]
     text = b"".join(text.splitlines(keepends=True)[:SCRIPT_LINES])
-    return text[:text.rindex(b"\nfunction ") + 1]  # where no statement is open
+    return text[:text.rindex(b"\nfunction ") + 1]  # no statement is open here
 
 
-# What encloses text, for the readings of a run: comments go first, and backticks are no strings to
-# that; then directives go. The groups endless and open are there where one has no end.
+# Enclosing pairs as a run sees them: it strips comments first, without treating backticks as
+# strings, then directives. The groups named endless and open match an opening without an end.
 COMMENT = rb"//[^\n]*|/\*.*?(?:\*/|(?P<endless>\Z))"
 STRING = rb"(?P<quote>[%s])(?:\\.|(?!(?P=quote)).)*(?:(?P=quote)|(?P<open>\Z))"
 COMMENT_OR_STRING = re.compile(COMMENT + b"|" + STRING % b"\"'", re.S)
 CONDITION = re.compile(rb"^\s*#\s*(if|endif)", re.M)  # also in prose
-DIRECTIVE = re.compile(rb"^\s*#.*$", re.M)  # or heading: the line goes
+DIRECTIVE = re.compile(rb"^\s*#.*$", re.M)  # or a heading; the line is removed
 STRING_OR_BRACKET = re.compile(STRING % b"\"'`" + b"|[{}()]", re.S)
 
 
 def closes_all(text):
-    """Whether all comments, strings, brackets and conditions of the text have both ends."""
+    """Return whether all comments, strings, brackets and conditions of the text are closed."""
     conditions = [match[1] for match in CONDITION.finditer(text)]
     if conditions.count(b"if") != conditions.count(b"endif"):
         return False
@@ -164,10 +164,10 @@ def closes_all(text):
 
 
 def documents_of(archives, packages, extensions, part_end):
-    """The documents of the packages. With part_end, without the parts that leave something open.
+    """Return the packages' documents. With part_end, drop the parts that leave something open.
 
-    What one part of a text leaves open hides all that stands behind it from the scanner route, and
-    a "}" too many ends its work: a large text would be read in no time.
+    An unclosed construct hides the rest of the text from the scanner route, and an extra "}" ends
+    the scan: a large text would be parsed in no time.
     """
     documents = [text for package in packages for _, text in archives(package, extensions)]
     if part_end:
@@ -178,7 +178,7 @@ def documents_of(archives, packages, extensions, part_end):
 
 
 def fill(documents, size):
-    """Whole documents of at most size bytes together; they begin anew where there are too few."""
+    """Return whole documents of at most size bytes in total, starting over if they run out."""
     taken = []
     for text in itertools.cycle(documents):
         size -= len(text)
@@ -210,7 +210,7 @@ def make(folder, downloads):
 
 
 def prepare(cache):
-    """The folder of the texts, made unless this very file has made it already."""
+    """Return the folder of texts, which is made again only if this script has changed."""
     recipe = hashlib.sha256(pathlib.Path(__file__).read_bytes()).hexdigest()[:12]
     folder = cache / ("texts-" + recipe)
     if folder.exists():

@@ -1,8 +1,8 @@
-# What a project that depends on the plug-in gets. Three components: module (what a host loads),
-# development (headers, CMake package, pkg-config file), tool (the command-line host).
+# Installs what dependent projects and users need, in three components: module (the plug-in that a
+# host loads), development (headers, CMake package, pkg-config file), tool (the command-line host).
 #
-# "lib" is meant literally: quorl-js looks for the module in ../lib/quorl-js, seen from its own
-# folder, and a plug-in directory needs no multiarch path.
+# "lib" is literal: quorl-js looks for the module in ../lib/quorl-js relative to its own folder, and
+# a plug-in directory needs no multiarch path.
 include(CMakePackageConfigHelpers)
 
 set(QUORL_PLUGIN_DIR lib/quorl-js)
@@ -14,8 +14,8 @@ else()
   set(QUORL_PLUGIN_FILE ${QUORL_PLUGIN_DIR}/quorljs.so)
 endif()
 
-# The C++ header holds the exported declarations of the project's own headers and nothing else:
-# the kernels, which live in namespaces, stay behind.
+# The C++ header holds only the exported declarations of the project's headers, not the internal
+# ones in namespaces.
 block()
   set(sources ${PROJECT_SOURCE_DIR}/src)
   file(READ ${CMAKE_CURRENT_LIST_DIR}/quorl_js.h.in header)
@@ -41,7 +41,7 @@ add_library(quorl_headers INTERFACE)
 set_target_properties(quorl_headers PROPERTIES EXPORT_NAME headers)
 target_include_directories(quorl_headers INTERFACE $<INSTALL_INTERFACE:${QUORL_INCLUDE_DIR}>)
 
-# Who links the module may also read its data, see quorl_js.h for why that takes -fPIC.
+# A program that links the module may read its data, which requires -fPIC (see quorl_js.h).
 target_link_libraries(plugin INTERFACE quorl_headers)
 if(NOT APPLE)
   target_compile_options(plugin INTERFACE $<INSTALL_INTERFACE:-fPIC>)
@@ -71,7 +71,7 @@ install(FILES ${PROJECT_BINARY_DIR}/QuorlJSConfig.cmake
 configure_file(${CMAKE_CURRENT_LIST_DIR}/quorl-js.pc.in ${PROJECT_BINARY_DIR}/quorl-js.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/quorl-js.pc DESTINATION lib/pkgconfig COMPONENT development)
 
-# quorl-js prints its own completions and manual page, from the table that it reads its options by.
+# quorl-js prints its own completions and man page, from its table of options.
 set(QUORL_HAS_MAN_PAGE OFF)
 if(NOT CMAKE_CROSSCOMPILING)
   block()
@@ -94,7 +94,7 @@ if(NOT CMAKE_CROSSCOMPILING)
     find_program(SCDOC scdoc DOC "Makes the manual page of quorl-js; there is none without it")
     if(SCDOC)
       generate(man ${folder}/quorl-js.1.scd)
-      # The date in the page's foot is fixed, so that the same sources make the same page.
+      # The date in the page's footer is fixed, so that the same sources produce the same page.
       add_custom_command(OUTPUT ${folder}/quorl-js.1 DEPENDS ${folder}/quorl-js.1.scd
                          COMMAND ${CMAKE_COMMAND} -E env SOURCE_DATE_EPOCH=0
                                  ${SCDOC} < ${folder}/quorl-js.1.scd > ${folder}/quorl-js.1

@@ -1,8 +1,9 @@
-# Debian packages, one for each component: cpack -G DEB in the build folder, or the target package.
+# Debian packages, one per component: run cpack -G DEB in the build folder, or build the target
+# package.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME quorl-js)
 set(CPACK_PACKAGE_VENDOR "The Quorl JavaScript Parser Plugin authors")
-# Empty, since each package has its own below.
+# Empty: each package has its own summary below.
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")
 set(CPACK_RESOURCE_FILE_LICENSE ${PROJECT_SOURCE_DIR}/LICENSE)
 set(CPACK_COMPONENTS_ALL module development tool)
@@ -43,7 +44,7 @@ set(CPACK_DEBIAN_TOOL_DESCRIPTION
 Prints the structure records of JavaScript and HTML files, or of any other
 text, on standard output.")
 
-# Debian wants a copyright file and a changelog in each package, and manual pages compressed.
+# Debian requires a copyright file and a changelog in each package, and compressed man pages.
 configure_file(${CMAKE_CURRENT_LIST_DIR}/debian/changelog.in ${PROJECT_BINARY_DIR}/debian/changelog
                @ONLY)
 set(CPACK_QUORL_DEBIAN_CHANGELOG ${PROJECT_BINARY_DIR}/debian/changelog)

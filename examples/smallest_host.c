@@ -1,6 +1,7 @@
-/* The smallest host: it opens the plug-in, parses one file and prints the answer. */
+/* A minimal host: loads the plug-in, parses one file and prints the answer. */
 #include <dlfcn.h>
 #include <stdio.h>
+#include <string.h>
 #include <unistd.h>
 
 #include "plugin/plugin_api.h"
@@ -11,22 +12,24 @@ int main(int argc, char** argv) {
   const char* answer;
   FILE* out;
   void* module;
+  int failed;
 
   if (argc != 3) return fputs("usage: smallest_host MODULE FILE\n", stderr), 2;
   module = dlopen(argv[1], RTLD_NOW | RTLD_LOCAL);
   if (module == NULL) return fprintf(stderr, "%s\n", dlerror()), 2;
-  /* The way that POSIX gives for turning an object pointer into a function pointer. */
+  /* POSIX's way to turn the object pointer from dlsym into a function pointer. */
   *(void**)&parse = dlsym(module, "ParseJS");
   *(void**)&cleanup = dlsym(module, "CleanupJS");
   if (parse == NULL || cleanup == NULL) return fputs("not the plug-in\n", stderr), 2;
 
-  /* The plug-in prints diagnostic lines: keep standard output for the answer alone. */
+  /* The plug-in prints diagnostics to standard output: keep the real one for the answer. */
   out = fdopen(dup(STDOUT_FILENO), "w");
   if (out == NULL || freopen("/dev/null", "w", stdout) == NULL) return 2;
 
-  answer = parse(argv[2], NULL); /* the plug-in's own: to be read before the next call */
-  if (answer == NULL) return fputs("no memory\n", stderr), 1;
+  answer = parse(argv[2], NULL); /* owned by the plug-in; valid until the next call */
+  if (answer == NULL) return fputs("out of memory\n", stderr), 1;
+  failed = strncmp(answer, "[\n", 2) != 0; /* records begin with "[\n", an error with "[{" */
   fputs(answer, out);
   cleanup();
-  return fclose(out) == 0 ? 0 : 2;
+  return fclose(out) == 0 ? failed : 2;
 }

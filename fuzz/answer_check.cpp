@@ -41,7 +41,7 @@ constexpr std::array<std::string_view, 13> kTags{"\n      \"html-document\"\n",
                                                  "\n      \"constructor\"\n",
                                                  "\n      \"global-function\"\n",
                                                  "\n      \"variable\"\n"};
-// Behind other tags it has another form.
+// This tag has another form after other tags.
 constexpr std::string_view kLaterVariableTag = "    \"variable\"\n";
 
 struct Record {
@@ -57,7 +57,7 @@ class AnswerReader {
  public:
   explicit AnswerReader(std::string_view text) : text_(text) {}
 
-  // Throws std::runtime_error at the first byte that the format does not allow.
+  // Throws std::runtime_error at the first byte that violates the format.
   std::vector<Record> records(std::string_view path) {
     const std::string escapedPath = EscapeString(std::string(path));
     std::vector<Record> all;
@@ -103,7 +103,7 @@ class AnswerReader {
     std::vector<int> ids;
     if (takeIf("],\n")) return ids;
     take("   ");
-    // A child that is hidden leaves its comma: before all others, or none behind the last.
+    // A hidden child leaves its comma: before the first child, or missing after the last.
     while (!takeIf("\n    ],\n")) {
       if (!takeIf(",\n      ")) {
         if (!ids.empty()) fail("a comma before the child");
@@ -126,8 +126,7 @@ class AnswerReader {
     }
   }
 
-  // A string up to its closing quote, which is taken too, with nothing in it that has to be
-  // escaped.
+  // Reads a string and its closing quote. Fails on a byte that should have been escaped.
   std::string_view escaped() {
     std::size_t end = 0;
     for (; end < text_.size() && text_[end] != '"'; ++end) {
@@ -179,11 +178,11 @@ class AnswerReader {
                              " at: " + std::string(text_.substr(0, 80)));
   }
 
-  std::string_view text_;  // what has not been read
+  std::string_view text_;  // the unread rest
   bool separated_ = false;
 };
 
-// What is wrong with the tree that the records make.
+// Returns what is wrong with the tree that the records form, empty if nothing.
 std::string treeFault(const std::vector<Record>& records, int lastLine) {
   const auto count = static_cast<int>(records.size());
   if (count == 0 || records[0].label != "filepath" || records[0].parent != -1) {

@@ -1,5 +1,5 @@
-// Reads an answer as the record format says, to the byte, and checks what is true of every answer
-// for a file, whatever the file holds.
+// Parses an answer strictly by the record format and checks what holds for every answer, whatever
+// the file contains.
 #pragma once
 
 #include <cstddef>
@@ -9,11 +9,11 @@
 namespace fuzz {
 
 struct AnswerCheck {
-  std::string fault;  // the first, empty if there is none
+  std::string fault;  // the first one, empty if there is none
   std::size_t records = 0;
 };
 
-// path is that of the file; no record may have a line number above lastLine.
+// path is the file's path; no record may have a line number above lastLine.
 AnswerCheck checkAnswer(std::string_view answer, std::string_view path, int lastLine);
 
 }  // namespace fuzz

@@ -1,5 +1,4 @@
-// The check of answers has to find what is wrong with one: a fuzzer that asserts nothing finds
-// nothing.
+// The answer check must detect each kind of fault: a fuzzer that asserts nothing finds nothing.
 #include "answer_check.h"
 
 #include <gtest/gtest.h>
@@ -51,12 +50,12 @@ TEST(AnswerCheck, FindsNothingInAnAnswer) {
   EXPECT_EQ(check.records, 2u);
 }
 
-// Each changes one field of a good answer's first or second record.
+// Each row changes one field of a good answer's first or second record.
 struct Change {
   const char* name;
   std::string Fields::*field;
   std::string value;
-  std::string fault;  // how the fault begins
+  std::string fault;  // how the reported fault begins
 };
 
 std::string faultWith(Fields first, Fields second, bool inFirst, const Change& change) {

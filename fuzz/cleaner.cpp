@@ -1,6 +1,5 @@
-// The passes from raw text to the text that is read, each by itself and all in their order, held
-// against the plain reading of their rules. The first byte picks the names that conditions know;
-// all behind it is the text.
+// The passes from raw to cleaned text, one by one and all in order, compared with the reference
+// implementation. The first byte picks the known defines; the rest is the text.
 #include "cleaner/cleaner.h"
 
 #include <array>
@@ -24,7 +23,7 @@ void testComments(const std::string& text) {
   require(Cleaner().UncommentAndUnquoteText(text, true) == stripped, "strings stay either way");
 }
 
-// Runs a pass that knows directives, which adds to defines. It gives its text.
+// Runs a pass that handles directives and appends to defines. Returns its text.
 template <typename Pass>
 void testPass(const reference::Simulated& plain, Names defines, Pass pass) {
   std::string text;
@@ -57,7 +56,7 @@ void testCleaner(std::string_view input) {
 
   testPass(reference::cleanText(text, known, defines), defines,
            [&](Names& found) { return Cleaner().CleanText(text, known, found); });
-  // Each pass is a function of its own too, and has to stand any bytes.
+  // Each pass is also a function of its own and must accept any bytes.
   testComments(text);
   testPass(reference::simulatePreprocessor(text, known, defines), defines,
            [&](Names& found) { return Cleaner().PreProcessorSimulation(text, known, found); });

@@ -1,4 +1,4 @@
-// What the fuzz targets are made of.
+// Helpers shared by the fuzz targets.
 #pragma once
 
 #include <cstdio>
@@ -7,11 +7,11 @@
 
 namespace fuzz {
 
-// Reports what does not hold and ends the process, which is how a fuzzer learns of a finding.
+// Reports a violation and aborts the process, which is how a fuzzer learns of a finding.
 void require(bool holds, std::string_view what);
 
-// While it lives, what is written to one of C's two output streams is kept instead. It swaps the
-// stream and not the descriptor below it, so that the reports of fuzzers and sanitizers get out.
+// While alive, captures what is written to one of C's output streams. It replaces the stream, not
+// its descriptor, so that reports of fuzzers and sanitizers still get out.
 class Capture {
  public:
   explicit Capture(std::FILE*& stream);
@@ -29,7 +29,7 @@ class Capture {
   std::size_t size_ = 0;
 };
 
-// What a piece of a run wrote.
+// What one piece of a run printed.
 struct Printed {
   std::string out;
   std::string err;

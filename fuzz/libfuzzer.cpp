@@ -1,4 +1,4 @@
-// The one target of a program in which libFuzzer has main.
+// Runs the program's one target under libFuzzer, which provides main.
 #include <cstddef>
 #include <cstdint>
 

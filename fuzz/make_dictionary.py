@@ -1,12 +1,12 @@
-"""Makes the fuzzers' dictionary from the words that the sources look for.
+"""Builds the fuzzers' dictionary from the string literals in the sources.
 
 usage: make_dictionary.py SOURCE_FOLDER
        make_dictionary.py --check SOURCE_FOLDER
 
-Every string literal of the folders that read text is a word, whatever table or call it stands in,
-so that a word that comes into the sources comes into the dictionary too. Not taken: literals that
-span lines (the layout of records), and single bytes, which a fuzzer finds by itself. --check makes
-no dictionary and tests how the words are found.
+Every string literal of the folders that read text becomes a word, whatever table or call it is in,
+so that a new word in the sources reaches the dictionary. Skipped: literals that span lines (the
+layout of records) and single bytes, which a fuzzer finds by itself. --check tests how words are
+found and builds no dictionary.
 """
 import pathlib
 import re
@@ -14,7 +14,7 @@ import sys
 
 FOLDERS = ("cleaner", "detect", "html", "builder", "refine", "records", "text")
 
-# Comments and character literals are matched so that a quote in one opens no string.
+# Match comments and character literals too, so that a quote inside them opens no string.
 TOKEN = re.compile(r"""//[^\n]*|/\*.*?\*/|'(?:\\.|[^'\\\n])+'|"((?:\\.|[^"\\\n])*)\"""", re.S)
 DIGIT_SEPARATOR = re.compile(r"(?<=[0-9a-fA-F])'(?=[0-9a-fA-F])")
 ESCAPE = re.compile(r"\\(x[0-9a-fA-F]+|[0-7]{1,3}|.)")
@@ -70,7 +70,7 @@ if (part.is("three")) {}
     assert found == {"one", 't"wo', "AB\t", "three"}, found
     assert entry_of('a"b\\\t') == '"a\\x22b\\x5C\\x09"', entry_of('a"b\\\t')
 
-    # One word of each table and chain of questions.
+    # At least one word of each table and chain of tests.
     known = {"#ifndef", "-->", "TTTTT", "finally", "while", "!==", "async", "+=", "require",
              "customElements.define", "typeof module", "xhtml", "es6", "</script>", "!DOCTYPE",
              "input", "action=", "extends", "));", "))))", "namespace"}

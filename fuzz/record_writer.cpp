@@ -1,5 +1,5 @@
-// The record pass and the format, over a tree that the bytes describe: the answer, what is printed
-// and what becomes of every node, held against the plain reading of the rules.
+// The record pass and the format, over a tree decoded from the bytes: the answer, the printed lines
+// and the final state of every node, compared with the reference implementation.
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -24,7 +24,7 @@ struct Passed {
   std::int32_t count = 0;
 };
 
-// Runs pass over a tree of its own, from the root, which is null if there are no nodes.
+// Runs pass from the root of a tree of its own; the root is null if there are no nodes.
 template <typename Pass>
 Passed passed(std::string_view bytes, Pass pass) {
   resetCounts();

@@ -1,8 +1,8 @@
-// Runs a target over files, in place of a fuzzer: to see a finding again, and as a test.
+// Runs a target over files instead of under a fuzzer: to reproduce a finding, and as a test.
 //
 //   replay TARGET PATH ...
 //
-// Each path is a file or a folder, which is searched. No file at all is a failure.
+// Each path is a file or a folder, which is searched recursively. Fails if there are no files.
 #include <algorithm>
 #include <cstddef>
 #include <cstdio>

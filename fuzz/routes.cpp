@@ -1,5 +1,5 @@
-// The three routes of a file: whole runs against the plain reading of every rule, and what has to
-// hold for any answer.
+// Whole runs of the three routes, compared with the reference implementation, and checks that hold
+// for any answer.
 #include "routes.h"
 
 #include <algorithm>
@@ -29,19 +29,19 @@ namespace {
 
 struct Outcome {
   std::vector<std::string> defines;
-  std::string text;  // that the tree was built of
+  std::string text;  // the tree was built from it
   std::string answer;
   std::string leftInChunk;
   Printed whileCleaning;
   Printed whileBuilding;
-  std::vector<std::string> nodes;  // all below the root and below each orphan
+  std::vector<std::string> nodes;  // everything below the root and below each orphan
   std::int32_t nextId = 0;
   std::int32_t count = 0;
   bool operator==(const Outcome&) const = default;
 };
 
-// The outcome of work, which gets the arguments of a run and does what comes between reading the
-// file and handing out the answer.
+// The outcome of work, which takes a run's arguments and does everything between reading the file
+// and returning the answer.
 template <typename Work>
 Outcome outcomeOf(const Setting& setting, std::string_view file, Work work) {
   Outcome outcome;
@@ -131,7 +131,7 @@ std::size_t countOf(std::string_view text, std::string_view piece) {
   return count;
 }
 
-// One file, built twice and once in the plain reading of every rule.
+// Builds one file twice and compares both with the reference implementation.
 void testRun(std::string_view input, std::span<const std::string_view> names) {
   if (input.size() < 2) return;
   const Pick pick = pickBy(static_cast<unsigned char>(input.front()), names);

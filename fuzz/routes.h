@@ -1,5 +1,5 @@
-// The three routes as fuzz targets: the first byte of the input picks the name of the file and how
-// the run is asked for, all behind it is the file.
+// The three routes as fuzz targets: the first byte of the input picks the file's name and the run's
+// settings, the rest is the file.
 #pragma once
 
 #include <array>
@@ -9,8 +9,8 @@
 
 namespace fuzz {
 
-// Names that lead to a route. Besides the extension some say something to a later stage, as a
-// whole or by a folder in them.
+// Names that select a route. Some also affect a later stage, by the whole path or by a folder in
+// it.
 inline constexpr std::array<std::string_view, 9> kScriptNames{
     "a.js",   "greet.jsx",     "a.ts",       "my-app.tsx", "script/1.mjs",
     "_x.cjs", "dir.html/.es6", "class X.es", "it's.js"};
@@ -19,14 +19,14 @@ inline constexpr std::array<std::string_view, 5> kPageNames{"a.html", "a.htm", "
 inline constexpr std::array<std::string_view, 7> kScannerNames{
     "a.css", "script/a.c", "a.html.bak", "README", "dir.js/a", "A.JS", "class.py"};
 
-// The ways to ask for a run. What a host gives are line feeds between names; here they are lists.
+// Settings of a run. A host passes defines separated by line feeds; here they are lists.
 struct Setting {
   std::array<std::string_view, 3> defines{};  // an empty one ends the list
   bool isJavaScript = true;
   std::string_view namespaceName{};
   std::string_view className{};
-  std::string_view chunk{};  // what it holds before the run
-  bool isCleaned = true;     // the text is cleaned first, as a host's call does it
+  std::string_view chunk{};  // its content before the run
+  bool isCleaned = true;     // clean the text first, as ParseJS does
 };
 inline constexpr std::array<Setting, 9> kSettings{{{},
                                                    {{"DEBUG", "RELEASE"}},
@@ -43,7 +43,7 @@ struct Pick {
   const Setting& setting;
 };
 
-// The first byte counts through the names, and through the settings each time it is through these.
+// The first byte cycles through the names, and moves to the next setting after each full cycle.
 inline Pick pickBy(unsigned char byte, std::span<const std::string_view> names) {
   return {names[byte % names.size()], kSettings[byte / names.size() % kSettings.size()]};
 }

@@ -11,7 +11,7 @@ namespace {
 
 bool watching = false;
 
-// The registry's own blocks come by here too, when it loses an entry; they need no look.
+// Erasing an entry frees a block of the registry itself, which must not be looked up in turn.
 void forget(void* block) {
   watching = false;
   allAllocatedNodes.erase(static_cast<ObjectBranch*>(block));

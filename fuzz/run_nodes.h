@@ -1,13 +1,13 @@
-// Nodes are kept for the life of a process, which is the contract, and would fill the memory of one
-// that makes a million runs.
+// Nodes stay allocated for the life of a process (that is the contract) and would exhaust the
+// memory of a process that makes a million runs.
 #pragma once
 
 namespace fuzz {
 
-// While it lives, a node that is destroyed leaves the registry of nodes too, so that the registry
-// holds just those that are alive: the tree alone would not do, since nodes are cut off from it
-// without being destroyed. At its end it destroys them all and leaves the registry empty. The
-// program's operator new and operator delete are replaced for it.
+// While alive, removes each destroyed node from the registry, so that the registry holds exactly
+// the live nodes; the tree alone would not do, since nodes are cut off from it without being
+// destroyed. Its destructor destroys them all and empties the registry. Linking it replaces the
+// program's operator new and operator delete.
 class RunNodes {
  public:
   RunNodes();
@@ -16,7 +16,7 @@ class RunNodes {
   ~RunNodes();
 };
 
-// The counts as they are before a run.
+// Resets the counts to their values before a run.
 void resetCounts();
 
 }  // namespace fuzz

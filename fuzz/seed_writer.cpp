@@ -1,9 +1,9 @@
-// Writes what each target begins with: the inputs of the cases and short hostile texts, in the form
-// that the target reads.
+// Writes the seed inputs of each target: the inputs of the whole-file cases and short hostile
+// texts, in the form that the target reads.
 //
 //   seed_writer FOLDER
 //
-// The seeds of a target go into the folder of its name.
+// A target's seeds go into the folder named after it.
 #include <algorithm>
 #include <array>
 #include <cstddef>
@@ -30,7 +30,7 @@ constexpr std::size_t kHostileBytes = 600;
 
 struct Text {
   std::string name;
-  std::string extension;  // with the dot
+  std::string extension;  // including the dot
   std::string bytes;
 };
 
@@ -63,7 +63,7 @@ std::size_t nameWith(std::string_view extension, std::span<const std::string_vie
   return found == names.end() ? 0 : static_cast<std::size_t>(found - names.begin());
 }
 
-// Every text is a file of every route. One setting each: the settings take turns.
+// Every text becomes a file for every route, each with one setting; the settings rotate.
 struct RouteSeeds {
   const char* target;
   std::span<const std::string_view> names;
@@ -98,7 +98,7 @@ std::vector<std::string_view> linesOf(std::string_view text) {
   return lines;
 }
 
-// Lines are statements, and so is a text as a whole.
+// Each line is a statement, and so is the text as a whole.
 void writeTokeniserSeeds(const fs::path& folder, const std::vector<Text>& texts) {
   fs::create_directories(folder / "tokeniser");
   for (const Text& text : texts) {
@@ -114,8 +114,8 @@ void writeTokeniserSeeds(const fs::path& folder, const std::vector<Text>& texts)
 // A function that its parent does not list.
 constexpr std::string_view kHiding = "function f(TTTTT) {";
 
-// A node a line. What a node is besides its text follows from the line's number: each value comes
-// with many values of the others.
+// One node per line. Everything but its text follows from the line's number, so that each value
+// meets many values of the others.
 void writeRecordSeeds(const fs::path& folder, const std::vector<Text>& texts) {
   fs::create_directories(folder / "record_writer");
   for (std::size_t i = 0; i < texts.size(); ++i) {

@@ -1,5 +1,5 @@
-// The fuzz targets. Each is one function over bytes that somebody else chose: libFuzzer, or the
-// program that replays files. It asserts what has to hold for any bytes.
+// The fuzz targets. Each is a function over arbitrary bytes, from libFuzzer or from the program
+// that replays files, and asserts what must hold for any bytes.
 #pragma once
 
 #include <algorithm>
@@ -26,14 +26,14 @@ inline constexpr std::array<Target, 6> kTargets{{{"script", testScript},
                                                  {"tokeniser", testTokeniser},
                                                  {"record_writer", testRecordWriter}}};
 
-// The target of that name, or null.
+// Returns the target of that name, or null.
 constexpr const Target* findTarget(std::string_view name) {
   const auto* const found = std::find_if(kTargets.begin(), kTargets.end(),
                                          [name](const Target& each) { return each.name == name; });
   return found == kTargets.end() ? nullptr : found;
 }
 
-// One test. What it allocates of nodes is destroyed behind it.
+// Runs one test and destroys the nodes that it allocated.
 void run(const Target& target, std::string_view input);
 
 }  // namespace fuzz

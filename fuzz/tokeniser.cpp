@@ -1,5 +1,5 @@
-// One statement: its parts, every question that is asked of a statement, and the primitives that
-// these stand on, held against the plain reading of their rules.
+// One statement: its parts, every question asked about a statement, and the string primitives below
+// them, compared with the reference implementation.
 #include <array>
 #include <cstddef>
 #include <string>
@@ -33,8 +33,8 @@ void testParts(const std::string& statement) {
   }
 }
 
-// A question by the function that hosts have, by the one that shares what it learns with others,
-// and in its plain reading.
+// A question as its exported function, as the function that shares its findings, and as the
+// reference implementation.
 struct Question {
   bool (*door)(std::string);
   bool (*kernel)(const detect::Statement&);
@@ -50,7 +50,7 @@ constexpr std::array<Question, 8> kQuestions{
      {DetectJSImports, detect::isImport, reference::detectJSImports},
      {DetectIIFE, detect::isInvokedFunction, reference::detectIIFE}}};
 
-// The answers may not depend on what has been asked before, of this statement or another.
+// An answer must not depend on earlier questions about this statement or another.
 void testQuestions(const std::string& statement, detect::Statement& shared) {
   std::array<bool, kQuestions.size()> answers{};
   for (std::size_t i = 0; i < answers.size(); ++i) {
@@ -98,7 +98,7 @@ void testPrimitives(std::string statement) {
 void testTokeniser(std::string_view input) {
   const std::string statement(input);
   testParts(statement);
-  // What has been learnt of one statement may not answer for the next.
+  // What was learned about one statement must not answer for the next.
   detect::Statement shared("async function before(a) { return 1; }");
   for (const Question& question : kQuestions) question.kernel(shared);
   testQuestions(statement, shared);

@@ -16,7 +16,7 @@ constexpr std::array<std::string_view, 3> kPaths{"a.js", "a.html", "dir/it's \"x
 
 constexpr std::size_t kHeadBytes = 4;
 constexpr std::uint32_t kCodes = kBranchError + 3;
-constexpr std::int32_t kNumberStep = 16'777'215;  // so that a byte's 256 values reach both ends
+constexpr std::int32_t kNumberStep = 16'777'215;  // a byte's values reach both ends of the range
 
 class TreeReader {
  public:
@@ -55,7 +55,7 @@ class TreeReader {
     node->parent = parent;
     node->lineNumber = (last - 128) * kNumberStep;
     if (freeNumbers_) {
-      node->nodeID = (last / 4 * 4 - 128) * kNumberStep;  // often one that there is already
+      node->nodeID = (last / 4 * 4 - 128) * kNumberStep;  // often already taken
     } else {
       if ((last & 1) != 0 && parent != nullptr) parent->children.push_back(nullptr);
       if ((last & 2) != 0) node->parent = nullptr;

@@ -1,12 +1,12 @@
-# Runs on the staged files of the packages, before they are packed.
+# Runs on the staged files of the packages before they are packed.
 cmake_policy(VERSION 3.25)
 
 function(compress file)
-  # -n: neither a name nor a time, so that the same files make the same package.
+  # -n: store no name or time, so that the same files produce the same package.
   execute_process(COMMAND gzip -9n ${file} COMMAND_ERROR_IS_FATAL ANY)
 endfunction()
 
-# Everybody may read what is installed, whatever the umask of the build was.
+# Make all files readable for everyone, whatever the umask of the build.
 function(open_to_all root)
   set(read OWNER_READ GROUP_READ WORLD_READ)
   set(run OWNER_EXECUTE GROUP_EXECUTE WORLD_EXECUTE)
@@ -29,7 +29,7 @@ foreach(component IN LISTS CPACK_COMPONENTS_ALL)
   foreach(page IN LISTS pages)
     compress(${page})
   endforeach()
-  # Where Debian's zsh looks for what packages bring.
+  # Debian's zsh looks for package completions here.
   if(EXISTS ${share}/zsh/site-functions)
     file(RENAME ${share}/zsh/site-functions ${share}/zsh/vendor-completions)
   endif()

@@ -152,9 +152,11 @@ constexpr std::array kOptions = {
     Option{.name = "--max-memory",
            .argument = "SIZE",
            .values = "a size of at least 64M such as 512M or 2GiB, or 0 for no limit",
-           .help = "Limit the address space of a worker process (default: the machine's memory; 0 "
-                   "= no limit)",
-           .details = "It is at least 64M."},
+           .help = "Limit the address space of a worker to SIZE, at least 64M (default: a share of "
+                   "the machine's memory; 0 = no limit)",
+           .details =
+               "By default the workers share the memory of the machine or control group, and "
+               "a file that needs more than a share is parsed again with all of it."},
     Option{.name = "--max-output",
            .argument = "SIZE",
            .values = kSizes,
@@ -165,8 +167,9 @@ constexpr std::array kOptions = {
            .help = "Skip files larger than SIZE (default: 256M; 0 = no limit)"},
     Option{.name = "--strict",
            .group = "Messages",
-           .help = "Treat warnings as errors: entries that are not regular files, files that "
-                   "needed a second attempt, an empty run"},
+           .help =
+               "Treat warnings as errors: irregular or changed files, second attempts, an empty "
+               "run"},
     Option{.name = "--quiet",
            .shortName = "-q",
            .help = "Suppress messages about individual files, including the plug-in's own",

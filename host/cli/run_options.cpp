@@ -13,6 +13,7 @@
 #include "cli/value_parsers.h"
 #include "records/labels.h"
 #include "system/failure.h"
+#include "system/memory_budget.h"
 #include "system/platform.h"
 #include "system/text_parts.h"
 
@@ -167,9 +168,9 @@ RunOptions parseRunOptions(int argc, const char* const* argv) {
   result.times = arguments.isGiven("--times");
   result.jobs = std::min(availableCores(), kMaxJobs);
   withValue(arguments, "--jobs", [&](const auto& text) { return takeJobs(text, result.jobs); });
-  // A large file may well need gigabytes: its tree takes far more than its text.
-  result.limits.memory = machineMemory();
   readLimits(arguments, result.limits);
+  // A large file may well need gigabytes: its tree takes far more than its text.
+  if (!arguments.isGiven("--max-memory")) result.limits.memoryBudget = memoryBudget();
   result.strict = arguments.isGiven("--strict");
   result.quiet = arguments.isGiven("--quiet");
   result.progress = !arguments.isGiven("--no-progress");

@@ -3,7 +3,9 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <utility>
 
 #include "run/answer_name.h"
 #include "run/temporary_file.h"
@@ -21,14 +23,40 @@ int fill(const TemporaryFile& file, std::string_view text) {
 }
 
 int writeWhole(int directory, const std::string& name, std::string_view text) {
-  const TemporaryFile file = makeTemporaryFile(directory);
-  if (file.descriptor < 0) return errno;
-  return finishTemporaryFile(directory, file, name, fill(file, text));
+  // Another machine that starts on the same directory may take the file for a stale one.
+  constexpr int kAttempts = 3;
+  int error = ENOENT;
+  for (int attempt = 0; attempt < kAttempts && error == ENOENT; ++attempt) {
+    const TemporaryFile file = makeTemporaryFile(directory);
+    if (file.descriptor < 0) return errno;
+    error = finishTemporaryFile(directory, file, name, fill(file, text));
+  }
+  return error;
+}
+
+// Answer names are ASCII.
+char toUpper(char byte) {
+  return byte >= 'a' && byte <= 'z' ? static_cast<char>(byte - 'a' + 'A') : byte;
+}
+
+std::string folded(std::string name) {
+  std::transform(name.begin(), name.end(), name.begin(), toUpper);
+  return name;
 }
 
 }  // namespace
 
-AnswerDirectory::AnswerDirectory(const std::string& path, std::string_view extension)
+bool foldsCase(int directory) {
+  const TemporaryFile file = makeTemporaryFile(directory);
+  if (file.descriptor < 0) return false;  // writing answers will fail, and tell why
+  ::close(file.descriptor);
+  const bool isFound = ::faccessat(directory, folded(file.name).c_str(), F_OK, 0) == 0;
+  dropTemporaryFile(directory, file);
+  return isFound;
+}
+
+AnswerDirectory::AnswerDirectory(const std::string& path, std::string_view extension,
+                                 bool (*probe)(int directory))
     : path_(path),
       extension_(extension),
       directory_(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
@@ -39,9 +67,20 @@ AnswerDirectory::AnswerDirectory(const std::string& path, std::string_view exten
     ::close(directory_);
     throw systemFailure(subject, error);
   }
+  removeStaleTemporaryFiles(directory_);
+  foldsCase_ = probe(directory_);
 }
 
 AnswerDirectory::~AnswerDirectory() { ::close(directory_); }
+
+std::optional<std::string> AnswerDirectory::otherOwner(std::string_view sourceFile) {
+  if (!foldsCase_) return std::nullopt;
+  std::string name = answerName(sourceFile, extension_);
+  const auto [owner, isNew] =
+      owners_.try_emplace(folded(name), Owner{name, std::string(sourceFile)});
+  if (owner->second.answerName == name) return std::nullopt;
+  return owner->second.sourceFile;
+}
 
 void AnswerDirectory::remove(std::string_view sourceFile) const {
   const std::string name = answerName(sourceFile, extension_);

@@ -5,6 +5,7 @@
 #include <array>
 #include <chrono>
 #include <cstdio>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -18,14 +19,14 @@
 namespace host {
 namespace {
 
-// How often is looked at what tells nothing of itself: a reader that has gone, a hidden wait.
+// How often to check what sends no event: a reader that has gone, a worker that is stopped.
 constexpr int kIdleMilliseconds = 500;
 constexpr int kProgressMilliseconds = 100;
 
 class Batch {
  public:
   Batch(const WorkerTask& task, const RunOptions& options, const Diagnostics& diagnostics,
-        Output* output, const AnswerDirectory* answerDirectory)
+        Output* output, AnswerDirectory* answerDirectory)
       : task_(task),
         options_(options),
         diagnostics_(diagnostics),
@@ -55,7 +56,7 @@ class Batch {
   }
 
  private:
-  // What else is written to the terminal would run into the line.
+  // Other output on the terminal would run into the progress line.
   bool isProgressWanted() const {
     const bool isOutputSeen = output_ != nullptr && terminalWidth(STDOUT_FILENO) != 0;
     return options_.progress && !options_.quiet && !isOutputSeen &&
@@ -83,13 +84,12 @@ class Batch {
 
   void take(std::uint64_t index, const Input& input) {
     if (input.kind == InputKind::kFile) {
-      takeResult(input, pool_.take(index, idleOver(input)));
+      takeResult(input, pool_.waitFor(index, idleOver(input)));
       return;
     }
     const std::string message = input.path + ": " + input.reason;
     if (input.kind == InputKind::kPassedOver) {
-      tell(message);
-      warned_ = true;
+      warn(message);
     } else {
       takeResult(input, unansweredResult(task_, input, FileStatus::kFailed, message));
     }
@@ -110,31 +110,42 @@ class Batch {
 
   void takeResult(const Input& input, const FileResult& result) {
     passErrorsOn(false);
-    deliver(input, result);
+    const bool isDelivered = deliver(input, result);
     ++done_;
     if (result.diagnosticsLost) throw diagnostics_.failure();
     if (!result.firstFailure.empty()) {
-      tell(input.path + ": answered at the second attempt; the first: " + result.firstFailure);
-      warned_ = true;
+      warn(input.path + ": succeeded on the second attempt; first failure: " + result.firstFailure);
     }
+    if (result.hasChanged) warn(input.path + ": changed while it was read");
     if (!result.warnings.empty()) tell(input.path + ": " + result.warnings);
     if (result.status == FileStatus::kEmpty) ++empty_;
-    if (!isGood(result.status)) {
-      ++failed_;
-      tell(result.message);
-    }
+    if (!isGood(result.status)) tell(result.message);
+    if (!isGood(result.status) || !isDelivered) ++failed_;
     progress_.show(done_, failed_, input.path);
   }
 
-  void deliver(const Input& input, const FileResult& result) {
-    if (answerDirectory_ != nullptr) {
-      if (result.hasAnswer || !result.text.empty()) {
-        answerDirectory_->write(input.path, result.text);
-      } else {
-        answerDirectory_->remove(input.path);
-      }
-      return;
+  // Returns false, with a message, if there is no place for the answer.
+  bool deliver(const Input& input, const FileResult& result) {
+    if (answerDirectory_ != nullptr) return deliverToFile(input, result);
+    deliverToOutput(result);
+    return true;
+  }
+
+  bool deliverToFile(const Input& input, const FileResult& result) {
+    if (const std::optional<std::string> other = answerDirectory_->otherOwner(input.path)) {
+      tell(input.path + ": not written: its answer file would overwrite that of " + *other +
+           ", since the file system ignores case");
+      return false;
     }
+    if (result.hasAnswer || !result.text.empty()) {
+      answerDirectory_->write(input.path, result.text);
+    } else {
+      answerDirectory_->remove(input.path);
+    }
+    return true;
+  }
+
+  void deliverToOutput(const FileResult& result) {
     if (result.isWritten) {
       output_->check(result.outputError);
       return;
@@ -163,7 +174,7 @@ class Batch {
     output_->write(text);
   }
 
-  // What the module has written there, whose last line may not be whole yet.
+  // Prints what the module wrote to standard error: whole lines, or all of it.
   void passErrorsOn(bool all) {
     const std::string text = errors_.take(all);
     if (text.empty()) return;
@@ -177,11 +188,16 @@ class Batch {
     printMessage(message);
   }
 
+  void warn(std::string_view message) {
+    tell(message);
+    warned_ = true;
+  }
+
   WorkerTask task_;
   const RunOptions& options_;
   const Diagnostics& diagnostics_;
   Output* output_;
-  const AnswerDirectory* answerDirectory_;
+  AnswerDirectory* answerDirectory_;
   Progress progress_;
   StderrRelay errors_;
   WorkerPool pool_;
@@ -196,7 +212,7 @@ class Batch {
 }  // namespace
 
 bool answerFiles(const WorkerTask& task, const RunOptions& options, const Diagnostics& diagnostics,
-                 Output* output, const AnswerDirectory* answerDirectory) {
+                 Output* output, AnswerDirectory* answerDirectory) {
   return Batch(task, options, diagnostics, output, answerDirectory).run();
 }
 

@@ -11,9 +11,9 @@
 
 namespace host {
 
-// Has each file answered, in order, and complains of those that fail. The texts go to output or to
-// answerDirectory, of which the other one is null. Gives false if the run is to count as failed.
+// Has each file answered, in order, and reports those that fail. The texts go to output or to
+// answerDirectory; the other one is null. Returns false if the run counts as failed.
 bool answerFiles(const WorkerTask& task, const RunOptions& options, const Diagnostics& diagnostics,
-                 Output* output, const AnswerDirectory* answerDirectory);
+                 Output* output, AnswerDirectory* answerDirectory);
 
 }  // namespace host

@@ -1,5 +1,5 @@
-// What workers write to standard error while a line of progress is on the terminal: it goes through
-// a pipe, so that the line can be taken away before.
+// What workers write to standard error while a progress line is on the terminal. It goes through a
+// pipe, so that the line can be erased before it is printed.
 #pragma once
 
 #include <string>
@@ -8,7 +8,7 @@ namespace host {
 
 class StderrRelay {
  public:
-  // Unless it is wanted, and where the system has no pipe to give, workers write to standard error
+  // Unless isWanted, and where the system has no pipe to give, workers write to standard error
   // themselves.
   explicit StderrRelay(bool isWanted);
   StderrRelay(const StderrRelay&) = delete;
@@ -18,7 +18,7 @@ class StderrRelay {
   int writeEnd() const { return writeEnd_; }  // negative without a pipe
   int readEnd() const { return readEnd_; }    // the same
 
-  // The whole lines that have come, or with all what there is; does not wait.
+  // Returns the whole lines that have come or, with all, everything. Does not wait.
   std::string take(bool all);
 
  private:

@@ -19,4 +19,10 @@ TemporaryFile makeTemporaryFile(int directory);
 int finishTemporaryFile(int directory, const TemporaryFile& file, const std::string& name,
                         int error);
 
+// Removes the file, whose descriptor is closed by now.
+void dropTemporaryFile(int directory, const TemporaryFile& file);
+
+// Removes the temporary files of processes that are gone, as one that was killed leaves them.
+void removeStaleTemporaryFiles(int directory);
+
 }  // namespace host

@@ -10,7 +10,7 @@
 namespace host {
 namespace {
 
-constexpr std::array kSignals = {SIGINT, SIGTERM, SIGHUP};
+constexpr std::array kSignals = {SIGINT, SIGQUIT, SIGTERM, SIGHUP};
 constexpr std::size_t kMaxNotedWorkers = 1024;  // of more, the rest ends when its pipes do
 constexpr std::size_t kMaxNameBytes = 64;
 constexpr std::size_t kMaxPathBytes = 4096;  // as much as Linux takes for one
@@ -30,6 +30,9 @@ sigset_t endingSignals() {
   for (const int number : kSignals) sigaddset(&set, number);
   return set;
 }
+
+// Sent to all processes of a terminal by its keys.
+bool isTyped(int number) { return number == SIGINT || number == SIGQUIT; }
 
 bool isIgnored(int number) {
   struct sigaction action {};
@@ -75,7 +78,7 @@ void endRunOnSignals() {
 
 void endWorkerOnSignals() {
   for (const int number : kSignals) {
-    if (!isIgnored(number)) std::signal(number, number == SIGINT ? SIG_IGN : SIG_DFL);
+    if (!isIgnored(number)) std::signal(number, isTyped(number) ? SIG_IGN : SIG_DFL);
   }
   std::signal(SIGALRM, SIG_DFL);
   sigset_t none;

@@ -1,6 +1,6 @@
-// The end of a run by a signal: SIGINT, SIGTERM or SIGHUP. The workers are killed, a file that is
-// half written is removed, and the program ends by the signal itself, as shells expect. A signal
-// that was ignored when the program was started stays so.
+// The end of a run by SIGINT, SIGQUIT, SIGTERM or SIGHUP. The workers are killed, a half-written
+// file is removed, and the program ends by the signal itself, as shells expect; SIGQUIT dumps core.
+// A signal that was ignored when the program was started stays ignored.
 #pragma once
 
 #include <sys/types.h>
@@ -12,8 +12,8 @@ namespace host {
 
 void endRunOnSignals();
 
-// Undoes that in a worker, which leaves SIGINT, meant for all that the terminal runs, to its
-// parent.
+// Undoes that in a worker, which leaves SIGINT and SIGQUIT, typed at a terminal and sent to all its
+// processes, to its parent.
 void endWorkerOnSignals();
 
 // While it lives the signals wait: what is noted below must agree with what there is.

@@ -1,16 +1,24 @@
-// What a file may cost. In each, 0 is no limit.
+// What one file may cost. In each, 0 is no limit.
 #pragma once
 
 #include <chrono>
 #include <cstdint>
+#include <string>
 
 namespace host {
 
 struct FileLimits {
-  std::chrono::microseconds time = std::chrono::seconds(60);  // to be answered
-  std::uint64_t memory = 0;                                   // of the worker's address space
-  std::uint64_t answerBytes = 0;                              // as the module gives it
-  std::uint64_t sourceBytes = std::uint64_t{256} << 20U;      // of the file itself
+  std::chrono::microseconds time = std::chrono::seconds(60);
+  std::uint64_t memory = 0;        // of the worker's address space
+  std::uint64_t memoryBudget = 0;  // without a limit in memory: what all workers share
+  std::uint64_t answerBytes = 0;   // of the module's own text
+  std::uint64_t sourceBytes = std::uint64_t{256} << 20U;
 };
+
+// For messages: "256M", or "1000 bytes" for what is no whole number of K, M or G.
+std::string sizeText(std::uint64_t bytes);
+
+// For messages: "60 s", "0.5 s".
+std::string timeText(std::chrono::microseconds time);
 
 }  // namespace host

@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <sys/time.h>
 #include <unistd.h>
 
 #include <array>
@@ -11,6 +10,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <new>
 #include <string_view>
 #include <utility>
@@ -22,17 +22,15 @@
 #include "system/io.h"
 #include "system/platform.h"
 #include "workers/plugin_module.h"
+#include "workers/time_limit.h"
 #include "workers/worker_frame.h"
 
 namespace host {
 namespace {
 
-// The module keeps its trees, so a worker is replaced after so many files or so much memory.
+// The module keeps its trees, so a worker is recycled after so many files or so much memory.
 constexpr unsigned kMaxFiles = 1000;
 constexpr std::uint64_t kMaxMemoryKept = std::uint64_t{256} << 20U;
-
-// To load the module, and to end with it.
-constexpr std::chrono::seconds kTimeBesidesFiles{60};
 
 constexpr std::size_t kRequestsAtOnce = 64;
 constexpr std::string_view kRecordsOpening = "[\n";
@@ -40,21 +38,12 @@ constexpr std::string_view kErrorOpening = R"([{"error": ")";
 constexpr std::string_view kErrorClosing = R"("}])";
 constexpr const char* kEmptyMessage = "File is empty: ";
 constexpr const char* kUnopenedMessage = "Could not open file: ";
-// The module may find that its memory is at an end before the program does.
+// The module may run out of memory before the program does.
 constexpr std::string_view kMemoryAnswer = R"([{"error": "Parser exception: std::bad_alloc"}])";
-
-// From now on the process has so long; then SIGALRM kills it, whatever it is at. 0 takes that back.
-void limitTime(std::chrono::microseconds time) {
-  const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(time);
-  itimerval timer{};
-  timer.it_value.tv_sec = static_cast<decltype(timer.it_value.tv_sec)>(seconds.count());
-  timer.it_value.tv_usec = static_cast<decltype(timer.it_value.tv_usec)>((time - seconds).count());
-  ::setitimer(ITIMER_REAL, &timer, nullptr);
-}
 
 constexpr std::chrono::microseconds kNoTimeLimit{0};
 
-// What an error answer tells is wrong with the file, and of which file if it does not say so.
+// The text of an error answer, with the file's name unless it ends with that.
 std::string errorMessage(const std::string& file, std::string_view answer) {
   if (!answer.starts_with(kErrorOpening) || !answer.ends_with(kErrorClosing)) {
     return file + ": the answer is neither records nor an error";
@@ -69,7 +58,7 @@ std::string errorAnswer(const std::string& message) {
   return std::string(kErrorOpening).append(escaped(message)).append(kErrorClosing);
 }
 
-// 0 if the file can be opened by now.
+// The error number of opening the file; 0 if it can be opened by now.
 int errorOfOpening(const std::string& path) {
   const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
   if (file < 0) return errno;
@@ -77,8 +66,8 @@ int errorOfOpening(const std::string& path) {
   return 0;
 }
 
-// What C's stdout still holds goes out. The module does not look at the result of its writes, but
-// the stream remembers a failed one.
+// Flushes C's stdout. The module ignores the results of its writes, but the stream remembers a
+// failed one.
 bool areDiagnosticsLost() { return std::fflush(stdout) != 0 || std::ferror(stdout) != 0; }
 
 void silenceStandardError() {
@@ -88,6 +77,41 @@ void silenceStandardError() {
     ::close(nowhere);
   }
 }
+
+// What a file looked like when it was read.
+class FileState {
+ public:
+  explicit FileState(const std::string& path) : exists_(::stat(path.c_str(), &status_) == 0) {}
+
+  bool exists() const { return exists_; }
+  bool isRegular() const { return exists_ && S_ISREG(status_.st_mode); }
+  bool isDirectory() const { return exists_ && S_ISDIR(status_.st_mode); }
+  std::uint64_t bytes() const {
+    return isRegular() ? static_cast<std::uint64_t>(status_.st_size) : 0;
+  }
+
+  // Whether a file with this state may hold other bytes than one with the other.
+  bool differsFrom(const FileState& other) const {
+    if (!isRegular() || !other.isRegular()) return isRegular() != other.isRegular();
+    const timespec& time = modifiedAt();
+    const timespec& otherTime = other.modifiedAt();
+    return status_.st_size != other.status_.st_size || status_.st_ino != other.status_.st_ino ||
+           status_.st_dev != other.status_.st_dev || time.tv_sec != otherTime.tv_sec ||
+           time.tv_nsec != otherTime.tv_nsec;
+  }
+
+ private:
+  const timespec& modifiedAt() const {
+#ifdef __APPLE__
+    return status_.st_mtimespec;
+#else
+    return status_.st_mtim;
+#endif
+  }
+
+  struct stat status_ {};
+  bool exists_;
+};
 
 class Worker {
  public:
@@ -113,7 +137,7 @@ class Worker {
     if (writeFrame(results_, frame, text) != 0) ::_exit(EXIT_FAILURE);
   }
 
-  // The parent hears of it before the first byte: a text that was begun must not be written again.
+  // Announced before the first byte: the parent must not have a text written twice.
   void writeOutput(Frame& frame, std::string_view text) {
     Frame announcement;
     announcement.kind = FrameKind::kWriting;
@@ -143,7 +167,7 @@ class Worker {
     frame.kind = FrameKind::kFile;
     frame.index = index;
     limitTime(task_.limits.time);
-    if (mayBeRead(input, report, frame)) ask(input, report, frame);
+    frame.hasChanged = !readUnchanged(input, report, frame) && !readUnchanged(input, report, frame);
     report.message = frame.message;
     frame.status = report.status;
     std::string fault;
@@ -164,28 +188,39 @@ class Worker {
     send(frame, text);
   }
 
-  // The size of a file is compared before the module reads it whole. So is its kind, which may have
-  // changed since it was named.
-  bool mayBeRead(const Input& input, FileReport& report, Frame& frame) {
-    struct stat status {};
-    isDirectory_ = false;
-    if (::stat(input.textPath().c_str(), &status) != 0) return true;  // explain tells why
-    report.sourceBytes = S_ISREG(status.st_mode) ? static_cast<std::uint64_t>(status.st_size) : 0;
-    isDirectory_ = S_ISDIR(status.st_mode);
-    if (!S_ISREG(status.st_mode) && !isDirectory_) {
+  // Has the module read the file. Returns false if the file changed meanwhile: then its size, which
+  // is looked up before, may not be that of what was read.
+  bool readUnchanged(const Input& input, FileReport& report, Frame& frame) {
+    const FileState before(input.textPath());
+    report.status = FileStatus::kAnswered;
+    report.sourceBytes = before.bytes();
+    report.answer = {};
+    frame.hasAnswer = false;
+    frame.message.clear();
+    if (!mayBeRead(input, before, report, frame)) return true;
+    ask(input, before, report, frame);
+    return !FileState(input.textPath()).differsFrom(before);
+  }
+
+  // The module reads a file whole, so its size is checked first. So is its kind, which may have
+  // changed since the file was listed. What does not exist is left to the module to report.
+  bool mayBeRead(const Input& input, const FileState& state, FileReport& report,
+                 Frame& frame) const {
+    const std::uint64_t limit = task_.limits.sourceBytes;
+    if (state.exists() && !state.isRegular() && !state.isDirectory()) {
       report.status = FileStatus::kFailed;
       frame.message = onOneLine(input.path + ": " + kIrregular);
       return false;
     }
-    if (task_.limits.sourceBytes != 0 && report.sourceBytes > task_.limits.sourceBytes) {
+    if (limit != 0 && state.bytes() > limit) {
       report.status = FileStatus::kTooLarge;
-      frame.message = onOneLine(input.path + ": too large; see --max-size");
+      frame.message = onOneLine(input.path + ": larger than " + sizeText(limit) + " (--max-size)");
       return false;
     }
     return true;
   }
 
-  void ask(const Input& input, FileReport& report, Frame& frame) {
+  void ask(const Input& input, const FileState& state, FileReport& report, Frame& frame) {
     const auto start = std::chrono::steady_clock::now();
     if (!task_.quiet) errors_.begin();
     const char* const answer = plugin_.parse(input.textPath(), task_.defines);
@@ -198,6 +233,7 @@ class Worker {
     }
     frame.warnings = errors_.take();
     if (answer == nullptr) {
+      if (task_.isMemoryShared) ::_exit(kWorkerOutOfMemory);
       report.status = FileStatus::kFailed;
       frame.message = onOneLine(input.path + ": no memory for the answer");
       return;
@@ -211,7 +247,7 @@ class Worker {
       renamedAnswer_ = withPath(report.answer, input.copy, input.path);
       report.answer = renamedAnswer_;
     }
-    if (isDirectory_) {
+    if (state.isDirectory()) {
       report.status = FileStatus::kFailed;
       frame.message = onOneLine(input.path + ": is a directory (use -r to read it)");
     } else if (!report.answer.starts_with(kRecordsOpening)) {
@@ -242,7 +278,6 @@ class Worker {
   PluginModule plugin_;
   std::uint64_t memoryAtStart_ = peakMemory();  // with all that the parent has
   std::string renamedAnswer_;                   // of a text that is kept in another file
-  bool isDirectory_ = false;                    // the file at hand
   unsigned files_ = 0;
   bool isWornOut_ = false;
 };
@@ -261,6 +296,43 @@ void answerRequests(Worker& worker, int requests) {
   }
 }
 
+// Tells the parent, and makes no further call of the module: its state is unknown.
+[[noreturn]] void endByException(int results, const char* text) {
+  Frame frame;
+  frame.kind = FrameKind::kThrew;
+  frame.message = text;
+  writeFrame(results, frame, {});
+  ::_exit(kWorkerThrew);
+}
+
+void answerRequestsOrEnd(Worker& worker, int requests, int results) {
+  try {
+    answerRequests(worker, requests);
+  } catch (const std::bad_alloc&) {
+    ::_exit(kWorkerOutOfMemory);
+  } catch (const std::exception& exception) {
+    endByException(results, exception.what());
+  } catch (...) {
+    endByException(results, "");
+  }
+}
+
+void runWorker(const WorkerTask& task, int requests, int results, int output,
+               CapturedErrors& errors) {
+  try {
+    limitTime(task.timeBesidesFiles);
+    Worker worker(task, results, output, errors);
+    limitTime(kNoTimeLimit);
+    if (writeFrame(results, Frame{}, {}) == 0) answerRequestsOrEnd(worker, requests, results);
+    limitTime(task.timeBesidesFiles);  // to the very end
+  } catch (const Failure& failure) {
+    Frame unusable;
+    unusable.kind = FrameKind::kUnusable;
+    unusable.message = failure.what();
+    writeFrame(results, unusable, {});
+  }
+}
+
 }  // namespace
 
 std::string appendText(const FileReport& report, const WorkerTask& task, std::string& out) {
@@ -275,7 +347,7 @@ std::string appendText(const FileReport& report, const WorkerTask& task, std::st
   return fault;
 }
 
-void work(const WorkerTask& task, int requests, int results, CapturedErrors& errors) {
+void work(const WorkerTask& task, int requests, int results, CapturedErrors& errors) noexcept {
   const int output =
       task.writesOutput ? ::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, kFirstFreeDescriptor) : -1;
   if (task.writesOutput && output < 0) ::_exit(EXIT_FAILURE);
@@ -284,19 +356,9 @@ void work(const WorkerTask& task, int requests, int results, CapturedErrors& err
   if (task.quiet) silenceStandardError();
   if (task.limits.memory != 0) limitMemory(task.limits.memory);
   std::set_new_handler([] { ::_exit(kWorkerOutOfMemory); });
-  try {
-    limitTime(kTimeBesidesFiles);
-    Worker worker(task, results, output, errors);
-    limitTime(kNoTimeLimit);
-    if (writeFrame(results, Frame{}, {}) == 0) answerRequests(worker, requests);
-    limitTime(kTimeBesidesFiles);  // to the very end
-  } catch (const Failure& failure) {
-    Frame unusable;
-    unusable.kind = FrameKind::kUnusable;
-    unusable.message = failure.what();
-    writeFrame(results, unusable, {});
-  }
-  // The module's own ends of life, such as those of its static objects, are in this.
+  runWorker(task, requests, results, output, errors);
+  // Runs the destructors of the module's static objects and what it gave to atexit. The program has
+  // no static object that minds. What is thrown there ends in std::terminate.
   std::exit(areDiagnosticsLost() ? kWorkerLostDiagnostics : EXIT_SUCCESS);
 }
 

@@ -2,6 +2,7 @@
 // each text in its final form. Whatever the module does to its process, the run goes on.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <string>
 
@@ -17,7 +18,9 @@ struct WorkerTask {
   std::string plugin;  // the module's path
   std::string defines;
   FileLimits limits;
-  int diagnostics = -1;            // the descriptor that the module's standard output leads to
+  std::chrono::microseconds timeBesidesFiles = std::chrono::seconds(60);  // to load, and to exit
+  bool isMemoryShared = false;  // limits.memory is a share: what fails with it is tried with more
+  int diagnostics = -1;         // the descriptor that the module's standard output leads to
   const Inputs* inputs = nullptr;  // none where only the version is asked for
   const Format* format = nullptr;
   FormatSettings settings;
@@ -31,18 +34,21 @@ struct WorkerTask {
 // Asks for the module's version instead of for a file.
 inline constexpr std::uint64_t kVersionRequest = UINT64_MAX;
 
-// How a worker ends that has to tell its parent why.
+// Exit statuses by which a worker tells its parent why it ended.
 enum WorkerExit : int {
   kWorkerOutOfMemory = 90,
   kWorkerTooLarge = 91,
   kWorkerLostDiagnostics = 92,
+  kWorkerThrew = 93,
 };
 
 // Appends the text for the output. Parents make those of files that no worker came to answer. Gives
 // what is wrong with an answer that leaves the record format, or nothing.
 std::string appendText(const FileReport& report, const WorkerTask& task, std::string& out);
 
-// Reads requests, each the index of an input, until their end, and answers each with a frame.
-[[noreturn]] void work(const WorkerTask& task, int requests, int results, CapturedErrors& errors);
+// Reads requests, each the index of an input, until their end, and answers each with a frame. It
+// runs in a child process and never returns into the parent's code, whatever the module throws.
+[[noreturn]] void work(const WorkerTask& task, int requests, int results,
+                       CapturedErrors& errors) noexcept;
 
 }  // namespace host

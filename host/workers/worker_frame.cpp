@@ -30,8 +30,9 @@ struct Header {
   std::uint8_t hasAnswer = 0;
   std::uint8_t isLast = 0;
   std::uint8_t diagnosticsLost = 0;
+  std::uint8_t hasChanged = 0;
   std::uint8_t isWritten = 0;
-  std::uint16_t outputError = 0;
+  std::uint8_t outputError = 0;  // no system has more than 255
   std::uint64_t endMark = kMark;
 };
 
@@ -69,8 +70,9 @@ int writeFrame(int descriptor, const Frame& frame, std::string_view text) {
   header.hasAnswer = frame.hasAnswer ? 1 : 0;
   header.isLast = frame.isLast ? 1 : 0;
   header.diagnosticsLost = frame.diagnosticsLost ? 1 : 0;
+  header.hasChanged = frame.hasChanged ? 1 : 0;
   header.isWritten = frame.isWritten ? 1 : 0;
-  header.outputError = static_cast<std::uint16_t>(frame.outputError);
+  header.outputError = static_cast<std::uint8_t>(frame.outputError);
   std::string opening(sizeof header, '\0');
   std::memcpy(opening.data(), &header, sizeof header);
   opening.append(frame.message).append(frame.warnings);
@@ -119,13 +121,14 @@ FrameReader::State FrameReader::next(Frame& frame) {
   const std::string_view rest = std::string_view(bytes_).substr(taken_);
   if (rest.size() < sizeof(Header)) return State::kOpen;
   const Header header = headerOf(rest);
-  if (!isSound(header)) return State::kSpoilt;
+  if (!isSound(header)) return State::kMalformed;
   if (rest.size() < frameBytes(header)) return State::kOpen;
   frame.kind = static_cast<FrameKind>(header.kind);
   frame.status = static_cast<FileStatus>(header.status);
   frame.hasAnswer = header.hasAnswer != 0;
   frame.isLast = header.isLast != 0;
   frame.diagnosticsLost = header.diagnosticsLost != 0;
+  frame.hasChanged = header.hasChanged != 0;
   frame.isWritten = header.isWritten != 0;
   frame.outputError = header.outputError;
   frame.index = header.index;

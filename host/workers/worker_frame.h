@@ -15,6 +15,7 @@ enum class FrameKind : std::uint8_t {
   kUnusable,  // it is not, or does not do what it is asked for: message says why
   kVersion,   // text is the module's
   kWriting,   // from now on bytes of a file's text go to the output
+  kThrew,     // the module threw an exception, and the worker ends: message is its text, if any
   kFile,      // what became of one file: text is for the output, message for a person
 };
 
@@ -24,6 +25,7 @@ struct Frame {
   bool hasAnswer = false;        // the module gave one, though it may be empty
   bool isLast = false;           // the worker takes no further file
   bool diagnosticsLost = false;  // the module's lines could not be written
+  bool hasChanged = false;       // the file, while it was read
   bool isWritten = false;        // the worker has written the text itself, or tried to
   int outputError = 0;           // the number of the error that kept it from that
   std::uint64_t index = 0;       // of the file among the inputs
@@ -39,14 +41,14 @@ int writeFrame(int descriptor, const Frame& frame, std::string_view text);
 // Puts together what comes out of a pipe in pieces.
 class FrameReader {
  public:
-  enum class State { kOpen, kWhole, kEnded, kSpoilt };
+  enum class State { kOpen, kWhole, kEnded, kMalformed };
 
   // Makes one read, which waits if there is nothing. Gives kOpen, or kEnded when the other end is
   // closed.
   State read(int descriptor);
 
-  // Takes the next frame. Gives kWhole, kOpen if not all of it is there, or kSpoilt for bytes that
-  // no worker sent as such.
+  // Takes the next frame. Gives kWhole, kOpen if not all of it is there, or kMalformed for
+  // bytes that are no frame.
   State next(Frame& frame);
 
   std::size_t heldBytes() const { return bytes_.size() - taken_; }

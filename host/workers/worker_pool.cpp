@@ -1,15 +1,8 @@
 #include "workers/worker_pool.h"
 
 #include <poll.h>
-#include <sys/wait.h>
 
 #include <algorithm>
-#include <array>
-#include <cerrno>
-#include <chrono>
-#include <csignal>
-#include <cstring>
-#include <thread>
 #include <utility>
 
 #include "system/display_text.h"
@@ -19,31 +12,21 @@
 namespace host {
 namespace {
 
-// A worker has the next request at hand when it ends one, and no long queue behind a long file.
-constexpr std::size_t kFilesAhead = 4;
+// Requests queued per worker: enough that it never idles, few enough that little waits behind a
+// large file.
+constexpr std::size_t kQueueDepth = 4;
 
 // How far results may be ahead of the one that is to be written. Further ones wait in the workers.
 constexpr std::uint64_t kMaxInputsAhead = 1024;
 constexpr std::size_t kMaxBytesAhead = std::size_t{64} << 20U;
 constexpr std::size_t kBytesOfAResult = 256;  // besides its texts
 
-constexpr int kMillisecondsToEnd = 2;           // between looks at whether workers have ended
-constexpr std::chrono::seconds kTimeToEnd{10};  // for workers whose module is of no use
+// The least share of memory, besides what a worker inherits from the program: the module and some
+// room for files.
+constexpr std::uint64_t kLeastShare = std::uint64_t{64} << 20U;
 
-struct KnownEnd {
-  bool (*isIt)(const ProcessEnd& end);
-  FileStatus status;
-  std::string_view what;
-};
-
-constexpr std::array kKnownEnds = {
-    KnownEnd{[](const ProcessEnd& end) { return end.isBySignal(SIGALRM); }, FileStatus::kTimedOut,
-             "not answered in time; see --timeout"},
-    KnownEnd{[](const ProcessEnd& end) { return end.isWithStatus(kWorkerOutOfMemory); },
-             FileStatus::kOutOfMemory, "not enough memory; see --max-memory"},
-    KnownEnd{[](const ProcessEnd& end) { return end.isWithStatus(kWorkerTooLarge); },
-             FileStatus::kTooLarge, "the answer is too long; see --max-output"},
-};
+constexpr int kMillisecondsToEnd = 1;     // between looks at whether workers have ended
+constexpr int kMillisecondsToStart = 10;  // between attempts to start one
 
 // As many as are asked for and of use, and for which there are descriptors.
 std::size_t workerCount(unsigned jobs, const Inputs& inputs) {
@@ -54,13 +37,6 @@ std::size_t workerCount(unsigned jobs, const Inputs& inputs) {
   const std::uint64_t count =
       std::min({std::uint64_t{jobs}, inputs.fileCount, room / kDescriptorsOfAWorker});
   return static_cast<std::size_t>(std::max(count, std::uint64_t{1}));
-}
-
-std::string crashText(const ProcessEnd& end) {
-  if (WIFSIGNALED(end.state)) {
-    return std::string("crashed the plug-in: ") + ::strsignal(WTERMSIG(end.state));
-  }
-  return "ended its process with status " + std::to_string(WEXITSTATUS(end.state));
 }
 
 std::size_t bytesOf(const FileResult& result) {
@@ -86,14 +62,14 @@ FileResult unansweredResult(const WorkerTask& task, const Input& input, FileStat
 
 WorkerPool::WorkerPool(const WorkerTask& task, unsigned jobs, bool lockstep)
     : task_(task), lockstep_(lockstep) {
-  slots_.resize(lockstep ? 1 : workerCount(jobs, *task.inputs));
+  slots_.resize((lockstep ? 1 : workerCount(jobs, *task.inputs)) + 1);
 }
 
-FileResult WorkerPool::take(std::uint64_t index, const Idle& idle) {
+FileResult WorkerPool::waitFor(std::uint64_t index, const Idle& idle) {
   while (true) {
-    handOut(index);
+    dispatch(index);
     const bool isFinished = finished_.contains(index);
-    const bool gotAny = receive(index, idle, isFinished ? 0 : idle.milliseconds);
+    const bool gotAny = receive(index, idle, isFinished ? 0 : pollTimeout(idle));
     const auto found = finished_.find(index);
     if (found != finished_.end()) {
       FileResult result = std::move(found->second);
@@ -101,9 +77,9 @@ FileResult WorkerPool::take(std::uint64_t index, const Idle& idle) {
       finishedBytes_ -= bytesOf(result);
       return result;
     }
-    if (gotAny) continue;
-    loseEnded();
-    idle.action();
+    handleEnds(!gotAny);
+    enforceDeadlines(index);
+    if (!gotAny) idle.action();
   }
 }
 
@@ -111,18 +87,70 @@ bool WorkerPool::finish(const Idle& idle) {
   for (Slot& slot : slots_) {
     if (slot.process) retire(slot);
   }
-  // One may wait until what it writes is taken away.
-  while (idle.watched >= 0 && !retired_.empty()) {
-    pollfd end{idle.watched, POLLIN, 0};
-    ::poll(&end, 1, kMillisecondsToEnd);
+  EndPause pause;
+  while (true) {
+    retired_.reap(clock_.now());
+    // A retired worker may be blocked on a full stderr pipe: keep draining it.
     idle.action();
-    reapRetired(false);
+    if (retired_.isEmpty()) return !retired_.areDiagnosticsLost();
+    pause.sleep();
   }
-  reapRetired(true);
-  return !diagnosticsLost_;
+}
+
+// ---- Memory
+
+bool WorkerPool::isMemoryShared() const {
+  return task_.limits.memoryBudget != 0 && slots_.size() > 2;
+}
+
+std::uint64_t WorkerPool::memoryFor(const Slot& slot) const {
+  const std::uint64_t budget = task_.limits.memoryBudget;
+  if (budget == 0) return task_.limits.memory;
+  if (&slot == &slots_.back()) return budget;
+  const std::uint64_t share = budget / (slots_.size() - 1);
+  return std::min(std::max(share, peakMemory() + kLeastShare), budget);
 }
 
 // ---- Handing files out
+
+void WorkerPool::dispatch(std::uint64_t wanted) {
+  Slot& whole = slots_.back();
+  // Not before the output waits for it: until then the others have more to do.
+  if (needsWhole_.erase(wanted) != 0) {
+    whole.files.push_back(wanted);
+    isRoomKept_ = true;
+  }
+  if (!whole.files.empty()) {
+    dispatchAlone(wanted);
+    return;
+  }
+  if ((lockstep_ || isRoomKept_) && !retired_.isEmpty()) return;
+  isRoomKept_ = false;
+  for (Slot& slot : slots_) {
+    const bool isWaiting = !slot.process && !slot.files.empty();
+    if (isWaiting && slot.retry.isDue(clock_.now())) start(slot);
+  }
+  handOut(wanted);
+}
+
+// Starts the worker that gets all memory once there is no other. They finish what they have.
+void WorkerPool::dispatchAlone(std::uint64_t wanted) {
+  Slot& whole = slots_.back();
+  if (whole.process) return;
+  bool areOthers = !retired_.isEmpty();
+  for (Slot& slot : slots_) {
+    if (!slot.process) continue;
+    areOthers = true;
+    if (slot.files.empty()) {
+      retire(slot);
+    } else if (!slot.hasClosed && !mayBeRead(slot, wanted)) {
+      // Its results would have to wait for the file that waits for it.
+      requeue(slot);
+      retired_.addAndKill(std::move(slot.process), clock_.now());
+    }
+  }
+  if (!areOthers && whole.retry.isDue(clock_.now())) start(whole);
+}
 
 bool WorkerPool::isAllowed(std::uint64_t index, std::uint64_t wanted) const {
   if (index <= wanted) return true;
@@ -133,15 +161,15 @@ void WorkerPool::handOut(std::uint64_t wanted) {
   const auto& inputs = task_.inputs->all;
   while (true) {
     while (nextFile_ < inputs.size() && inputs[nextFile_].kind != InputKind::kFile) ++nextFile_;
-    const bool isReturned = !givenBack_.empty();
-    const std::uint64_t index = isReturned ? *givenBack_.begin() : nextFile_;
+    const bool isRequeued = !requeued_.empty();
+    const std::uint64_t index = isRequeued ? *requeued_.begin() : nextFile_;
     if (index >= inputs.size() || !isAllowed(index, wanted)) return;
-    // What others wait for finds a place, however many files are before it there.
-    Slot* const slot = slotFor(isReturned || index == wanted);
+    // A file the output is blocked on is queued even if every worker is full.
+    Slot* const slot = slotFor(isRequeued || index == wanted);
     if (slot == nullptr) return;
-    if (!slot->process && !tryStart(*slot)) continue;
-    if (isReturned) {
-      givenBack_.erase(index);
+    if (!slot->process && !start(*slot)) continue;
+    if (isRequeued) {
+      requeued_.erase(index);
     } else {
       ++nextFile_;
     }
@@ -153,49 +181,80 @@ void WorkerPool::handOut(std::uint64_t wanted) {
 WorkerPool::Slot* WorkerPool::slotFor(bool mustBe) {
   Slot* best = nullptr;
   for (Slot& slot : slots_) {
-    if (slot.isAlone || slot.isBarred) continue;
+    if (&slot == &slots_.back() || slot.isIsolated || slot.hasClosed) continue;
+    if (!slot.process && !slot.retry.isDue(clock_.now())) continue;
     if (best == nullptr || slot.files.size() < best->files.size()) best = &slot;
   }
-  const bool hasRoom = best != nullptr && (mustBe || best->files.size() < kFilesAhead);
+  const bool hasRoom = best != nullptr && (mustBe || best->files.size() < kQueueDepth);
   return hasRoom ? best : nullptr;
 }
 
-void WorkerPool::start(Slot& slot) {
-  if (lockstep_) reapRetired(true);
+// Starts a worker and sends it the files of the slot. Returns false if the system has none to give.
+bool WorkerPool::start(Slot& slot) {
   std::vector<const WorkerProcess*> others;
   for (const Slot& other : slots_) others.push_back(other.process.get());
-  for (const auto& other : retired_) others.push_back(other.get());
-  slot.process = std::make_unique<WorkerProcess>(task_, others);
+  retired_.appendTo(others);
+  WorkerTask task = task_;
+  task.limits.memory = memoryFor(slot);
+  task.isMemoryShared = isMemoryShared() && &slot != &slots_.back();
+  try {
+    slot.process = std::make_unique<WorkerProcess>(task, others);
+  } catch (const Failure& failure) {
+    handleFailedStart(slot, failure.what());
+    return false;
+  }
   slot.isReady = false;
+  slot.isWriting = false;
+  slot.hasClosed = false;
+  slot.exception.reset();
+  renewDeadline(slot);
+  for (const std::uint64_t index : slot.files) slot.process->request(index);
+  return true;
 }
 
-// Gives false when the system has no process to give and the others have to do.
-bool WorkerPool::tryStart(Slot& slot) {
-  try {
-    start(slot);
-  } catch (const Failure&) {
-    slot.isBarred = true;
-    const bool areOthers = std::any_of(slots_.begin(), slots_.end(),
-                                       [](const Slot& other) { return other.process != nullptr; });
-    if (!areOthers) throw;
-  }
-  return !slot.isBarred;
+// The others carry on. The run ends only when there are none and no new one can be had.
+void WorkerPool::handleFailedStart(Slot& slot, const std::string& what) {
+  slot.retry.noteFailure(clock_.now());
+  const bool areOthers = std::any_of(slots_.begin(), slots_.end(),
+                                     [](const Slot& other) { return other.process != nullptr; });
+  if (slot.retry.isExhausted() && !areOthers) throw Failure("cannot start a worker: " + what);
+  const bool isForOne = slot.isIsolated || &slot == &slots_.back();
+  if (!isForOne || (slot.retry.isExhausted() && areOthers)) requeue(slot);
 }
 
 void WorkerPool::send(Slot& slot, std::uint64_t index) {
+  if (slot.files.empty() && slot.isReady) renewDeadline(slot);
   slot.files.push_back(index);
   slot.process->request(index);
 }
 
 // ---- Receiving results
 
+void WorkerPool::keep(std::uint64_t index, FileResult result) {
+  finishedBytes_ += bytesOf(result);
+  finished_.emplace(index, std::move(result));
+}
+
+int WorkerPool::pollTimeout(const Idle& idle) const {
+  const bool isEndAwaited =
+      !retired_.isEmpty() && (lockstep_ || isRoomKept_ || !slots_.back().files.empty());
+  if (isEndAwaited ||
+      std::any_of(slots_.begin(), slots_.end(), [](const Slot& slot) { return slot.hasClosed; })) {
+    return std::min(idle.milliseconds, kMillisecondsToEnd);
+  }
+  const bool isStartAwaited = std::any_of(slots_.begin(), slots_.end(), [](const Slot& slot) {
+    return !slot.process && slot.retry.isPending();
+  });
+  return isStartAwaited ? std::min(idle.milliseconds, kMillisecondsToStart) : idle.milliseconds;
+}
+
 // Results that are far ahead stay with their workers, which wait, but for the one that is wanted.
 bool WorkerPool::mayBeRead(const Slot& slot, std::uint64_t wanted) const {
-  if (!slot.process) return false;
+  if (!slot.process || slot.hasClosed) return false;
   const auto& files = slot.files;
   const bool isWanted = std::find(files.begin(), files.end(), wanted) != files.end();
-  // A slot for one file may be the one that the wanted file waits for.
-  if (!slot.isReady || slot.isAlone || isWanted) return true;
+  // The wanted file may wait for an isolated one's slot.
+  if (!slot.isReady || slot.isIsolated || isWanted) return true;
   std::size_t bytes = finishedBytes_ + slot.process->frames().missingBytes();
   for (const Slot& other : slots_) {
     if (other.process) bytes += other.process->frames().heldBytes();
@@ -203,17 +262,7 @@ bool WorkerPool::mayBeRead(const Slot& slot, std::uint64_t wanted) const {
   return bytes < kMaxBytesAhead;
 }
 
-// A process that the module has begun may keep the pipe of a worker open that has ended.
-void WorkerPool::loseEnded() {
-  for (Slot& slot : slots_) {
-    if (!slot.process || !slot.process->hasEnded()) continue;
-    pollfd end{slot.process->results(), POLLIN, 0};
-    const bool isReadOut = ::poll(&end, 1, 0) <= 0;
-    if (isReadOut) lose(slot, false);
-  }
-}
-
-// Gives false if the time passed without anything from workers, or what idle watches came first.
+// Returns false if nothing came from workers: the time is over, or what idle watches is readable.
 bool WorkerPool::receive(std::uint64_t wanted, const Idle& idle, int timeout) {
   std::vector<pollfd> ends;
   std::vector<Slot*> slots;
@@ -230,139 +279,73 @@ bool WorkerPool::receive(std::uint64_t wanted, const Idle& idle, int timeout) {
     receiveFrom(*slots[number]);
     gotAny = true;
   }
-  reapRetired(false);
   return gotAny;
 }
 
 void WorkerPool::receiveFrom(Slot& slot) {
   if (slot.process->frames().read(slot.process->results()) == FrameReader::State::kEnded) {
-    lose(slot, false);
+    slot.hasClosed = true;
+    slot.deadline = clock_.now() + kTimeToDie;
     return;
   }
   while (slot.process) {
     Frame frame;
     const FrameReader::State state = slot.process->frames().next(frame);
-    if (state == FrameReader::State::kOpen) return;
+    if (state == FrameReader::State::kOpen) break;
     const bool isExpected = state == FrameReader::State::kWhole &&
                             (frame.kind != FrameKind::kFile ||
                              (!slot.files.empty() && frame.index == slot.files.front()));
     if (!isExpected) {
-      lose(slot, true);
+      kill(slot, failureByGarbage());
       return;
     }
     accept(slot, std::move(frame));
   }
+  if (slot.process) renewDeadline(slot);
 }
 
 void WorkerPool::accept(Slot& slot, Frame frame) {
   if (frame.kind == FrameKind::kUnusable) {
-    letUnreadyEnd();
-    throw Failure(frame.message);
+    if (!isProven_) {
+      letUnreadyEnd();
+      throw Failure(frame.message);
+    }
+    abandon(slot);
+    handleFailedStart(slot, frame.message);
+    return;
   }
-  slot.isReady = true;
+  if (frame.kind == FrameKind::kThrew) {
+    slot.exception = std::move(frame.message);
+    return;
+  }
   slot.isWriting = frame.kind == FrameKind::kWriting;
-  if (frame.kind != FrameKind::kFile) return;
+  if (frame.kind == FrameKind::kFile) {
+    acceptFile(slot, std::move(frame));
+  } else if (!slot.isReady) {
+    slot.isReady = true;
+    isProven_ = true;
+    for (Slot& other : slots_) other.retry.noteSuccess();
+  }
+}
+
+void WorkerPool::acceptFile(Slot& slot, Frame frame) {
   slot.files.pop_front();
-  slot.isAlone = false;
+  slot.isIsolated = false;
   FileResult result;
   result.status = frame.status;
   result.hasAnswer = frame.hasAnswer;
   result.diagnosticsLost = frame.diagnosticsLost;
+  result.hasChanged = frame.hasChanged;
   result.message = std::move(frame.message);
   result.warnings = std::move(frame.warnings);
   result.text = std::move(frame.text);
   result.isWritten = frame.isWritten;
   result.outputError = frame.outputError;
   if (const auto failure = firstFailures_.extract(frame.index)) {
-    result.firstFailure = failure.mapped();
+    if (failure.mapped().isTold) result.firstFailure = failure.mapped().what;
   }
-  finishedBytes_ += bytesOf(result);
-  finished_.emplace(frame.index, std::move(result));
-  if (frame.isLast) retire(slot);
-}
-
-// ---- The ends of workers
-
-// Not killed: a module that was loaded has something to end, too, even if it is of no use.
-void WorkerPool::letUnreadyEnd() {
-  const auto latest = std::chrono::steady_clock::now() + kTimeToEnd;
-  for (const Slot& slot : slots_) {
-    if (slot.process && !slot.isReady) slot.process->abandon();
-  }
-  for (const Slot& slot : slots_) {
-    if (!slot.process || slot.isReady) continue;
-    while (!slot.process->hasEnded() && std::chrono::steady_clock::now() < latest) {
-      std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-  }
-}
-
-void WorkerPool::giveBack(Slot& slot) {
-  givenBack_.insert(slot.files.begin(), slot.files.end());
-  slot.files.clear();
-  slot.isAlone = false;
-}
-
-void WorkerPool::retire(Slot& slot) {
-  giveBack(slot);
-  slot.process->endRequests();
-  retired_.push_back(std::move(slot.process));
-}
-
-// The worker died over the first of its files, or wrote what none writes. The file is tried once
-// more, in a worker that has no other.
-void WorkerPool::lose(Slot& slot, bool isSpoilt) {
-  if (isSpoilt) slot.process->kill();
-  const ProcessEnd end = slot.process->waitForEnd();
-  const bool wasReady = slot.isReady;
-  std::string warnings = slot.process->errors().take();
-  slot.process.reset();
-
-  const auto* const known = std::find_if(kKnownEnds.begin(), kKnownEnds.end(),
-                                         [&](const KnownEnd& row) { return row.isIt(end); });
-  const bool isKnown = known != kKnownEnds.end() && !isSpoilt;
-  const std::string what = isSpoilt  ? "spoilt the answers of its worker"
-                           : isKnown ? std::string(known->what)
-                                     : crashText(end);
-  if (!wasReady) throw Failure("the plug-in could not be loaded: " + what);
-  if (slot.files.empty()) return;
-
-  const std::uint64_t index = slot.files.front();
-  if (slot.isWriting) {
-    throw Failure(task_.inputs->all[index].path + ": its text is cut in the output: " + what);
-  }
-  slot.files.pop_front();
-  giveBack(slot);
-  if (firstFailures_.emplace(index, what).second) {
-    start(slot);
-    slot.isAlone = true;
-    send(slot, index);
-  } else {
-    firstFailures_.erase(index);
-    fail(index, isKnown ? known->status : FileStatus::kCrashed, what, std::move(warnings));
-  }
-}
-
-void WorkerPool::fail(std::uint64_t index, FileStatus status, const std::string& what,
-                      std::string warnings) {
-  const Input& input = task_.inputs->all[index];
-  FileResult result = unansweredResult(task_, input, status, input.path + ": " + what);
-  result.warnings = std::move(warnings);
-  finishedBytes_ += bytesOf(result);
-  finished_.emplace(index, std::move(result));
-}
-
-void WorkerPool::reapRetired(bool wait) {
-  std::erase_if(retired_, [&](const auto& process) {
-    std::optional<ProcessEnd> end;
-    if (wait) {
-      end = process->waitForEnd();
-    } else {
-      end = process->endIfEnded();
-    }
-    if (end && end->isWithStatus(kWorkerLostDiagnostics)) diagnosticsLost_ = true;
-    return end.has_value();
-  });
+  keep(frame.index, std::move(result));
+  if (frame.isLast || &slot == &slots_.back()) retire(slot);
 }
 
 }  // namespace host

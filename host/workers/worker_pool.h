@@ -8,11 +8,16 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "workers/awake_clock.h"
+#include "workers/file_failure.h"
+#include "workers/retired_workers.h"
+#include "workers/start_retry.h"
 #include "workers/worker.h"
 #include "workers/worker_process.h"
 
@@ -22,6 +27,7 @@ struct FileResult {
   FileStatus status = FileStatus::kAnswered;
   bool hasAnswer = false;        // the module gave one, though it may be empty
   bool diagnosticsLost = false;  // up to this file
+  bool hasChanged = false;       // the file, each time that it was read
   std::string message;           // empty unless the file failed
   std::string warnings;          // a line on what the module wrote to standard error, or empty
   std::string text;              // for the output
@@ -34,10 +40,10 @@ struct FileResult {
 FileResult unansweredResult(const WorkerTask& task, const Input& input, FileStatus status,
                             std::string_view message);
 
-// What is done while nothing else is to be.
+// What to do while waiting.
 struct Idle {
-  int milliseconds;  // between two calls
-  int watched;       // a descriptor that it is called for as soon as there is something to read
+  int milliseconds;  // between two calls, at most AwakeClock::kLongestStep
+  int watched;       // a descriptor: action is called as soon as it is readable
   std::function<void()> action;
 };
 
@@ -49,50 +55,76 @@ class WorkerPool {
   WorkerPool& operator=(const WorkerPool&) = delete;
 
   // The result for an input that is a file. Each is taken once, in their order. While there is
-  // none, idle is called now and then. Throws Failure when workers are of no use.
-  FileResult take(std::uint64_t index, const Idle& idle);
+  // none, idle is called now and then. Throws Failure when no worker can be had.
+  FileResult waitFor(std::uint64_t index, const Idle& idle);
 
-  // Waits for the workers' ends. Gives false if diagnostics were lost in them.
+  // Waits for the workers to end. Returns false if diagnostics were lost meanwhile.
   bool finish(const Idle& idle);
 
  private:
   struct Slot {
     std::unique_ptr<WorkerProcess> process;
-    std::deque<std::uint64_t> files;  // handed to it and not answered, in its order
-    bool isReady = false;             // has loaded the module
-    bool isAlone = false;             // is for the first of its files only
-    bool isBarred = false;            // the system had no process for it
-    bool isWriting = false;           // to the output itself
+    std::deque<std::uint64_t> files;       // not answered yet; sent once there is a process
+    bool isReady = false;                  // has loaded the module
+    bool isIsolated = false;               // has one file only, at its second attempt
+    bool isWriting = false;                // to the output itself
+    bool hasClosed = false;                // its result pipe
+    std::optional<std::string> exception;  // what the module threw
+    AwakeClock::Time deadline{0};          // for the next that is heard of it
+    StartRetry retry;
   };
 
+  struct FirstFailure {
+    std::string what;
+    bool isTold;
+  };
+
+  bool isMemoryShared() const;
+  std::uint64_t memoryFor(const Slot& slot) const;
+
+  void dispatch(std::uint64_t wanted);
+  void dispatchAlone(std::uint64_t wanted);
   void handOut(std::uint64_t wanted);
   bool isAllowed(std::uint64_t index, std::uint64_t wanted) const;
   Slot* slotFor(bool mustBe);
-  void start(Slot& slot);
-  bool tryStart(Slot& slot);
+  bool start(Slot& slot);
+  void handleFailedStart(Slot& slot, const std::string& what);
   void send(Slot& slot, std::uint64_t index);
+
   bool receive(std::uint64_t wanted, const Idle& idle, int timeout);
+  int pollTimeout(const Idle& idle) const;
   bool mayBeRead(const Slot& slot, std::uint64_t wanted) const;
-  void loseEnded();
   void receiveFrom(Slot& slot);
   void accept(Slot& slot, Frame frame);
-  void letUnreadyEnd();
+  void acceptFile(Slot& slot, Frame frame);
+
+  void keep(std::uint64_t index, FileResult result);
+
+  void renewDeadline(Slot& slot);
+  void enforceDeadlines(std::uint64_t wanted);
+  void handleEnds(bool isIdle);
+  void handleEnd(Slot& slot, const ProcessEnd& end);
+  void kill(Slot& slot, FileFailure failure);
+  void handleFailure(Slot& slot, const FileFailure& failure);
+  void fail(std::uint64_t index, const FileFailure& failure);
+  void requeue(Slot& slot);
   void retire(Slot& slot);
-  void lose(Slot& slot, bool isSpoilt);
-  void giveBack(Slot& slot);
-  void fail(std::uint64_t index, FileStatus status, const std::string& what, std::string warnings);
-  void reapRetired(bool wait);
+  void abandon(Slot& slot);
+  void letUnreadyEnd();
 
   const WorkerTask& task_;
   const bool lockstep_;
-  std::vector<Slot> slots_;
-  std::vector<std::unique_ptr<WorkerProcess>> retired_;
-  std::uint64_t nextFile_ = 0;         // the first that was never handed out
-  std::set<std::uint64_t> givenBack_;  // by workers that ended before their turn
+  std::vector<Slot> slots_;  // one a job; the last is for files that get all memory
+  RetiredWorkers retired_;
+  AwakeClock clock_;
+  bool isProven_ = false;               // the module was loaded before
+  bool isRoomKept_ = false;             // for a retired worker that has all memory
+  std::uint64_t nextFile_ = 0;          // the first that was never handed out
+  std::set<std::uint64_t> requeued_;    // handed out to workers that did not get to them
+  std::set<std::uint64_t> needsWhole_;  // failed within a share of the memory
   std::map<std::uint64_t, FileResult> finished_;
   std::size_t finishedBytes_ = 0;
-  std::map<std::uint64_t, std::string> firstFailures_;
-  bool diagnosticsLost_ = false;  // at the end of a worker
+  std::map<std::uint64_t, FirstFailure> firstFailures_;
 };
 
 }  // namespace host

@@ -3,10 +3,12 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
 #include <string_view>
+#include <thread>
 #include <utility>
 
 #include "system/failure.h"
@@ -60,7 +62,7 @@ WorkerProcess::WorkerProcess(const WorkerTask& task,
   if (!results) {
     const int error = errno;
     if (requests) close(*requests);
-    throw systemFailure("worker", error);
+    throw systemFailure("pipe", error);
   }
   requests_ = requests->writeEnd;
   results_ = results->readEnd;
@@ -77,20 +79,22 @@ WorkerProcess::WorkerProcess(const WorkerTask& task,
   ::close(results->writeEnd);
   if (pid_ < 0) {
     closeOurEnds();
-    throw systemFailure("worker", error);
+    throw systemFailure("fork", error);
   }
 }
 
 WorkerProcess::~WorkerProcess() {
   if (pid_ > 0) {
     kill();
-    waitForEnd();
+    // One that is stuck in a system call dies when that returns, and is not waited for.
+    if (!waitForEnd(kTimeToDie)) forget();
   }
   closeOurEnds();
 }
 
 void WorkerProcess::becomeWorker(const WorkerTask& task, pid_t parent, int requestsEnd,
-                                 int resultsEnd, std::span<const WorkerProcess* const> siblings) {
+                                 int resultsEnd,
+                                 std::span<const WorkerProcess* const> siblings) noexcept {
   endWithParent(parent);
   endWorkerOnSignals();
   closeOurEnds();
@@ -120,18 +124,9 @@ void WorkerProcess::abandon() {
 
 void WorkerProcess::kill() { ::kill(pid_, SIGKILL); }
 
-ProcessEnd WorkerProcess::waitForEnd() {
-  // It stays a zombie until it is no longer noted, so that nobody else has its number.
-  siginfo_t info{};
-  while (::waitid(P_PID, static_cast<id_t>(pid_), &info, WEXITED | WNOWAIT) != 0) {
-    if (errno != EINTR) break;
-  }
-  const SignalsHeld held;
-  ProcessEnd end;
-  ::waitpid(pid_, &end.state, 0);
+void WorkerProcess::forget() {
   forgetWorker(pid_);
   pid_ = 0;
-  return end;
 }
 
 bool WorkerProcess::hasEnded() const {
@@ -141,26 +136,30 @@ bool WorkerProcess::hasEnded() const {
 }
 
 std::optional<ProcessEnd> WorkerProcess::endIfEnded() {
+  // It stays a zombie until it is no longer noted, so that nobody else has its number.
   if (!hasEnded()) return std::nullopt;
-  return waitForEnd();
+  const SignalsHeld held;
+  ProcessEnd end;
+  ::waitpid(pid_, &end.state, 0);
+  forget();
+  return end;
 }
 
-Version askVersion(const WorkerTask& task) {
-  WorkerProcess worker(task, {});
-  worker.request(kVersionRequest);
-  worker.endRequests();
-  Frame frame;
-  while (frame.kind == FrameKind::kReady) {
-    const FrameReader::State state = worker.frames().next(frame);
-    if (state == FrameReader::State::kWhole) continue;
-    if (state == FrameReader::State::kSpoilt ||
-        worker.frames().read(worker.results()) == FrameReader::State::kEnded) {
-      throw Failure("the plug-in ended its process");
-    }
+std::optional<ProcessEnd> WorkerProcess::waitForEnd(std::chrono::milliseconds longest) {
+  const auto latest = std::chrono::steady_clock::now() + longest;
+  EndPause pause;
+  std::optional<ProcessEnd> end = endIfEnded();
+  while (!end && std::chrono::steady_clock::now() < latest) {
+    pause.sleep();
+    end = endIfEnded();
   }
-  const ProcessEnd end = worker.waitForEnd();
-  if (frame.kind == FrameKind::kUnusable) throw Failure(frame.message);
-  return {frame.text, frame.diagnosticsLost || end.isWithStatus(kWorkerLostDiagnostics)};
+  return end;
+}
+
+void EndPause::sleep() {
+  constexpr std::chrono::microseconds kLongest{2000};
+  std::this_thread::sleep_for(next_);
+  next_ = std::min(next_ * 2, kLongest);
 }
 
 }  // namespace host

@@ -3,6 +3,7 @@
 
 #include <sys/types.h>
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -14,6 +15,9 @@
 
 namespace host {
 
+// A process that has closed its pipes, or was killed, ends within this time, unless it is stuck.
+inline constexpr std::chrono::seconds kTimeToDie{1};
+
 // How a process ended.
 struct ProcessEnd {
   int state = 0;  // as waitpid gives it
@@ -24,32 +28,34 @@ struct ProcessEnd {
 
 class WorkerProcess {
  public:
-  // Forks. The others are its siblings, whose pipes it is not to keep open. Throws Failure when the
-  // system has no process or pipe to give.
+  // Forks. The child closes the pipes of its siblings. Throws Failure when the system has no
+  // process or pipe to give.
   WorkerProcess(const WorkerTask& task, std::span<const WorkerProcess* const> siblings);
   WorkerProcess(const WorkerProcess&) = delete;
   WorkerProcess& operator=(const WorkerProcess&) = delete;
   ~WorkerProcess();  // kills it if it has not ended
 
-  void request(std::uint64_t index);  // not behind endRequests
+  void request(std::uint64_t index);  // not after endRequests
   void endRequests();                 // it finishes what it has, and ends
-  void abandon();                     // it ends when it next has something to tell
+  void abandon();                     // it ends when it next writes to its parent
 
   int results() const { return results_; }
   CapturedErrors& errors() { return errors_; }
   FrameReader& frames() { return frames_; }
   const FrameReader& frames() const { return frames_; }
 
-  // None of these once its end is known, that is, behind the two last.
+  // None of these once its end is known, that is, after one of the last two returned it.
   bool hasEnded() const;
   void kill();
-  ProcessEnd waitForEnd();
   std::optional<ProcessEnd> endIfEnded();
+  std::optional<ProcessEnd> waitForEnd(std::chrono::milliseconds longest);
 
  private:
   [[noreturn]] void becomeWorker(const WorkerTask& task, pid_t parent, int requestsEnd,
-                                 int resultsEnd, std::span<const WorkerProcess* const> siblings);
+                                 int resultsEnd,
+                                 std::span<const WorkerProcess* const> siblings) noexcept;
   void closeOurEnds() const;
+  void forget();
 
   pid_t pid_ = 0;  // 0 once its end is known
   int requests_ = -1;
@@ -58,12 +64,13 @@ class WorkerProcess {
   FrameReader frames_;
 };
 
-struct Version {
-  std::string text;
-  bool diagnosticsLost;
-};
+// Pauses between two looks at whether processes have ended: short at first, since most end at once.
+class EndPause {
+ public:
+  void sleep();
 
-// Has a worker ask the module. Throws Failure when it has no version to tell.
-Version askVersion(const WorkerTask& task);
+ private:
+  std::chrono::microseconds next_{50};
+};
 
 }  // namespace host

@@ -1,6 +1,6 @@
-// The one writer to standard output and standard error. The module's diagnostic lines are part of
-// its behaviour: they go through C's streams, so that they keep their order with what the host
-// prints itself by stdio or by std::cout, and they are gathered here so that a run makes few calls.
+// The only code that writes to standard output and standard error. Diagnostic lines go through C's
+// streams, so that they stay in order with what the host prints through stdio or std::cout, and are
+// buffered here, so that a run makes few calls.
 #pragma once
 
 #include <array>
@@ -12,9 +12,9 @@
 
 namespace base {
 
-// Collects text and hands it to the stream in large pieces, the rest at the end of its life.
-// Numbers are plain decimal whatever locale the host has set. A stream that is closed, full or
-// broken loses the text and nothing else: no function throws.
+// Buffers text and writes it to the stream in large pieces; the destructor writes the rest. Numbers
+// are plain decimal in any locale. If the stream is closed, full or broken the text is lost; no
+// function throws.
 class StreamWriter {
  public:
   explicit StreamWriter(std::FILE* stream) : stream_(stream) {}
@@ -30,7 +30,7 @@ class StreamWriter {
   }
   StreamWriter& operator<<(std::int32_t number) noexcept;
 
-  // Hands over what was collected and flushes the stream itself.
+  // Writes what is buffered and flushes the stream itself.
   void flush() noexcept;
 
  private:

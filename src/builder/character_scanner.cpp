@@ -1,13 +1,13 @@
-// Outside strings these bytes decide; all others join the chunk:
+// Outside strings these bytes are special; all others are appended to the chunk:
 //
-//   ' " `   open a string, which joins the chunk up to its closing quote
+//   ' " `   open a string, which is appended up to and including its closing quote
 //   \n      ends a statement, unless the line continues
 //   ;       ends a statement outside parentheses
 //   { }     open and close a block
 //   ( )     are counted
-//   [ ]     at the start of a statement, enclose text that is left out (unless it is a script)
+//   [ ]     at the start of a statement, enclose text that is dropped (except in a script)
 //
-// Braces, semicolons and line feeds in a string do nothing, and its line feeds are not counted.
+// Braces, semicolons and line feeds in a string have no effect, and its line feeds are not counted.
 #include "builder/character_scanner.h"
 
 #include <algorithm>
@@ -21,7 +21,7 @@
 namespace builder {
 namespace {
 
-constexpr std::size_t kMaxScannedBytes = 10'485'760;  // the rest is not looked at
+constexpr std::size_t kMaxScannedBytes = 10'485'760;  // the rest is ignored
 
 constexpr text::ByteSet kStops{"'\"`\n;{}()[]"};
 
@@ -40,13 +40,13 @@ class CharacterScanner {
   Scan takeStop(char byte);
   void endLine();
 
-  // Text in a skipped bracket group does not join the chunk, but for its strings.
+  // Inside a skipped bracket group only strings are appended to the chunk.
   void appendCode(std::string_view bytes) {
     if (!bracketSkip_) chunk_.append(bytes);
   }
 
-  // The offset behind the string that opens at from, or the end. A backslash hides the byte behind
-  // it.
+  // Offset just past the string that opens at from, or the end of the text if it is not closed. A
+  // backslash escapes the next byte.
   std::size_t skipString(std::size_t from) const;
 
   const std::string_view text_;

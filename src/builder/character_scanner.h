@@ -1,6 +1,6 @@
-// The scanner route: a walk over the bytes of the text that tracks strings, escapes, parentheses
-// and line continuation, gathers statement text in a chunk, and hands each finished chunk to the
-// actions of the node emitter.
+// The scanner route: walks the bytes of the text, tracks strings, escapes, parentheses and line
+// continuation, collects statement text in a chunk, and passes each finished chunk to the node
+// emitter.
 #pragma once
 
 #include <string>
@@ -10,8 +10,8 @@
 
 namespace builder {
 
-// Scans text, or its first 10,485,760 bytes, with start as the node for the first statements; root
-// takes error nodes and repaired scopes. chunk keeps the text of a statement that nothing ended.
+// Scans the first 10,485,760 bytes of text. start is the node that takes the first statements; root
+// takes error nodes and repaired scopes. chunk keeps the text of an unfinished statement.
 void scanCharacters(std::string_view text, ObjectBranch* root, ObjectBranch* start,
                     bool isJavaScript, std::string& chunk);
 

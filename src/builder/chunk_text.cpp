@@ -65,7 +65,7 @@ std::string_view cleanedChunk(std::string_view text, std::string& scratch) {
   }
   while (cleaned.ends_with(')')) cleaned.remove_suffix(1);
   while (cleaned.starts_with(')')) cleaned.remove_prefix(1);
-  return text::trimView(cleaned);  // it is reduced already
+  return text::trimView(cleaned);  // already reduced
 }
 
 }  // namespace builder

@@ -1,6 +1,6 @@
-// The statement text under construction on the scanner route. Some of it is asked about again and
-// again while it grows (a ";" that finds nothing to emit leaves it as it is), so what the questions
-// need is kept beside the text instead of read from it anew.
+// The statement text under construction on the scanner route. The same questions come up again and
+// again while it grows (a ";" with nothing to emit leaves it unchanged), so their answers are
+// tracked as text is appended instead of recomputed.
 #pragma once
 
 #include <cstddef>
@@ -12,7 +12,7 @@ namespace builder {
 
 class ChunkText {
  public:
-  // Works on the text given, which may hold something already and keeps what a run leaves in it.
+  // Works on the caller's string, which may already hold text and keeps what a run leaves in it.
   explicit ChunkText(std::string& text) : text_(text) { learn(text); }
 
   const std::string& text() const { return text_; }
@@ -29,34 +29,34 @@ class ChunkText {
   // Whether cleanedChunk of the text is empty.
   bool cleansToNothing() const { return shape_ != Shape::kText; }
 
-  // Whether the text before the last blank, or all of it without one, ends in a backslash.
-  // required: so it is not the end of the line that decides whether a line continues.
+  // Whether the text before the last blank, or all of it if there is none, ends in a backslash.
+  // required: the byte before the line feed does not decide whether a line continues.
   bool continues();
 
  private:
-  // What the text looks like to the cleaning of a chunk, which drops white space, one leading
-  // comma, and the ")" at both ends: all but the last of these leave nothing.
+  // The text as the cleaning of a chunk sees it, which drops white space, one leading comma, and
+  // the ")" at both ends. Every shape but the last cleans to nothing.
   enum class Shape : std::uint8_t {
     kBlank,        // white space
-    kComma,        // a comma, and perhaps blanks behind it
+    kComma,        // a comma, optionally followed by blanks
     kCommaSpace,   // a comma and white space that does not reduce to a blank
     kClosing,      // a run of ")"
-    kClosingGap,   // white space behind it
-    kClosing2,     // a second run of ")": it goes from the back and the first from the front
-    kClosing2Gap,  // white space behind that
-    kText,         // anything else, and from there on whatever follows
+    kClosingGap,   // followed by white space
+    kClosing2,     // a second run of ")": dropped from the back, the first one from the front
+    kClosing2Gap,  // followed by white space
+    kText,         // anything else; never changes again
   };
   static Shape shapeBehind(Shape shape, char byte);
   void learn(std::string_view bytes);
 
   std::string& text_;
   Shape shape_ = Shape::kBlank;
-  std::size_t lastBlank_ = std::string::npos;  // the last blank before blanksSeen_
+  std::size_t lastBlank_ = std::string::npos;  // position of the last blank before blanksSeen_
   std::size_t blanksSeen_ = 0;
 };
 
-// The text of a chunk as it goes into a node: trimmed and reduced, without one leading comma, and
-// without the ")" at both ends. A slice of text or of scratch.
+// Returns the text of a chunk as it goes into a node: trimmed and reduced, without one leading
+// comma and without the ")" at both ends. The result is a slice of text or of scratch.
 std::string_view cleanedChunk(std::string_view text, std::string& scratch);
 
 }  // namespace builder

@@ -12,7 +12,7 @@
 namespace builder {
 namespace {
 
-// Lines that say nothing. The list for statements is shorter.
+// Lines that make no node. For statements the list is shorter.
 constexpr std::array<std::string_view, 8> kSilentLines{")",    "});", "})", ")))",
                                                        "))))", "}",   "{",  "};"};
 constexpr std::array<std::string_view, 3> kSilentStatements{")", "}", "})"};
@@ -21,7 +21,7 @@ constexpr text::ByteSet kQuotes{"\"'`"};
 
 bool holdsQuote(std::string_view text) { return text::findMember(text, kQuotes) < text.size(); }
 
-// Every node of the scan counts twice.
+// Nodes of the scan are counted twice in objectCount: by makeNode and here.
 ObjectBranch* makeCountedNode() {
   ObjectBranch* const node = tree::makeNode();
   ++objectCount;
@@ -31,7 +31,7 @@ ObjectBranch* makeCountedNode() {
 }  // namespace
 
 void NodeEmitter::newlineAction(std::int32_t line, bool inParentheses) {
-  // required: inside parentheses the text gathered so far is thrown away.
+  // required: inside parentheses the text collected so far is dropped.
   if (!inParentheses && !chunk_.cleansToNothing()) {
     const std::string_view statement = cleanedChunk(chunk_.text(), scratch_);
     if (!text::isOneOf(statement, kSilentLines)) {
@@ -45,12 +45,12 @@ void NodeEmitter::newlineAction(std::int32_t line, bool inParentheses) {
 
 void NodeEmitter::statementAction(std::int32_t line) {
   if (chunk_.cleansToNothing()) {
-    // required: what is in the chunk stays, and goes into the next statement's text.
+    // required: the text in the chunk stays and becomes part of the next statement.
     classBlockPending_ = false;
     return;
   }
   const std::string_view statement = cleanedChunk(chunk_.text(), scratch_);
-  // required: an import that ends in ";" gives no node.
+  // required: an import that ends in ";" makes no node.
   const bool isImport = statement.starts_with("import ") ||
                         (statement.starts_with("const ") && text::contains(statement, "require"));
   if (!isImport && !text::isOneOf(statement, kSilentStatements)) {
@@ -64,11 +64,11 @@ Scan NodeEmitter::openBraceAction(std::int32_t line) {
   const std::string_view header = chunk_.text();
   if (isJavaScript_) {
     if (text::contains(header, "class")) {
-      // required: it does not follow the nesting, and stays until a ";" finds nothing to emit.
+      // required: the flag ignores nesting and stays set until a ";" finds nothing to emit.
       if (!holdsQuote(header)) classBlockPending_ = true;
     } else if (!text::contains(header, "(") && !text::contains(header, "=>")) {
       if (root_->children.empty()) {
-        makeCountedNode();  // linked to nothing, but it uses up a number
+        makeCountedNode();  // attached to nothing, but it takes a number
         return fail("error: Zero child objects", "zero children. This is not correct.", line);
       }
       enterBlock(kBranchDefine, "define", 0);
@@ -111,12 +111,12 @@ void NodeEmitter::enterBlock(BranchType type, std::string_view label, std::int32
   chunk_.clear();
 }
 
-// Closing braces may have climbed past the wrappers; statements get new ones then.
+// Closing braces may have climbed above the wrappers; later statements get new ones.
 void NodeEmitter::repairScope() {
   const ObjectBranch* const parent = currentBranch_->parent;
   if (parent == nullptr) {
     const std::string& path = currentBranch_->filePath;
-    // required: a look at the whole path, and no word for modules or wrapped functions.
+    // required: the whole path is searched, and modules and wrapped functions are not considered.
     const bool isWindow = text::contains(path, ".html") || text::contains(path, "script");
     ObjectBranch* const scope = addNode(root_, kBranchNamespace, "namespace",
                                         isWindow ? "namespace window" : "namespace global", 0);
@@ -132,7 +132,7 @@ void NodeEmitter::repairScope() {
   currentBranch_->tags = kScopeWrapperTags;
 }
 
-// Hangs an error node under the root and prints its text, without a line end.
+// Appends an error node to the root and prints its text, without a line feed.
 Scan NodeEmitter::fail(std::string_view label, std::string_view printed, std::int32_t line) {
   base::StreamWriter(stdout) << printed;
   addNode(root_, kBranchError, label, text::trimAndReduceView(chunk_.text(), scratch_), line);

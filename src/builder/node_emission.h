@@ -1,6 +1,6 @@
-// What the character scanner does with a finished chunk: four actions that make the nodes of the
-// scanner route, move up and down the tree, repair a scope that was closed too far, and end the
-// scan on an error.
+// What the scanner does with a finished chunk: four actions that make the nodes of the scanner
+// route, move up and down the tree, repair a scope that was closed too often, and stop the scan on
+// an error.
 #pragma once
 
 #include <cstdint>
@@ -11,8 +11,8 @@
 #include "builder/chunk_text.h"
 #include "tree/object_branch.h"
 
-// The text trimmed and reduced, without one leading comma and without the ")" at both ends.
-// required: a balanced call loses its end too, and "foo(1)" becomes "foo(1".
+// Returns the text trimmed and reduced, without one leading comma and without the ")" at both ends.
+// required: a balanced call loses its ")" as well: "foo(1)" becomes "foo(1".
 QUORL_API std::string CleanupChunk(std::string text);
 
 namespace builder {
@@ -21,22 +21,22 @@ enum class Scan { kGoesOn, kEnds };
 
 class NodeEmitter {
  public:
-  // start is where the first nodes go: root or a wrapper below it.
+  // start takes the first nodes: root or a wrapper below it.
   NodeEmitter(ObjectBranch* root, ObjectBranch* start, bool isJavaScript, ChunkText& chunk)
       : root_(root), currentBranch_(start), isJavaScript_(isJavaScript), chunk_(chunk) {}
 
-  // A line feed; line is the number of the line that begins.
+  // On a line feed; line is the number of the line that starts.
   void newlineAction(std::int32_t line, bool inParentheses);
-  // A ";" outside parentheses.
+  // On a ";" outside parentheses.
   void statementAction(std::int32_t line);
-  // A "{" and a "}".
+  // On a "{" and on a "}".
   Scan openBraceAction(std::int32_t line);
   Scan closeBraceAction(std::int32_t line);
 
  private:
   ObjectBranch* addNode(ObjectBranch* parent, BranchType type, std::string_view label,
                         std::string_view contents, std::int32_t line);
-  // Takes the chunk as the contents of a node below the current one, which becomes current.
+  // Adds a node with the chunk as its contents below the current node and makes it current.
   void enterBlock(BranchType type, std::string_view label, std::int32_t line);
   void repairScope();
   Scan fail(std::string_view label, std::string_view printed, std::int32_t line);

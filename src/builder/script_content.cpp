@@ -1,6 +1,6 @@
-// A line scanner: no statement buffer, no parentheses, no joining or splitting of lines. The scopes
-// that are open stand on a stack, and a new node becomes a child of the one at its back. A line
-// that opens a scope is pushed if it has any "{", whether or not its braces balance.
+// A line scanner: it keeps no statement buffer, counts no parentheses and never joins or splits
+// lines. Open scopes are on a stack, and a new node becomes a child of the top one. A line that
+// opens a scope is pushed if it has any "{", whether or not its braces balance.
 #include "builder/script_content.h"
 
 #include <algorithm>
@@ -23,10 +23,10 @@
 namespace builder {
 namespace {
 
-constexpr int kMaxLines = 100'000;             // lines behind are not read
-constexpr std::size_t kMaxLineBytes = 10'000;  // a longer line is left out, but counted
-constexpr int kMaxBracesOfAKind = 100;         // a line with more is left out
-constexpr std::size_t kMaxOpenScopes = 1'000;  // a scope beyond is a node, but takes no children
+constexpr int kMaxLines = 100'000;             // later lines are ignored
+constexpr std::size_t kMaxLineBytes = 10'000;  // a longer line is skipped, but counted
+constexpr int kMaxBracesOfAKind = 100;         // a line with more is skipped
+constexpr std::size_t kMaxOpenScopes = 1'000;  // a deeper scope gets a node, but takes no children
 
 constexpr text::ByteSet kBraceStops{"\\\"'`{}"};
 
@@ -35,8 +35,8 @@ struct Braces {
   int closing = 0;
 };
 
-// The braces of one line outside strings. Nothing carries over from the line before: a string that
-// runs across lines is forgotten. A backslash hides the byte behind it, outside strings too.
+// Counts the braces of one line outside strings. No state carries over between lines: a string that
+// spans lines is forgotten. A backslash escapes the next byte, outside strings too.
 Braces countBraces(std::string_view line) {
   Braces braces;
   const auto isBrace = [](text::Bytes bytes) { return bytes.are('{') | bytes.are('}'); };
@@ -68,7 +68,7 @@ constexpr Kind kLine{kBranchLine, "line"};
 constexpr Kind kVariable{kBranchClassVar, "classvar"};
 constexpr Kind kFunction{kBranchFunction, "function"};
 
-// The first that applies wins. All of these open a scope if their line has a "{".
+// The first rule that applies wins. All of these open a scope if their line has a "{".
 struct ScopeRule {
   bool (*applies)(const detect::Statement&);
   Kind kind;
@@ -92,13 +92,13 @@ class ScriptContentParser {
   void closeScopes(std::string_view statement, int count, std::int32_t lineNumber);
   void addStatement(bool hasOpeningBrace, std::int32_t lineNumber);
 
-  // A new node for the statement, which is to be a child of the back of the stack.
+  // Makes a node for the statement with the top of the stack as its parent, but does not attach it.
   std::unique_ptr<ObjectBranch> makeNode(std::int32_t lineNumber) const;
   static void setKind(ObjectBranch& node, const Kind& kind);
   void setFunctionName(ObjectBranch& node) const;
   ObjectBranch* attach(std::unique_ptr<ObjectBranch> node);
 
-  // The parent at the front is never popped.
+  // The parent at the bottom is never popped.
   void pop() {
     if (scopeStack_.size() > 1) scopeStack_.pop_back();
   }
@@ -127,12 +127,12 @@ void ScriptContentParser::parseLine(std::string_view line, std::int32_t lineNumb
 
 void ScriptContentParser::closeScopes(std::string_view statement, int count,
                                       std::int32_t lineNumber) {
-  // What stands before the last brace is the statement, and what follows it is lost; a line that
-  // begins with its only brace stays whole. More braces close than open, so there is a last one,
-  // and what stands before it is no lone "{".
+  // The statement is the text before the last "}", and the text after it is lost; a line that
+  // begins with its only "}" stays whole. More braces close than open, so there is a last "}", and
+  // the text before it cannot be a lone "{".
   const std::size_t lastBrace = statement.rfind('}');
   if (lastBrace > 0) {
-    statement = text::trimView(statement.substr(0, lastBrace));  // it is reduced already
+    statement = text::trimView(statement.substr(0, lastBrace));  // already reduced
   }
   statement_.reset(statement);
   std::unique_ptr<ObjectBranch> node = makeNode(lineNumber);
@@ -153,7 +153,7 @@ void ScriptContentParser::addStatement(bool hasOpeningBrace, std::int32_t lineNu
     if (rule->kind.branchType == kBranchFunction) setFunctionName(*node);
     opensScope = hasOpeningBrace;
   } else if (detect::isVariable(statement_)) {
-    // An arrow with a bare parameter; required: it gets no name, and an object literal no scope.
+    // An arrow with a bare parameter. required: it gets no name, and an object literal no scope.
     opensScope = hasOpeningBrace && text::contains(statement_.text(), "=>");
     setKind(*node, opensScope ? kFunction : kVariable);
   } else {
@@ -191,7 +191,7 @@ ObjectBranch* ScriptContentParser::attach(std::unique_ptr<ObjectBranch> node) {
   return node.release();
 }
 
-// What the file's text shows of its module system, with the file's name.
+// Returns the scope's name: the module system that the text uses, with the file's name.
 std::string scopeName(std::string_view text, std::string_view baseName) {
   std::string name;
   if (text::contains(text, "export ") || text::contains(text, "import ")) {
@@ -203,10 +203,10 @@ std::string scopeName(std::string_view text, std::string_view baseName) {
   return "global";
 }
 
-// The file's name as a class name: letters and digits, with its first byte in upper case.
+// Returns the file's name as a class name: letters and digits, the first byte in upper case.
 std::string className(std::string_view baseName) {
   std::string name(baseName);
-  // required: before the symbols go, so a name that begins with one keeps its next letter as it is.
+  // required: the case changes before symbols are dropped, so in "_app" the "a" stays lower case.
   if (!name.empty() && name[0] >= 'a' && name[0] <= 'z')
     name[0] = static_cast<char>(name[0] - 'a' + 'A');
   std::erase_if(name, [](char byte) { return !text::kLetters(byte) && !text::kDigits(byte); });
@@ -241,7 +241,7 @@ void parseScriptContent(std::string_view text, ObjectBranch* parent, const std::
     try {
       parser.parseLine(line, startLine + lineCount);
     } catch (const std::exception&) {
-      // A line without memory for its node is left out, and the rest goes on.
+      // Out of memory: skip this line and go on.
     }
   }
 }

@@ -1,5 +1,5 @@
-// The frame of a run: it picks one of three routes by the file's extension, builds the tree under
-// the root, runs the refinement passes in the route's order and returns the records.
+// Runs one file: picks one of three routes by the file's extension, builds the tree under the root,
+// runs the refinement passes in the route's order and returns the records.
 #pragma once
 
 #include <sstream>
@@ -14,9 +14,9 @@
 // The statement text under construction on the scanner route; keeps what a run leaves in it.
 extern QUORL_API std::string chunk;
 
-// Builds the tree of text under root, which the caller has numbered, and returns a stream with the
-// record array. A null root gives a stream with an error text. Empty namespaceName and className
-// ask for the wrapper nodes of the scanner route.
+// Builds the tree of text under root, which the caller has numbered, and returns a stream that
+// holds the record array, or an error text if root is null. Empty namespaceName and className
+// request the wrapper nodes of the scanner route.
 QUORL_API std::ostringstream TreeBuilderJS(std::string filePath, std::string namespaceName,
                                            std::string className, std::string text,
                                            bool isJavaScript, ObjectBranch* root,
@@ -31,10 +31,10 @@ struct BuildRequest {
   std::string_view text;  // cleaned
   bool isJavaScript;
   const std::vector<std::string>& defines;
-  std::string& chunk;  // for the scanner's statement text
+  std::string& chunk;  // the scanner's statement text
 };
 
-// TreeBuilderJS without the stream: the record text, or an error text, behind what out holds.
+// TreeBuilderJS without the stream: appends the record text, or an error text, to out.
 records::RecordText buildRecords(const BuildRequest& request, ObjectBranch* root,
                                  records::RecordText out = {});
 

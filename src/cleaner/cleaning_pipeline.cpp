@@ -12,7 +12,7 @@ namespace {
 constexpr std::string_view kCommentOpen = "<!--";
 constexpr std::string_view kCommentClose = "-->";
 
-// required: a carriage return and line feed pair becomes two line feeds, and line numbers double.
+// required: a carriage return and line feed become two line feeds, so line numbers double.
 void replaceTabsAndCarriageReturns(std::string& text) {
   for (char& byte : text) byte = byte == '\t' ? ' ' : byte == '\r' ? '\n' : byte;
 }
@@ -25,7 +25,7 @@ void removePageComments(std::string& text) {
   while (open != std::string::npos) {
     const std::size_t inside = open + kCommentOpen.size();
     const std::size_t close = std::min(text.find(kCommentClose, inside), text.size());
-    // Of a comment only its line feeds stay, so that the lines behind it keep their numbers.
+    // Only the line feeds of a comment stay, so that later lines keep their numbers.
     for (std::size_t i = inside; i < close; ++i) {
       if (text[i] == '\n') text[kept++] = '\n';
     }

@@ -1,4 +1,4 @@
-// Removes script comments in one pass over the text, in place. The text is in one mode at a time:
+// Removes script comments in place, in one pass. The text is in one mode at a time:
 //
 //   code           until a comment, a string or a marker run opens
 //   string         '...' or "..."; a line feed does not end it
@@ -6,8 +6,8 @@
 //   block comment  from /* to */
 //   marker run     from TTTTT to the next ";"
 //
-// Each mode copies or drops its run of ordinary bytes up to the next byte that means something to
-// it. Backticks and regular expressions are ordinary: "//" in them starts a comment.
+// Each mode copies or drops bytes up to the next one that is special in that mode. Backticks and
+// regular expressions are ordinary text: "//" inside them starts a comment.
 #include <cstddef>
 #include <cstring>
 #include <utility>
@@ -21,8 +21,8 @@ namespace {
 
 using text::ByteSet;
 
-// Every byte that becomes a space, in whatever mode: control bytes but line feed and carriage
-// return, and all above 0x7E.
+// Bytes that become a space in every mode: control bytes except line feed and carriage return, and
+// everything above 0x7E.
 constexpr ByteSet kUnprintable = ByteSet::where(
     [](int byte) { return (byte < 0x20 && byte != '\n' && byte != '\r') || byte > 0x7E; });
 
@@ -32,7 +32,7 @@ constexpr ByteSet kLineCommentStops = kUnprintable | ByteSet{";\n"};
 constexpr ByteSet kBlockCommentStops = kUnprintable | ByteSet{";*/\n"};
 constexpr ByteSet kMarkerStops = kUnprintable | ByteSet{";"};
 
-// These leave a statement that has not begun unbegun.
+// Bytes before the start of a statement: they do not start it.
 constexpr ByteSet kBetweenStatements{" }"};
 
 constexpr std::string_view kMarker = "TTTTT";
@@ -49,7 +49,7 @@ class CommentStripper {
  private:
   using Mode = void (CommentStripper::*)();
 
-  // One call of a mode handles its run of ordinary bytes and the byte that ends it.
+  // Each call handles a run of ordinary bytes and the byte that ends it.
   void code();
   void string();
   void lineComment();
@@ -58,8 +58,8 @@ class CommentStripper {
 
   std::size_t findStop(const ByteSet& stops) const { return text::findMember(text_, stops, in_); }
 
-  // Every move of in_ goes through here, before anything is written. Output never gets ahead of
-  // input, so the byte before in_ can still be read where it stood; the one before that may not.
+  // Every move of in_ goes through here, before anything is written. Output never overtakes input,
+  // so the byte before in_ is still intact; the one before that may be overwritten.
   void leaveBehind(std::size_t end) {
     if (end > in_) beforeLast_ = end >= 2 ? text_[end - 2] : '\0';
   }
@@ -74,8 +74,8 @@ class CommentStripper {
     char* const to = text_.data() + out_;
     const char* const from = text_.data() + in_;
     const std::size_t size = end - in_;
-    // Most runs are short. A whole block may be written where it ends before the byte that stands
-    // before the run, which may still be asked for; what is too much is written over later.
+    // Most runs are short. Copying a whole block is safe if it ends before the byte in front of the
+    // run, which may still be read; later output overwrites the excess.
     if (size <= text::kBlockBytes && from - to > std::ptrdiff_t{text::kBlockBytes} &&
         in_ + text::kBlockBytes <= size_) {
       std::memcpy(to, from, text::kBlockBytes);
@@ -86,7 +86,7 @@ class CommentStripper {
     in_ = end;
   }
 
-  // These take the byte at in_ and write another, the same, or nothing for it.
+  // Each consumes the byte at in_ and writes another byte, the same one, or nothing.
   void put(char byte) {
     leaveBehind(in_ + 1);
     text_[out_++] = byte;
@@ -101,15 +101,14 @@ class CommentStripper {
     return true;
   }
 
-  // Copies the next printable byte without a look at what it means.
+  // Copies the next printable byte whatever it means.
   void copyBlindly() {
     while (in_ < size_ && takeUnprintable()) {
     }
     if (in_ < size_) copyByte();
   }
 
-  // The five bytes of the marker must be followed by at least one more, and the byte two before
-  // them may not be "d".
+  // At least one byte must follow the marker's five, and the byte two before them must not be "d".
   bool isMarkerHere() const {
     return in_ + kMarker.size() < size_ && text_.compare(in_, kMarker.size(), kMarker) == 0 &&
            beforeLast_ != 'd';
@@ -122,7 +121,7 @@ class CommentStripper {
   char beforeLast_ = '\0';  // the byte of the source two before in_
   Mode mode_ = &CommentStripper::code;
   char quote_ = 0;              // the byte that closes the string
-  bool statementStart_ = true;  // no byte of a new statement has been seen; a "[" is lost here
+  bool statementStart_ = true;  // no byte of the new statement seen yet; a "[" is dropped here
 };
 
 void CommentStripper::code() {
@@ -141,7 +140,7 @@ void CommentStripper::code() {
       return;
     case '[':
       if (statementStart_) {
-        dropByte();  // required: the bracket is lost, what it holds is not
+        dropByte();  // required: the bracket is dropped, its contents are not
         return;
       }
       break;
@@ -152,7 +151,7 @@ void CommentStripper::code() {
       copyByte();
       return;
     case '/': {
-      // required: a "/" as the last byte of the text counts as followed by itself.
+      // required: a "/" as the last byte of the text counts as if another "/" followed.
       const char next = in_ + 1 < size_ ? text_[in_ + 1] : byte;
       if (next != '/' && next != '*') break;
       mode_ = next == '/' ? &CommentStripper::lineComment : &CommentStripper::blockComment;
@@ -175,7 +174,7 @@ void CommentStripper::string() {
   const char byte = text_[in_];
   if (byte == ';') statementStart_ = true;
   if (byte == '[' && statementStart_) {
-    dropByte();  // required: in a string that opens a statement too
+    dropByte();  // required: also in a string at the start of a statement
     return;
   }
   if (byte == quote_) mode_ = &CommentStripper::code;
@@ -192,7 +191,7 @@ void CommentStripper::lineComment() {
     return;
   }
   mode_ = &CommentStripper::code;
-  copyByte();  // required: this line feed does not begin a statement
+  copyByte();  // required: this line feed does not start a statement
 }
 
 void CommentStripper::blockComment() {
@@ -216,7 +215,7 @@ void CommentStripper::blockComment() {
       dropByte();
       if (before != '*') return;
       mode_ = &CommentStripper::code;
-      // required: the byte behind the comment opens and closes nothing.
+      // required: the byte after the comment is copied without opening or closing anything.
       copyBlindly();
       return;
   }
@@ -225,7 +224,7 @@ void CommentStripper::blockComment() {
 void CommentStripper::markerRun() {
   dropUpTo(findStop(kMarkerStops));
   if (in_ == size_ || takeUnprintable()) return;
-  mode_ = &CommentStripper::code;  // required: this ";" begins no statement
+  mode_ = &CommentStripper::code;  // required: this ";" starts no statement
   dropByte();
 }
 

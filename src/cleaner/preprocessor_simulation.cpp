@@ -1,8 +1,8 @@
-// Walks the text line by line, in place. Where a line's bytes go is decided at its first byte that
-// is no space: into the directive if that is "#", else to the output, or nowhere while a branch
-// that is not live silences it. The spaces before that byte are taken for the start of a directive
-// and lost with it, which is how most lines lose their indentation; behind a line of spaces only,
-// an #include or an #else they go to the output instead.
+// Walks the text line by line, in place. The first byte of a line that is not a space decides where
+// the line goes: into the directive if it is "#", else to the output, or nowhere inside an inactive
+// branch. The spaces before that byte are collected as the start of a directive and dropped with
+// it, which is how most lines lose their indentation; after a line of only spaces, an #include or
+// an #else they go to the output instead.
 #include <algorithm>
 #include <array>
 #include <cstddef>
@@ -21,7 +21,7 @@ namespace {
 
 constexpr std::size_t kMaxSilentDirectiveBytes = 50;  // each byte beyond is reported
 
-// Bytes are compared as signed values: those of 0x80 and above are dropped too.
+// Bytes are compared as signed values, so those from 0x80 up are dropped too.
 bool isDropped(char byte) { return static_cast<signed char>(byte) < 0x20; }
 
 bool holdsDropped(std::string_view text) {
@@ -80,7 +80,7 @@ class PreprocessorSimulation {
     inDirective_ = inDirective;
   }
 
-  // These take a piece of a line, of which the dropped bytes are left out.
+  // Each handles a piece of a line and skips its dropped bytes.
   void takeBytes(std::size_t in, std::size_t end);
   void emit(std::size_t in, std::size_t end);
   void collect(std::size_t in, std::size_t end);
@@ -100,16 +100,16 @@ class PreprocessorSimulation {
   bool atLineStart_ = true;
   bool inDirective_ = true;
   std::string directiveLine_;
-  std::size_t inkEnd_ = 0;  // one behind the last byte of directiveLine_ that is no space
+  std::size_t inkEnd_ = 0;  // just past the last byte of directiveLine_ that is no space
   bool emitting_ = true;
 
-  // Per nesting depth of conditionals, with entry 0 for the text outside all of them. Entries
-  // above the depth stay as they were until a later conditional overwrites them.
+  // Indexed by nesting depth of conditionals; entry 0 is the text outside all of them. Entries
+  // above the depth keep their values until a later conditional overwrites them.
   std::size_t depth_ = 0;
-  std::vector<char> activeStates_{1};  // the branch at this depth is live
-  std::vector<char> takenStates_{0};   // the opening directive at this depth came out true
+  std::vector<char> activeStates_{1};  // the branch at this depth is active
+  std::vector<char> takenStates_{0};   // the opening directive at this depth was true
 
-  std::unordered_set<std::string> names_;  // what defines_ holds, once a name was sought in it
+  std::unordered_set<std::string> names_;  // copy of defines_, filled at the first lookup
   base::StreamWriter report_{stdout};
 };
 
@@ -142,7 +142,7 @@ void PreprocessorSimulation::emit(std::size_t in, std::size_t end) {
   if (!emitting_) return;
   char* const line = text_.data() + in;
   std::size_t length = end - in;
-  // Cleaned text holds none of these bytes, so one look at the line is all that it takes.
+  // Cleaned text holds none of these bytes, so most lines skip the filtering.
   if (holdsDropped({line, length})) {
     length = static_cast<std::size_t>(std::remove_if(line, line + length, isDropped) - line);
   }
@@ -164,7 +164,7 @@ void PreprocessorSimulation::collectRun(std::string_view run) {
   directiveLine_.append(run);
   const std::size_t ink = run.find_last_not_of(' ');
   if (ink != std::string_view::npos) inkEnd_ = before + ink + 1;
-  // required: the report comes once for each byte, with all that stands before it.
+  // required: the line so far is reported once for every byte beyond the limit.
   const std::string_view line = directiveLine_;
   for (std::size_t size = std::max(before, kMaxSilentDirectiveBytes) + 1; size <= line.size();
        ++size) {
@@ -190,7 +190,7 @@ void PreprocessorSimulation::endLine() {
 
 void PreprocessorSimulation::endDirective(const DirectiveParts& parts) {
   Directive directive = directiveOf(parts.keyword);
-  // Outside all conditionals there is nothing that these could belong to.
+  // Outside all conditionals these belong to nothing.
   const bool isStray =
       depth_ == 0 && (directive == Directive::kAlternative || directive == Directive::kElse ||
                       directive == Directive::kEnd);
@@ -231,7 +231,7 @@ void PreprocessorSimulation::open(const DirectiveParts& parts) {
     takenStates_[depth_] = activeStates_[depth_];
     atLineStart_ = true;
   } else {
-    // required: atLineStart_ stays clear, so the whole next line is read as if it were a directive.
+    // required: atLineStart_ stays false, so the whole next line is read as a directive.
     activeStates_[depth_] = 0;
   }
   registerName(parts);
@@ -243,7 +243,7 @@ void PreprocessorSimulation::alternate(const DirectiveParts& parts) {
     if (takenStates_[depth_] != 0) {
       emitting_ = false;
     } else {
-      // required: a true alternative does not count as taken, so a later #else is emitted as well.
+      // required: a true #elif does not count as taken, so a later #else is emitted as well.
       setState(opensLiveBranch(parts, activeStates_[depth_], knownDefines_));
     }
     atLineStart_ = true;
@@ -265,8 +265,9 @@ void PreprocessorSimulation::close() {
   } else if (depth_ == 0) {
     emitting_ = true;
   }
-  // A live branch is in live branches only, so there is nothing more to ask of those around it.
-  // required: else emitting_ stays, so a false block silences the rest of a true one around it.
+  // Only active branches enclose an active one, so the enclosing levels need no check.
+  // required: otherwise emitting_ stays, so a false block silences the rest of a true block around
+  // it.
 }
 
 void PreprocessorSimulation::registerName(const DirectiveParts& parts) {
@@ -287,8 +288,8 @@ DirectiveParts splitDirective(std::string_view line) {
     ++parts.count;
   };
 
-  // The keyword: "#" and letters. Other bytes vanish from it, and blanks end it once it has more
-  // than the "#".
+  // The keyword: "#" and letters. Other bytes are dropped, and a blank ends it unless it is only
+  // "#".
   bool seenHash = false;
   for (; i < line.size() && parts.count == 0; ++i) {
     const char byte = line[i];
@@ -307,7 +308,7 @@ DirectiveParts splitDirective(std::string_view line) {
     }
   }
 
-  // The argument: blanks go until its first "(" or letter.
+  // The argument: blanks before its first "(" or letter are dropped.
   bool inArgument = false;
   for (; i < line.size(); ++i) {
     const char byte = line[i];
@@ -326,7 +327,7 @@ bool opensLiveBranch(const DirectiveParts& parts, int previousState,
                                                   parts.argument) != knownDefines.end();
   const std::string_view keyword = parts.keyword;
   if (keyword == "#include" || keyword == "#define") return true;
-  // required: there is no expression evaluation, and "#if 1" is false unless "1" is a known name.
+  // required: expressions are not evaluated: "#if 1" is false unless "1" is a known name.
   if (keyword == "#ifdef" || keyword == "#if") return found;
   if (keyword == "#ifndef") return !found;
   if (keyword == "#elif") return previousState == 0 && found;

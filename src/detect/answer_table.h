@@ -1,4 +1,4 @@
-// What the building of a tree found out of its nodes' texts, for the passes that ask again.
+// What the builder learned about the nodes' texts, for later passes that ask the same questions.
 #pragma once
 
 #include <cstddef>
@@ -11,10 +11,10 @@ namespace detect {
 
 class AnswerTable {
  public:
-  // For nodes with numbers from firstId on.
+  // Covers nodes numbered firstId and up.
   explicit AnswerTable(std::int32_t firstId) : firstId_(firstId) {}
 
-  // The statement's text is to be the whole text of the node with this number, for good.
+  // Stores what is known about the statement, which must be the whole, final text of this node.
   void note(std::int32_t id, const Statement& statement) {
     const std::int64_t index = indexOf(id);
     if (index < 0) return;
@@ -23,7 +23,7 @@ class AnswerTable {
     answers_[place] = statement.answers();
   }
 
-  // Nothing is known of a number that was not noted.
+  // Returns no answers for a number that was never noted.
   Answers of(std::int32_t id) const {
     const std::int64_t index = indexOf(id);
     if (index < 0 || index >= static_cast<std::int64_t>(answers_.size())) return {};

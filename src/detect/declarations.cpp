@@ -12,13 +12,13 @@ namespace {
 
 using Parts = std::vector<text::Part>;
 
-// "function", or "async function", from the part at index on.
+// Whether the part at index begins "function" or "async function".
 bool isFunctionKeywordAt(const Statement& statement, std::size_t index) {
   return statement.partIs(index, "function") ||
          (statement.partIs(index, "async") && statement.partIs(index + 1, "function"));
 }
 
-// A function among the arguments or elements of something else.
+// Whether a function is among the arguments or elements of something else.
 bool hasFunctionBehindComma(const Statement& statement) {
   const Parts& parts = statement.parts();
   for (std::size_t i = 0; i + 1 < parts.size(); ++i) {
@@ -27,8 +27,8 @@ bool hasFunctionBehindComma(const Statement& statement) {
   return false;
 }
 
-// The index of the last ")" that stands directly before "=>", 0 if there is none: an arrow's ")"
-// is never the first part that counts.
+// Index of the last ")" directly before "=>", 0 if there is none: an arrow's ")" is never the first
+// part.
 std::size_t findLastArrowHeadEnd(const Parts& parts) {
   for (std::size_t i = parts.size(); i > 2; --i) {
     if (parts[i - 1].is("=>") && parts[i - 2].is(")")) return i - 2;
@@ -36,8 +36,8 @@ std::size_t findLastArrowHeadEnd(const Parts& parts) {
   return 0;
 }
 
-// An arrow with parentheses, or "async (", behind an "=". Parentheses are not matched: any ")"
-// directly before "=>" anywhere behind "= (" will do.
+// Whether an arrow with parentheses, or "async (", follows an "=". Parentheses are not matched: any
+// ")" directly before "=>" after "= (" counts.
 bool assignsFunction(const Parts& parts) {
   std::size_t arrowHeadEnd = 0;
   bool arrowSought = false;
@@ -57,14 +57,14 @@ bool assignsFunction(const Parts& parts) {
   return false;
 }
 
-// A ")" with a "{" behind it and no ";" between them, whatever else stands there and whatever the
+// Whether a "{" follows a ")" with no ";" between them, whatever else is between and whatever the
 // ")" closes. required: so every control statement with parentheses and a brace is a function.
 bool hasBodyBehindParentheses(const Parts& parts) {
   const auto isOpening = [](const text::Part& part) { return part.is("("); };
   const auto opening = std::find_if(parts.begin(), parts.end(), isOpening);
   if (opening == parts.end() || opening == parts.begin() || opening + 1 == parts.end())
     return false;
-  // The first "(" alone tells a call on an object from a definition, by the dot two parts before.
+  // Only the first "(" is checked for a call on an object: a dot two parts before it.
   if (opening - parts.begin() >= 2 && (opening - 2)->is(".")) return false;
   bool closed = false;
   for (auto part = opening + 1; part != parts.end(); ++part) {
@@ -79,8 +79,8 @@ bool hasBodyBehindParentheses(const Parts& parts) {
   return false;
 }
 
-// Each rule asks for the parts only where the text has what the rule needs. Most statements have
-// nothing of it, and need not be split.
+// Cheap checks on the text before the rules that need its parts: most statements fail them and are
+// never split.
 
 bool startsFunction(const Statement& statement) {
   if (!text::contains(statement.text(), "function")) return false;
@@ -89,7 +89,7 @@ bool startsFunction(const Statement& statement) {
          hasFunctionBehindComma(statement);
 }
 
-// Whether a "=" stands directly before a "(" or a word in "a", but for white space.
+// Whether a "(" or a word that begins with "a" follows a "=", ignoring white space.
 bool mayAssignFunction(std::string_view text) {
   for (std::size_t sign = text.find('='); sign != std::string_view::npos;
        sign = text.find('=', sign + 1)) {
@@ -119,7 +119,7 @@ bool isDeclarationKeyword(const text::Part& part) {
   return part.is("const") || part.is("let") || part.is("var");
 }
 
-// The index of the first part that assigns, or nothing.
+// Index of the first assignment operator, if any.
 std::optional<std::size_t> findAssignment(const Statement& statement) {
   for (std::size_t i = 0; const text::Part* part = statement.part(i); ++i) {
     if (isAssignment(*part)) return i;
@@ -127,7 +127,7 @@ std::optional<std::size_t> findAssignment(const Statement& statement) {
   return std::nullopt;
 }
 
-// A cheap look, as above: without a "=" only a leading keyword makes a variable.
+// A cheap check, as above: without a "=" only a leading keyword declares a variable.
 bool mayDeclareVariable(std::string_view text) {
   const std::string_view code = text::ltrimView(text);
   return code.starts_with("const") || code.starts_with("let") || code.starts_with("var") ||
@@ -139,7 +139,7 @@ bool declaresVariable(const Statement& statement) {
   const text::Part* const first = statement.part(0);
   if (first == nullptr) return false;
   if (isDeclarationKeyword(*first)) return statement.part(1) != nullptr;
-  // Something is assigned to, and something is assigned.
+  // An assignment needs something on both sides.
   const std::optional<std::size_t> assignment = findAssignment(statement);
   return assignment && *assignment > 0 && statement.part(*assignment + 1) != nullptr &&
          !isFunction(statement);
@@ -159,13 +159,13 @@ std::string functionNameOf(const Statement& statement) {
     if (isFunctionKeywordAt(statement, 0) && statement.part(2) != nullptr)
       return statement.part(2)->str();
   }
-  // From here on the raw text: the first "(" counts inside a string too.
+  // From here on the raw text is searched: a "(" inside a string counts too.
   const std::size_t opening = statement.text().find('(');
   if (opening == std::string_view::npos || opening == 0) return {};
   std::string scratch;
   std::string_view name = text::trimAndReduceView(statement.text().substr(0, opening), scratch);
   if (name.starts_with("async ")) name.remove_prefix(6);
-  name.remove_prefix(name.rfind(' ') + 1);  // npos + 1 is 0: nothing goes
+  name.remove_prefix(name.rfind(' ') + 1);  // npos + 1 is 0: nothing is removed
   std::string lastScratch;
   return std::string(text::trimAndReduceView(name, lastScratch));
 }

@@ -19,7 +19,8 @@ constexpr std::array<std::string_view, 4> kComparisons{"==", "===", "!=", "!=="}
 bool isLogic(const Statement& statement) {
   return statement.answer(Question::kLogic, [&statement] {
     if (text::isOneOf(statement.firstWord(), kLogicWords)) return true;
-    // required: never true, since only a needle of one byte can match; a comparison is no logic.
+    // required: never true, since only a one-byte needle can match: a comparison alone is not
+    // logic.
     return std::any_of(kComparisons.begin(), kComparisons.end(), [&](std::string_view comparison) {
       return text::matchesOutsideStrings(statement.text(), comparison);
     });

@@ -1,4 +1,4 @@
-// Whether a statement opens a branch or a loop: a look at its first word and nothing else.
+// Detects branches and loops by a statement's first word.
 #pragma once
 
 #include <string>
@@ -6,10 +6,10 @@
 #include "base/export.h"
 #include "detect/statement.h"
 
-// True for if, else, switch, try, catch, finally, case, default.
+// Returns true for if, else, switch, try, catch, finally, case, default.
 QUORL_API bool DetectJSLogic(std::string text);
 
-// True for while, for, do.
+// Returns true for while, for, do.
 QUORL_API bool DetectJSLoop(std::string text);
 
 namespace detect {

@@ -14,7 +14,7 @@ constexpr std::array<text::Needle, 4> kWebComponentSigns{
     "extends HTMLElement", "extends HTMLDivElement", "extends HTMLButtonElement",
     "customElements.define"};
 
-// An exported function is no import; everything else that is exported is.
+// An exported function is not an import; any other export is.
 bool exportsNoFunction(const Statement& statement) {
   return !statement.partIs(1, "function") &&
          !(statement.partIs(1, "async") && statement.partIs(2, "function"));
@@ -26,13 +26,13 @@ bool isImport(const Statement& statement) {
   const std::string_view word = statement.firstWord();
   if (word == "import" || word == "require") return true;
   if (word == "export") return exportsNoFunction(statement);
-  // "module.exports" needs a test of its own: no dot has to follow it.
+  // "module.exports" is checked separately: it needs no dot after it.
   return contains(statement.text(), "exports") &&
          (contains(statement.text(), "module.exports") || contains(statement.text(), "exports."));
 }
 
 bool isInvokedFunction(const Statement& statement) {
-  // Worth a look before the text is split.
+  // A cheap check before the text is split.
   if (!text::ltrimView(statement.text()).starts_with('(')) return false;
   if (!statement.partIs(0, "(") || statement.part(2) == nullptr) return false;
   return statement.partIs(1, "function") || statement.partIs(1, "async") ||
@@ -45,7 +45,7 @@ bool isWebComponent(std::string_view text) {
 }
 
 std::string_view modulePattern(std::string_view text) {
-  // The order decides many real files: a universal wrapper that mentions module.exports is
+  // The order matters for real files: a universal wrapper that mentions module.exports is
   // "commonjs".
   if (contains(text, "export default") || contains(text, "export {")) return "module";
   if (contains(text, "module.exports") || contains(text, "exports.")) return "commonjs";

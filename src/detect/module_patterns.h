@@ -1,5 +1,5 @@
-// Signs of a module system in one piece of text. All substring tests are plain: they see words
-// inside longer words and inside strings.
+// Detects the module system of a piece of text by plain substring tests: they also match inside
+// longer words and inside strings.
 #pragma once
 
 #include <string>
@@ -8,17 +8,17 @@
 #include "base/export.h"
 #include "detect/statement.h"
 
-// True for import, require at the start, an export that is no function, and any mention of
-// "module.exports" or "exports.".
+// Returns true for import, require at the start, an export that is not a function, and any mention
+// of "module.exports" or "exports.".
 QUORL_API bool DetectJSImports(std::string text);
 
-// True for the head of an immediately invoked function: "(function", "(async" or "(()".
+// Returns true for the head of an immediately invoked function: "(function", "(async" or "(()".
 QUORL_API bool DetectIIFE(std::string text);
 
-// True when the text names one of three element base classes or registers a custom element.
+// Returns true if the text names one of three element base classes or registers a custom element.
 QUORL_API bool DetectWebComponent(std::string text);
 
-// "module", "commonjs", "amd", "umd" or the empty string.
+// Returns "module", "commonjs", "amd", "umd" or the empty string.
 QUORL_API std::string DetectModulePattern(std::string text);
 
 namespace detect {

@@ -1,5 +1,5 @@
-// One statement's text on its way through a chain of questions. What they need of it is worked out
-// at most once, and only when one needs it.
+// A statement's text and the answers to the questions asked about it, each computed at most once
+// and only on demand.
 #pragma once
 
 #include <cstddef>
@@ -13,10 +13,10 @@
 
 namespace detect {
 
-// The questions that are put to one text by more than one chain.
+// Questions that more than one caller asks about the same text.
 enum class Question : std::uint8_t { kFunction, kVariable, kLogic, kLoop };
 
-// The answers for one text, as far as they are known: a bit for each question.
+// Known answers for one text, one bit per question.
 struct Answers {
   std::uint8_t known = 0;
   std::uint8_t yes = 0;
@@ -26,15 +26,15 @@ class Statement {
  public:
   explicit Statement(std::string_view text = {}) : text_(text) {}
 
-  // Starts over with another text and what is known of it, keeping the storage. The text must
-  // outlive the questions.
+  // Starts over with another text and its known answers; keeps the storage. The text must stay
+  // alive while questions are asked.
   void reset(std::string_view text, Answers answers = {});
 
   std::string_view text() const { return text_; }
   std::string_view firstWord() const;
   const std::vector<text::Part>& parts() const;
 
-  // The part at index, null if there are not so many. The text is split no further than that.
+  // Returns the part at index, or null if there are fewer. Splits the text no further than that.
   const text::Part* part(std::size_t index) const;
 
   template <std::size_t kSize>
@@ -45,7 +45,7 @@ class Statement {
 
   Answers answers() const { return answers_; }
 
-  // The answer to the question, by find() if it is not known yet.
+  // Returns the answer to the question; calls find() if it is not known yet.
   template <typename Find>
   bool answer(Question question, Find find) const {
     const auto bit = static_cast<std::uint8_t>(1U << static_cast<unsigned>(question));
@@ -58,7 +58,7 @@ class Statement {
 
  private:
   std::string_view text_;
-  mutable std::optional<text::PartsReader> reader_;  // of the parts that are not in parts_ yet
+  mutable std::optional<text::PartsReader> reader_;  // reads the parts that are not in parts_ yet
   mutable std::vector<text::Part> parts_;
   mutable std::optional<std::string_view> firstWord_;
   mutable Answers answers_;

@@ -13,7 +13,7 @@ constexpr std::size_t kNone = std::string_view::npos;
 constexpr text::ByteSet kSpaces{" \t\n\v\f\r"};
 constexpr text::ByteSet kUnquotedEnds = kSpaces | text::ByteSet{">"};
 
-// Elements that show an attribute in place of all else.
+// Elements whose identifier shows one attribute instead of an id or class.
 struct AttributeMark {
   std::string_view element;
   text::Needle attribute;
@@ -25,7 +25,8 @@ constexpr std::array<AttributeMark, 3> kAttributeMarks{{{"script", "src=", "scri
 
 bool isQuote(char byte) { return byte == '"' || byte == '\''; }
 
-// What stands between the quote that text begins with and the next one like it, if both are there.
+// Returns the text between the opening quote at the start of text and the next one like it, if both
+// are there.
 std::optional<std::string_view> quotedValue(std::string_view text) {
   if (text.empty() || !isQuote(text.front())) return std::nullopt;
   const std::size_t close = text.find(text.front(), 1);
@@ -33,7 +34,7 @@ std::optional<std::string_view> quotedValue(std::string_view text) {
   return text.substr(1, close - 1);
 }
 
-// The value that text, which begins behind the "=", gives the attribute.
+// Returns the attribute's value; text begins just after the "=".
 std::string_view attributeValue(std::string_view text) {
   text.remove_prefix(text::findNonMember(text, kSpaces));
   if (text.empty()) return {};
@@ -41,7 +42,7 @@ std::string_view attributeValue(std::string_view text) {
   return text.substr(0, text::findMember(text, kUnquotedEnds));
 }
 
-// The quoted value directly behind the name, which ends in "=".
+// Returns the quoted value directly after name, which ends in "=".
 std::optional<std::string_view> quotedValueBehind(std::string_view tagText,
                                                   const text::Needle& name) {
   const std::size_t hit = name.find(tagText);
@@ -58,7 +59,7 @@ std::string_view hrefValue(std::string_view tagText) {
   if (hit != kNone) return attributeValue(tagText.substr(hit + kName.text().size()));
   const std::size_t spaced = kSpacedName.find(tagText);
   if (spaced == kNone) return {};
-  // required: whatever stands between the word and the sign.
+  // required: any text may stand between the name and the "=".
   const std::size_t sign = tagText.find('=', spaced);
   return sign == kNone ? std::string_view{} : attributeValue(tagText.substr(sign + 1));
 }
@@ -91,7 +92,7 @@ std::string textPreview(std::string_view text, std::size_t maxLength) {
   const std::string_view reduced = text::trimAndReduceView(text, scratch);
   std::string preview(reduced.substr(0, maxLength));
   if (reduced.size() > maxLength) preview += "...";
-  // Quotes are escaped behind the cut. No line end is left to replace: reducing has taken them.
+  // Quotes are escaped after the cut. No line ends are left to escape: reducing removed them.
   text::replaceEach(preview, "\"", "\\\"");
   return preview;
 }

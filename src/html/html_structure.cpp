@@ -1,7 +1,7 @@
-// One closing tag of any name closes whatever is open, and an element that is never closed stays
-// open: a child is whatever comes while its parent is on the stack. A script element with its own
-// text is not pushed: its text goes to the script content parser, and the scan goes on behind its
-// closing tag.
+// A closing tag of any name closes the innermost open element, and an element that is never closed
+// stays open: its children are whatever comes while it is on the stack. A script element with
+// inline text is not pushed: the script content parser gets its text, and the scan continues after
+// its closing tag.
 #include "html/html_structure.h"
 
 #include <algorithm>
@@ -19,20 +19,20 @@
 namespace html {
 namespace {
 
-constexpr std::size_t kMaxPageBytes = 52'428'800;   // what begins behind is not looked at
+constexpr std::size_t kMaxPageBytes = 52'428'800;   // anything that begins later is ignored
 constexpr std::size_t kMaxTagBytes = 10'000;        // a longer tag is cut
-constexpr std::size_t kMaxTextBytes = 10'000;       // so is a longer run of text
-constexpr std::size_t kMaxScriptBytes = 1'048'576;  // and a longer inline script
-constexpr std::size_t kMaxOpenElements = 1'000;     // an element beyond takes no children
-constexpr std::size_t kTextPreviewBytes = 30;       // of an element's first text that are shown
+constexpr std::size_t kMaxTextBytes = 10'000;       // a longer run of text is cut
+constexpr std::size_t kMaxScriptBytes = 1'048'576;  // a longer inline script is cut
+constexpr std::size_t kMaxOpenElements = 1'000;     // a deeper element takes no children
+constexpr std::size_t kTextPreviewBytes = 30;       // shown of an element's first text
 
 constexpr std::string_view kScriptClose = "</script>";
 constexpr std::string_view kTextOpen = ": \"";  // between an element's name and its text
 
-// Nothing is made of a tag that begins so. required: case-sensitive, so "<!doctype html>" is an
+// Tags that begin with these make no node. required: case-sensitive, so "<!doctype html>" is an
 // element.
 constexpr std::array<std::string_view, 3> kIgnoredTags{"!--", "!DOCTYPE", "?"};
-// Prefixes, so "brand" and "linker" hold nothing either.
+// Prefixes, so "brand" and "linker" take no children either.
 constexpr std::array<std::string_view, 6> kVoidTags{"meta", "link", "img", "br", "hr", "input"};
 
 bool startsWithOneOf(std::string_view text, const auto& prefixes) {
@@ -61,7 +61,7 @@ class PageScanner {
  private:
   struct OpenElement {
     ObjectBranch* node;
-    bool hasText = false;  // a text was met, so its contents need no second look
+    bool hasText = false;  // a text was seen: its contents need not be searched again
   };
 
   bool scanNextTag();
@@ -77,7 +77,7 @@ class PageScanner {
                         std::int32_t lineNumber, std::string contents);
   std::size_t findScriptClose(std::size_t from);
 
-  // The first such byte from from on and before the limit, or the limit.
+  // Position of the first such byte at or after from, or limit_ if there is none.
   std::size_t findByte(char byte, std::size_t from) const {
     return std::min(text_.find(byte, from), limit_);
   }
@@ -92,20 +92,20 @@ class PageScanner {
   detect::AnswerTable& answers_;
   std::size_t position_ = 0;
   std::int32_t line_;  // zero-based in a page; line feeds inside a tag are not counted
-  std::vector<OpenElement> openElements_;  // the root at the front is never popped
-  std::size_t scriptClose_ = 0;            // the latest hit of findScriptClose
+  std::vector<OpenElement> openElements_;  // the root at the bottom is never popped
+  std::size_t scriptClose_ = 0;            // the last result of findScriptClose
   bool scriptCloseKnown_ = false;
   base::StreamWriter warnings_{stderr};
 };
 
-// Handles the text up to the next tag and the tag itself; false at the end of the scan.
+// Handles the text up to the next tag and the tag itself. Returns false at the end of the scan.
 bool PageScanner::scanNextTag() {
   while (position_ < limit_ && text_[position_] == '\n') {
     ++position_;
     ++line_;
   }
   const std::size_t open = findByte('<', position_);
-  if (open == limit_) return false;  // text behind the last tag is dropped
+  if (open == limit_) return false;  // text after the last tag is dropped
   countLines(position_, open);
   if (open > position_)
     takeText(text_.substr(position_, std::min(open - position_, kMaxTextBytes)));
@@ -123,14 +123,14 @@ bool PageScanner::scanNextTag() {
   return true;
 }
 
-// Only the first text of an element is kept, wherever it stands in the element.
+// Only the first text of an element is kept, wherever it is in the element.
 void PageScanner::takeText(std::string_view text) {
   OpenElement& element = openElements_.back();
   if (element.hasText) return;
-  if (text::trimView(text).empty()) return;  // reducing leaves no less
+  if (text::trimView(text).empty()) return;  // reducing never empties a text that trimming does not
   element.hasText = true;
   std::string& contents = element.node->contents;
-  // required: an identifier that holds these bytes counts as having a text.
+  // required: an identifier that contains these bytes counts as having a text.
   if (text::contains(contents, kTextOpen)) return;
   contents.append(kTextOpen).append(textPreview(text, kTextPreviewBytes)).push_back('"');
 }
@@ -192,8 +192,8 @@ ObjectBranch* PageScanner::addNode(ObjectBranch* parent, BranchType type, std::s
   return node;
 }
 
-// The next closing tag of a script from from on, which only grows, or npos. The hit of the last
-// search stands until from has passed it, so that script elements without end are searched once.
+// Position of the next closing script tag at or after from, npos if there is none. from only grows,
+// so the last result holds until from passes it, and scripts without an end are searched for once.
 std::size_t PageScanner::findScriptClose(std::size_t from) {
   if (!scriptCloseKnown_ || scriptClose_ < from) scriptClose_ = text_.find(kScriptClose, from);
   scriptCloseKnown_ = true;

@@ -28,8 +28,8 @@ namespace {
 // A node that gets a record.
 struct KeptNode {
   ObjectBranch* node;
-  detect::Answers answers;  // what is known of its text already
-  bool mayHide;             // its text holds the hiding word
+  detect::Answers answers;  // what is already known of its text
+  bool mayHide;             // its text contains the hiding word
 };
 using KeptNodes = std::vector<KeptNode>;
 
@@ -40,25 +40,25 @@ constexpr std::size_t kMaxSkippedBytes = 3;
 static_assert(std::all_of(kSkippedTexts.begin(), kSkippedTexts.end(),
                           [](std::string_view text) { return text.size() <= kMaxSkippedBytes; }));
 
-constexpr std::size_t kQuotedNameBytes = 25;  // of a callback's quoted text that stay in its name
+constexpr std::size_t kQuotedNameBytes = 25;  // a callback's name keeps this much quoted text
 
-// How many nodes ahead of the one at hand the next is fetched.
+// How many nodes ahead to prefetch.
 constexpr std::size_t kAhead = 4;
 
-// A function with this in its text is left out of its parent's child list; only the last one is.
+// A function with this in its text is hidden from its parent's child list; only the last one is.
 constexpr text::Needle kHidingWord = "TTTTT";
 
 bool isSkipped(const ObjectBranch& node) {
-  // None of them holds white space, so reducing could not make one out of anything else.
+  // No skipped text contains white space, so trimming finds the same ones as reducing would.
   const std::string_view text = text::trimView(node.contents);
   return text.size() <= kMaxSkippedBytes && text::isOneOf(text, kSkippedTexts);
 }
 
-// What a dropped node has in the table of new numbers.
+// The new number of a dropped node.
 constexpr std::int32_t kDropped = -2;
 
-// Picks the nodes that get a record, prints a line for each, and enters their new numbers, which
-// are dense from 0, into newIds.
+// Selects the nodes that get a record, prints a line for each, and enters their new numbers, dense
+// from 0, into newIds.
 KeptNodes keepNodes(ObjectBranch* root, const detect::AnswerTable& answers, const Prepare& prepare,
                     tree::IdTable& newIds) {
   KeptNodes kept;
@@ -68,7 +68,7 @@ KeptNodes keepNodes(ObjectBranch* root, const detect::AnswerTable& answers, cons
     const std::int32_t oldId = node->nodeID;
     const bool isDropped = node->branchType == kBranchNone || isSkipped(*node);
     const auto newId = isDropped ? kDropped : static_cast<std::int32_t>(kept.size());
-    // Of nodes with one number only the first counts.
+    // If several nodes share a number, only the first counts.
     if (newIds.insertNew(oldId, newId) && !isDropped) {
       out << "nodeid was " << oldId << " and now is " << newId << "\n";
       kept.push_back({node, answers.of(oldId), text::contains(node->contents, kHidingWord)});
@@ -78,14 +78,14 @@ KeptNodes keepNodes(ObjectBranch* root, const detect::AnswerTable& answers, cons
   return kept;
 }
 
-// The numbers of the nodes while they change from old to new, in the order of the records.
+// Changes the nodes' numbers from old to new, in record order.
 class Renumbering {
  public:
   Renumbering(const KeptNodes& kept, const tree::IdTable& newIds) : kept_(kept), newIds_(newIds) {}
 
-  // Gives the node at this place its new number and takes those that get no record out of its child
-  // list. The children of a dropped node are not lifted up in its place. A child still has its old
-  // number when its parent's turn comes, since it stands behind it.
+  // Numbers the node at this place and removes children without a record from its child list; a
+  // dropped node's children do not move up. Children come after their parent, so they still have
+  // their old numbers here.
   void renumber(std::size_t place) {
     ObjectBranch& node = *kept_[place].node;
     node.nodeID = static_cast<std::int32_t>(place);
@@ -94,7 +94,8 @@ class Renumbering {
     });
   }
 
-  // The new number of a kept node, whether it has it yet or not; nothing for any other node.
+  // Returns the new number of a kept node, whether it is assigned yet or not; nothing for any other
+  // node.
   std::optional<std::int32_t> newIdOf(const ObjectBranch& node) const {
     if (isAt(node.nodeID, node)) return node.nodeID;
     const std::int32_t place = newIds_.find(node.nodeID);
@@ -113,7 +114,8 @@ class Renumbering {
 
 std::string previewName(const detect::Statement& statement) {
   const std::string_view contents = statement.text();
-  // Single quotes come first, wherever they stand, and a double quote may close a single one.
+  // A single quote anywhere comes before any double quote, and a double quote may close a single
+  // one.
   const auto findQuote = [contents](std::size_t from) {
     const std::size_t single = contents.find('\'', from);
     return single != std::string_view::npos ? single : contents.find('"', from);
@@ -147,8 +149,8 @@ void relabelFunction(ObjectBranch& node, const detect::Statement& statement) {
   if (node.parent->branchTypeAsString == "namespace") node.tags += "\n      \"global-function\"\n";
 }
 
-// Decides the label that a host sees. The order of the questions decides real files. A class node
-// has no protection: it goes through the same chain as all others.
+// Sets the label that a host sees. The order of the questions matters for real files. A class node
+// is not exempt: it goes through the same chain as all others.
 void relabel(ObjectBranch& node, const detect::Statement& statement) {
   if (detect::isLogic(statement)) {
     node.branchTypeAsString = "logic";
@@ -157,19 +159,19 @@ void relabel(ObjectBranch& node, const detect::Statement& statement) {
   } else if (detect::isLoop(statement)) {
     node.branchTypeAsString = "loop";
   } else if (node.branchType == kBranchAppendedDefine) {
-    // The defines keep their label unless their text as a whole reads as one of the above.
+    // The defines node keeps its label unless its whole text matches one of the rules above.
   } else if (detect::isFunction(statement)) {
     relabelFunction(node, statement);
   } else if (detect::isVariable(statement) && node.branchTypeAsString != "namespace") {
     // required: the two forms differ.
     node.tags += node.tags.empty() ? "\n      \"variable\"\n" : "    \"variable\"\n";
-    // The parent has its new label already: it stands earlier in the list.
+    // The parent is earlier in the list, so it already has its new label.
     node.branchTypeAsString = node.parent->branchTypeAsString == "class" ? "classvar" : "line";
   }
 }
 
-// Numbers and labels the kept nodes and writes their records, all in one pass: the nodes are far
-// more than what the caches hold.
+// Numbers and labels the kept nodes and writes their records, all in one pass: the nodes do not fit
+// into the caches.
 class RecordWriter {
  public:
   RecordWriter(const KeptNodes& kept, const tree::IdTable& newIds, RecordText& out)
@@ -177,7 +179,7 @@ class RecordWriter {
 
   void run() {
     out_.append("[\n");
-    // What is hidden shows only once all labels are known.
+    // Which node is hidden is known only once all nodes are labelled.
     const bool mayHide =
         std::any_of(kept_.begin(), kept_.end(), [](const KeptNode& each) { return each.mayHide; });
     for (std::size_t i = 0; i < kept_.size(); ++i) {
@@ -194,8 +196,7 @@ class RecordWriter {
     ObjectBranch& node = *kept_[place].node;
     numbers_.renumber(place);
     if (node.parent == nullptr) return;
-    // required: a node whose parent gets no record stays, as an orphan with the whole tree below
-    // it.
+    // required: a node whose parent gets no record stays, as an orphan with its whole subtree.
     if (!numbers_.newIdOf(*node.parent)) {
       node.parent = nullptr;
       return;
@@ -219,8 +220,8 @@ class RecordWriter {
   RecordText& out_;
   detect::Statement statement_;
   std::vector<std::int32_t> childIds_;
-  // The number of the last function whose text holds the hiding word, 0 if there is none: nothing
-  // lists the node 0 as its child.
+  // The number of the last function whose text contains the hiding word. 0 hides nothing: the root
+  // is nobody's child.
   std::int32_t hiddenChildId_ = 0;
 };
 

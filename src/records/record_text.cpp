@@ -16,7 +16,7 @@ void RecordText::append(std::string_view text) {
 
 RecordText::Taken RecordText::take() && {
   *reserve(1) = '\0';
-  // A smaller block for the same bytes; should the system have none, the larger one serves.
+  // Shrink the block to fit; if that fails, the larger one will do.
   if (char* const fitted = static_cast<char*>(std::realloc(memory_.get(), size_ + 1))) {
     static_cast<void>(memory_.release());
     memory_.reset(fitted);

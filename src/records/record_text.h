@@ -1,5 +1,5 @@
-// The text of an answer under construction, in memory from malloc, so that the finished text can be
-// given to the host as it is.
+// The text of an answer under construction, in memory from malloc, so that the host can own the
+// finished text without a copy.
 #pragma once
 
 #include <cstddef>
@@ -14,29 +14,29 @@ struct FreeMemory {
   void operator()(char* memory) const { std::free(memory); }
 };
 
-// A NUL-terminated text that is released by free().
+// NUL-terminated text, released by free().
 using MallocText = std::unique_ptr<char, FreeMemory>;
 
 class RecordText {
  public:
   RecordText() = default;
-  // Begins an empty text in memory from an earlier take(), which may be null.
+  // Starts an empty text in memory from an earlier take(), which may be null.
   RecordText(MallocText memory, std::size_t capacity)
       : memory_(std::move(memory)), capacity_(memory_ == nullptr ? 0 : capacity) {}
 
-  // Where to write next, with room for bytes more. Throws std::bad_alloc.
+  // Returns where to write next, with room for bytes more. Throws std::bad_alloc.
   char* reserve(std::size_t bytes) {
     if (capacity_ - size_ < bytes) grow(bytes);
     return memory_.get() + size_;
   }
-  // Takes what was written, up to end, into the text.
+  // Adds the bytes written up to end to the text.
   void commit(const char* end) { size_ = static_cast<std::size_t>(end - memory_.get()); }
 
   void append(std::string_view text);
 
   std::string_view view() const { return {memory_.get(), size_}; }
 
-  // The text, with a NUL behind it, and the size of its memory, which is about the text's. Throws
+  // Releases the text, NUL-terminated, with the size of its memory, about that of the text. Throws
   // std::bad_alloc.
   struct Taken {
     MallocText text;

@@ -21,7 +21,7 @@ struct Rule {
   std::string_view label;
 };
 
-// Of each table the first row that applies wins.
+// In each table the first row that applies wins.
 constexpr Rule kHeadRules[] = {{detect::isFunction, kBranchFunction, "function"},
                                {detect::isClass, kBranchClass, "class"},
                                {detect::isLogic, kBranchLogic, "logic"},
@@ -29,7 +29,7 @@ constexpr Rule kHeadRules[] = {{detect::isFunction, kBranchFunction, "function"}
 constexpr Rule kBlockEndRules[] = {{detect::isReturn, kBranchLine, "line"},
                                    {detect::isVariable, kBranchClassVar, "classvar"},
                                    {detect::isFunction, kBranchFunction, "function"}};
-// required: at a ";" no function is looked for.
+// required: text that ends in ";" is never classified as a function.
 constexpr Rule kStatementRules[] = {{detect::isReturn, kBranchLine, "line"},
                                     {detect::isVariable, kBranchClassVar, "classvar"}};
 constexpr Rule kOtherHead{nullptr, kBranchContainer, "container"};
@@ -43,13 +43,13 @@ const Rule* findRule(const Rule (&rules)[kCount], const detect::Statement& state
   return nullptr;
 }
 
-// A text without any of these is one statement, whose parts joined with blanks have the same parts
-// again: what is asked of them can be asked of the text itself.
+// A text without any of these bytes is a single statement whose parts are the same after joining
+// them with blanks, so the text itself can be classified.
 constexpr auto kMayCutOrDouble = [](text::Bytes bytes) {
   return bytes.are('{') | bytes.are('}') | bytes.are(';') | bytes.are('\'') | bytes.are('`');
 };
 
-// The split of one leaf after the other; the storage is kept.
+// Splits one leaf after another; reuses its storage.
 class LeafSplitter {
  public:
   explicit LeafSplitter(detect::AnswerTable& answers) : answers_(answers) {}
@@ -62,7 +62,7 @@ class LeafSplitter {
   bool endStatement();
   void reclassifyLeaf();
 
-  // Makes the pending text the statement at hand, if there is any.
+  // Makes the pending text the current statement. Returns false if it is blank.
   bool takePending() {
     statement_.reset(text::trimAndReduceView(pendingText_, scratch_));
     return !statement_.text().empty();
@@ -77,7 +77,7 @@ class LeafSplitter {
   ObjectBranch* leaf_ = nullptr;
   ObjectBranch* currentBranch_ = nullptr;  // takes the next node
   std::vector<text::Part> parts_;
-  std::string pendingText_;      // the parts since the last cut, each with a blank behind it
+  std::string pendingText_;      // the parts since the last cut, each followed by a blank
   std::int32_t braceDepth_ = 0;  // may go below 0
   detect::Statement statement_;
   std::string scratch_;
@@ -109,7 +109,7 @@ void LeafSplitter::split(ObjectBranch* leaf) {
 
 void LeafSplitter::openBlock() {
   ++braceDepth_;
-  // required: a block without a head gives no node, and its "}" climbs one level too many.
+  // required: a block without a head makes no node, and its "}" climbs one level too many.
   if (takePending()) {
     const Rule* const rule = findRule(kHeadRules, statement_);
     currentBranch_ = addNode(rule == nullptr ? kOtherHead : *rule);
@@ -129,7 +129,7 @@ void LeafSplitter::closeBlock() {
   pendingText_.clear();
 }
 
-// False if there is nothing to end; the ";" is then a part like any other.
+// Returns false if there is nothing to end; the ";" is then an ordinary part.
 bool LeafSplitter::endStatement() {
   if (!takePending()) return false;
   const Rule* const rule = findRule(kStatementRules, statement_);

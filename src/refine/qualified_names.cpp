@@ -1,5 +1,5 @@
-// A long name is put together from three climbs, each from the node itself and at most nine
-// ancestors up: the nearest class, the nearest sign of a module system, the nearest export.
+// A long name combines three climbs, each over the node and at most nine ancestors: to the nearest
+// class, the nearest sign of a module system, and the nearest export.
 #include "refine/qualified_names.h"
 
 #include <algorithm>
@@ -28,7 +28,7 @@ std::string classNameIn(std::string_view contents) {
   return name;
 }
 
-// The kind of scope that a text opens, empty if it opens none.
+// The kind of scope that the text opens, empty if none.
 std::string_view scopeKindOf(std::string_view contents) {
   if (detect::isInvokedFunction(detect::Statement(contents))) return "iife";
   const std::string_view pattern = detect::modulePattern(contents);
@@ -36,7 +36,7 @@ std::string_view scopeKindOf(std::string_view contents) {
   return detect::isWebComponent(contents) ? "webcomponent" : "";
 }
 
-// The first node from node upwards for which holds(node) is true, or null.
+// The first node, from node upwards, for which holds(node) is true, or null.
 template <typename Holds>
 const ObjectBranch* climb(const ObjectBranch* node, Holds holds) {
   for (int count = 0; node != nullptr && count < kMaxClimbedNodes; ++count) {
@@ -83,7 +83,7 @@ std::string longNameOf(const ObjectBranch* node) {
   } else if (!module.empty()) {
     name = module;
   } else {
-    // required: the whole path is searched, so a directory called scripts counts.
+    // required: the whole path is searched, so a directory named scripts counts.
     const bool isWindow =
         text::extensionView(node->filePath) == "html" || text::contains(node->filePath, "script");
     name = isWindow ? "window" : "global";

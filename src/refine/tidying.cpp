@@ -10,16 +10,16 @@
 
 namespace {
 
-// Narrower than what the record pass leaves out, and not to be merged with it: a node with one of
-// those texts keeps its children in the output.
+// Fewer texts than the record pass skips, and not to be merged with it: a node with one of the
+// other texts keeps its children in the output.
 bool isBraceOnly(const ObjectBranch& node) {
-  // White space inside would stay, so trimming finds the same texts as trimming and reducing.
+  // None of these texts contains white space, so trimming finds the same ones as reducing would.
   const std::string_view text = text::trimView(node.contents);
   return text.empty() || text == "}" || text == "{" || text == "};";
 }
 
 void removeBraceOnlyChildren(ObjectBranch& node) {
-  constexpr std::size_t kAhead = 8;  // how far behind the child at hand the one fetched stands
+  constexpr std::size_t kAhead = 8;  // how many children ahead to prefetch
   std::vector<ObjectBranch*>& children = node.children;
   std::size_t kept = 0;
   for (std::size_t i = 0; i < children.size(); ++i) {
@@ -27,7 +27,7 @@ void removeBraceOnlyChildren(ObjectBranch& node) {
     ObjectBranch* const child = children[i];
     if (child == nullptr) continue;
     if (isBraceOnly(*child)) {
-      delete child;  // what hangs below it is lost to the run
+      delete child;  // its subtree is no longer reachable
     } else {
       children[kept++] = child;
     }
@@ -64,7 +64,7 @@ ObjectBranch* appendAllDefines(ObjectBranch* root, const std::vector<std::string
   try {
     node = tree::makeNode();
   } catch (const std::exception&) {
-    return nullptr;  // the run goes on without its defines
+    return nullptr;  // the run goes on without a defines node
   }
   node->parent = root;
   node->branchType = kBranchAppendedDefine;

@@ -12,28 +12,28 @@
 // required: changes nothing.
 QUORL_API void CleanUpBranchTypes(ObjectBranch* node);
 
-// Destroys each node below node whose text is only a brace, "};" or blank, and takes its whole
-// subtree out of the tree. The node itself is not looked at.
+// Deletes each node below node whose text is only a brace, "};" or blank, and takes its whole
+// subtree out of the tree. The node itself is not checked.
 QUORL_API void RemoveBraceOnlyNodes(ObjectBranch* node);
 
-// Appends one node with all defines, a line each, to the root's children, also for no defines.
-// Without memory for it the tree stays as it is.
+// Appends one node with all defines, one per line, to the root's children, even if there are none.
+// If memory runs out the tree stays unchanged.
 QUORL_API void AppendAllDefines(ObjectBranch* root, std::vector<std::string> defines);
 
 namespace refine {
 
-// Appends the node of AppendAllDefines and gives it, null if there is no memory for it.
+// Appends the node of AppendAllDefines and returns it, or null if memory runs out.
 ObjectBranch* appendAllDefines(ObjectBranch* root, const std::vector<std::string>& defines);
 
-// What is to be done to each node of a finished tree, for a walk that has more to do on its way.
+// Tidies each node of a finished tree, as part of a walk that does other work too.
 class TreeTidier {
  public:
-  // definesNode, which may be null, is no class, whatever it holds.
+  // definesNode, which may be null, is never marked as a class.
   TreeTidier(const ObjectBranch* definesNode, bool removesBraceOnlyNodes)
       : definesNode_(definesNode), removesBraceOnlyNodes_(removesBraceOnlyNodes) {}
 
-  // ExpandClassnames and, if asked for, RemoveBraceOnlyNodes, as far as they concern the node and
-  // its list of children. The nodes come in pre-order, from the root at depth 0 on.
+  // Applies ExpandClassnames and, if enabled, RemoveBraceOnlyNodes to the node and its child list.
+  // The nodes come in pre-order; the root has depth 0.
   void operator()(ObjectBranch& node, std::size_t depth);
 
  private:
@@ -41,7 +41,7 @@ class TreeTidier {
 
   const ObjectBranch* definesNode_;
   bool removesBraceOnlyNodes_;
-  std::size_t classDepth_ = kNoClass;  // of the class node that the walk is below
+  std::size_t classDepth_ = kNoClass;  // depth of the enclosing class node
 };
 
 }  // namespace refine

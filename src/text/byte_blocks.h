@@ -1,10 +1,10 @@
-// Questions put to sixteen bytes at a time. The compilers' vector type becomes the processor's own
-// instructions, whichever processor it is.
+// Tests sixteen bytes at a time. The compiler turns its vector type into the target processor's own
+// instructions.
 //
 // A test is a function from Bytes to a Mask, such as
 //   [](Bytes bytes) { return bytes.are('"') | bytes.are('\n'); }
-// It looks at each byte alone and is not true of a space, which stands in for what is missing of a
-// text that is shorter than a block.
+// It treats each byte separately and must be false for a space, which pads a text shorter than a
+// block.
 #pragma once
 
 #include <array>
@@ -25,7 +25,7 @@ class Bytes {
   explicit Bytes(const char* block) { std::memcpy(&bytes_, block, kBlockBytes); }
 
   Mask are(char byte) const { return bytes_ == all(byte); }
-  // As signed values: a byte of 0x80 and above is less than every other.
+  // Compares signed values: a byte from 0x80 up is below every other.
   Mask areBelow(char byte) const { return bytes_ < all(byte); }
 
  private:
@@ -38,14 +38,14 @@ class Bytes {
   Vector bytes_;
 };
 
-// Whether the mask is true of any byte.
+// Whether any byte of the mask is set.
 inline bool isAny(Bytes::Mask mask) {
   std::array<std::uint64_t, 2> halves;
   std::memcpy(halves.data(), &mask, kBlockBytes);
   return (halves[0] | halves[1]) != 0;
 }
 
-// The text, at most kBlockBytes long, with spaces behind it.
+// A text of at most kBlockBytes bytes, padded with spaces.
 class PaddedBlock {
  public:
   explicit PaddedBlock(std::string_view text) {

@@ -1,4 +1,4 @@
-// A set of bytes, built at compile time from the text that lists them.
+// A set of bytes, built at compile time from a string that lists them.
 #pragma once
 
 #include <array>
@@ -13,7 +13,7 @@ class ByteSet {
     for (const char byte : bytes) member_[static_cast<unsigned char>(byte)] = true;
   }
 
-  // The bytes for which contains(byte), with the byte as a value from 0 to 255, is true.
+  // The set of bytes for which contains(byte) is true; byte is a value from 0 to 255.
   template <typename Predicate>
   static consteval ByteSet where(Predicate contains) {
     ByteSet set{""};
@@ -35,8 +35,8 @@ class ByteSet {
   std::array<bool, 256> member_{};
 };
 
-// The first offset from from on whose byte is in the set, or is not, and the text's size if there
-// is none.
+// Offset of the first byte at or after from that is in the set (findNonMember: that is not), or the
+// text's size if there is none.
 inline std::size_t findMember(std::string_view text, const ByteSet& set, std::size_t from = 0) {
   while (from < text.size() && !set(text[from])) ++from;
   return from;
@@ -51,7 +51,7 @@ inline constexpr ByteSet kUpperCaseLetters{"ABCDEFGHIJKLMNOPQRSTUVWXYZ"};
 inline constexpr ByteSet kLetters =
     kUpperCaseLetters | ByteSet{"abcdefghijklmnopqrstuvwxyz"};  // ASCII, whatever the C locale
 
-// Two notions of white space, kept apart on purpose; a third is the space alone.
+// Two definitions of white space, kept apart on purpose; a third is the space alone.
 inline constexpr ByteSet kTrimmed{" \n\r\t\f\v"};
 inline constexpr ByteSet kCollapsed{" \n\r\t"};  // required: form feed and vertical tab stay
 static_assert(kTrimmed('\f') && !kCollapsed('\f'));

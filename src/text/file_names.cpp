@@ -23,7 +23,7 @@ bool isPagePath(std::string_view path) { return isOneOf(extensionView(path), kPa
 bool isScriptPath(std::string_view path) { return isOneOf(extensionView(path), kScriptExtensions); }
 
 std::string_view fileNameView(std::string_view path) {
-  return path.substr(path.find_last_of("\\/") + 1);  // npos + 1 is 0: all of it
+  return path.substr(path.find_last_of("\\/") + 1);  // npos + 1 is 0: the whole path
 }
 
 std::string_view baseNameView(std::string_view path) {

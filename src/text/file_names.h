@@ -1,4 +1,4 @@
-// What a path says about a file, from its text alone: nothing here touches the file system.
+// Derives facts about a file from its path alone: nothing here touches the file system.
 #pragma once
 
 #include <string>
@@ -6,17 +6,17 @@
 
 #include "base/export.h"
 
-// The bytes behind the last "." of the whole path, without it; empty without a ".".
-// required: directories are not stripped first, so "dir.d/file" gives "d/file".
+// Returns the bytes after the last "." of the whole path; empty without a ".".
+// required: directories are not stripped first: "dir.d/file" yields "d/file".
 QUORL_API std::string GetFileExtension(const std::string& path);
 
-// Whether the extension, case-sensitive, is one of html, htm, xhtml, php.
+// Returns whether the extension, case-sensitive, is one of html, htm, xhtml, php.
 QUORL_API bool IsHTMLFile(const std::string& path);
 
-// Whether the extension, case-sensitive, is one of js, jsx, ts, tsx, mjs, cjs, es6, es.
+// Returns whether the extension, case-sensitive, is one of js, jsx, ts, tsx, mjs, cjs, es6, es.
 QUORL_API bool IsJavaScriptOnlyFile(const std::string& path);
 
-// The last path component, with and without its last extension. Both "/" and the backslash
+// Return the last path component, with and without its last extension. Both "/" and the backslash
 // separate components on every platform.
 QUORL_API std::string FileNameWithExtension(std::string path);
 QUORL_API std::string FileName(std::string path);

@@ -10,13 +10,13 @@
 
 namespace text {
 
-// A text to search for, with the place of its byte that is least common in source text: the search
-// goes from one such byte that the right neighbour stands beside to the next, and most texts have
-// few.
+// A text to search for. The search scans for the needle's rarest byte (in source text) with the
+// byte after it beside it, and compares the whole needle only there: most texts have few such
+// places.
 class Needle {
  public:
-  consteval Needle(std::string_view text) : text_(text) {  // NOLINT: a literal is meant to convert
-    if (text.empty()) throw "a needle is never empty";     // ends the compilation
+  consteval Needle(std::string_view text) : text_(text) {  // NOLINT: implicit on purpose
+    if (text.empty()) throw "a needle is never empty";     // fails the compilation
     for (std::size_t i = 0; i + 1 < text.size(); ++i) {
       if (rarity(text[i]) > rarity(text[anchor_])) anchor_ = i;
     }
@@ -29,14 +29,14 @@ class Needle {
 
   bool isIn(std::string_view haystack) const { return find(haystack) != std::string_view::npos; }
 
-  // The offset of its first occurrence, npos if there is none.
+  // Offset of the first occurrence, npos if there is none.
   std::size_t find(std::string_view haystack) const {
     if (text_.size() == 1) return haystack.find(text_[0]);
     if (haystack.size() < text_.size()) return std::string_view::npos;
     const char* const begin = haystack.data();
     const char* const end = begin + (haystack.size() - text_.size() + 1);
     const char* from = begin;  // where the needle may begin
-    // A block of beginnings at a time, as long as what is behind the last one is there as well.
+    // Test a block of start positions at a time while a full block is left to read.
     const std::size_t reach = anchor_ + 1 + kBlockBytes;
     for (; from + reach <= begin + haystack.size(); from += kBlockBytes) {
       const char* const anchors = from + anchor_;
@@ -52,7 +52,7 @@ class Needle {
   }
 
  private:
-  // The first place from from on and before end where the needle begins, or end.
+  // First position in [from, end) where the needle begins, or end.
   const char* findBeginning(const char* from, const char* end) const {
     while (from < end) {
       const void* const hit =
@@ -66,7 +66,7 @@ class Needle {
   }
 
   static constexpr std::size_t rarity(char byte) {
-    // Common bytes of source text, the most common first; all others are rare.
+    // Frequent bytes of source text, most frequent first; all others are rare.
     constexpr std::string_view kCommon = " etrniosaldcu()pmfh,.;=g_bv";
     return kCommon.find(byte);  // npos, the largest value, for a rare one
   }

@@ -1,5 +1,5 @@
-// One pass with three kinds of string and a class for every other byte. A part is always a slice of
-// the statement: what joins a part stands directly behind it, and white space ends it. The one
+// One pass; every byte has a class, and there are three kinds of string. A part is always a slice
+// of the statement: bytes that join a part are adjacent to it, and white space ends it. The one
 // exception is the doubled opening quote of '...' and `...`, which is a flag on the part.
 #include "text/parts_list.h"
 
@@ -23,7 +23,7 @@ enum class ByteClass : std::uint8_t {
 };
 
 constexpr std::array<ByteClass, 256> kByteClasses = [] {
-  std::array<ByteClass, 256> classes{};  // all that is named below is no word byte
+  std::array<ByteClass, 256> classes{};  // bytes not listed below are word bytes
   const auto assign = [&classes](std::string_view bytes, ByteClass byteClass) {
     for (const char byte : bytes) classes[static_cast<unsigned char>(byte)] = byteClass;
   };
@@ -42,9 +42,9 @@ constexpr ByteSet kJoinedByArithmetic{"+*%/-="};
 
 ByteClass classOf(char byte) { return kByteClasses[static_cast<unsigned char>(byte)]; }
 
-// The offset just behind the string that opens at from, or the end of the statement if it does not
-// close. A backslash protects the byte behind it; required: but a backtick inside the other two
-// kinds of string leaves the protection in place for the byte after it.
+// Offset just past the string that opens at from, or the end of the statement if it is not closed.
+// A backslash escapes the next byte. required: a backtick inside the other two kinds of string does
+// not use up the escape, which then applies to the byte after it.
 std::size_t skipString(std::string_view statement, std::size_t from) {
   const char own = statement[from];
   bool escaped = false;
@@ -72,7 +72,7 @@ std::string Part::str() const {
 }
 
 bool PartsReader::readInto(std::vector<Part>& parts) {
-  // Ends the part being built. If there was one, the byte at hand waits for the next call.
+  // Ends the part being built. If there was one, the current byte waits for the next call.
   const auto flush = [&]() __attribute__((always_inline)) {
     const bool any = begin_ < end_;
     if (any) parts.push_back({statement_.substr(begin_, end_ - begin_), opensTwice_});
@@ -106,7 +106,7 @@ bool PartsReader::readInto(std::vector<Part>& parts) {
         if (flush()) return true;
         break;
       case ByteClass::kDot:
-        // A dot behind a digit belongs to the number, or to a word that ends in a digit.
+        // A dot after a digit belongs to the number, or to a word that ends in a digit.
         if (end_ > 0 && kDigits(statement_[end_ - 1])) {
           inWord_ = true;
         } else if (flush()) {

@@ -10,7 +10,7 @@ namespace {
 
 constexpr ByteSet kFirstWordBytes = kLetters | kDigits | ByteSet{"_#"};
 
-// Appends text to out with each run of collapsed bytes as one space.
+// Appends text to out; each run of white space in kCollapsed becomes one space.
 void appendCollapsed(std::string& out, std::string_view text) {
   std::size_t from = 0;
   while (from < text.size()) {
@@ -22,7 +22,7 @@ void appendCollapsed(std::string& out, std::string_view text) {
   }
 }
 
-// Whether collapsing would change the text, which neither begins nor ends with a collapsed byte.
+// Whether collapsing would change the text, which must not begin or end with a byte of kCollapsed.
 bool hasRunToCollapse(std::string_view text) {
   const auto isLineEndOrTab = [](Bytes bytes) {
     return bytes.are('\n') | bytes.are('\r') | bytes.are('\t');
@@ -30,7 +30,7 @@ bool hasRunToCollapse(std::string_view text) {
   if (text.size() <= kBlockBytes) {
     return holdsByte(text, isLineEndOrTab) || text.find("  ") != std::string_view::npos;
   }
-  // Each block is looked at together with the one that lies a byte behind it.
+  // Each block is tested together with the block one byte further on.
   const auto isRun = [&](const char* block) {
     const Bytes bytes(block), next(block + 1);
     return isLineEndOrTab(bytes) | (bytes.are(' ') & next.are(' '));
@@ -50,8 +50,7 @@ std::string_view firstWordView(std::string_view text) {
 std::string_view lastWordView(std::string_view text) { return text.substr(0, text.rfind(' ')); }
 
 std::string_view trimAndReduceView(std::string_view text, std::string& scratch) {
-  // What collapsing leaves at an end is white space that trimming takes, so trimming may come
-  // first.
+  // Trimming would remove whatever collapsing leaves at an end, so it may come first.
   const std::string_view trimmed = trimView(text);
   if (!hasRunToCollapse(trimmed)) return trimmed;
   scratch.clear();
@@ -60,10 +59,10 @@ std::string_view trimAndReduceView(std::string_view text, std::string& scratch) 
 }
 
 bool matchesOutsideStrings(std::string_view haystack, std::string_view needle) {
-  // required: the byte at hand is compared with the whole needle, so a longer one never matches.
+  // required: each byte is compared with the whole needle, so a longer needle never matches.
   if (needle.size() != 1 || haystack.find(needle) == std::string_view::npos) return false;
   bool inQuotes = false;
-  // Signed, and they may go below zero: a lone ">" hides all that follows it.
+  // Signed, since they may go below zero: a lone ">" hides everything after it.
   std::ptrdiff_t braceDepth = 0, parenDepth = 0, angleDepth = 0;
   for (const char byte : haystack) {
     if (byte == '"') {
@@ -145,7 +144,7 @@ std::string LastWord(std::string& text) { return std::string(text::lastWordView(
 
 std::string LastWordNoDots(std::string& text) {
   const std::size_t colon = text.rfind(':');
-  // required: the byte before the colon goes with it.
+  // required: the byte before the colon is removed too.
   if (colon != std::string::npos && colon > 0) text.erase(colon - 1);
   const std::size_t space = text.rfind(' ');
   if (space != std::string::npos && space + 1 < text.size()) text.erase(0, space + 1);

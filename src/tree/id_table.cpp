@@ -3,7 +3,7 @@
 namespace tree {
 namespace {
 
-// How far beyond the number of entries the array may reach before an id goes into the map.
+// How far past the number of entries the array may extend before an id goes into the map.
 constexpr std::size_t kSlack = 4096;
 
 }  // namespace

@@ -1,5 +1,5 @@
-// A table from nodeID to a number. A run's ids are dense from 0, so it is an array; ids that a
-// caller made up (negative, or far apart) go into a map beside it.
+// Maps nodeID to a number. A run's ids are dense from 0, so this is an array; ids that a caller
+// made up (negative, or far apart) go into a map beside it.
 #pragma once
 
 #include <cstddef>
@@ -13,17 +13,17 @@ class IdTable {
  public:
   static constexpr std::int32_t kAbsent = -1;
 
-  // The value for id, kAbsent if there is none.
+  // Returns the value for id, kAbsent if there is none.
   std::int32_t find(std::int32_t id) const {
     const auto index = static_cast<std::size_t>(id);
     if (id >= 0 && index < dense_.size() && dense_[index] != kAbsent) return dense_[index];
-    // The array may have grown over an id that is in the map.
+    // The array may have grown past an id that is in the map.
     if (sparse_.empty()) return kAbsent;
     const auto entry = sparse_.find(id);
     return entry == sparse_.end() ? kAbsent : entry->second;
   }
 
-  // Enters value, which may not be kAbsent, for the id; false if the table holds the id already.
+  // Enters value, which must not be kAbsent, for the id. Returns false if the id is already there.
   bool insertNew(std::int32_t id, std::int32_t value) {
     if (find(id) != kAbsent) return false;
     insert(id, value);

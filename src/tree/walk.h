@@ -1,5 +1,5 @@
-// The one walk over the tree. It keeps its own stack, so that the depth of a tree costs heap and
-// never the caller's stack.
+// The only tree walk. It keeps its own stack, so that deep trees use heap, never the caller's
+// stack.
 #pragma once
 
 #include <cstddef>
@@ -11,8 +11,7 @@ namespace tree {
 
 enum class Descend { kYes, kNo };
 
-// Starts to fetch what a visit will read first, if there is a node. A tree is far larger than the
-// caches.
+// Prefetches what a visit reads first; node may be null. A tree is far larger than the caches.
 inline void prefetch(const ObjectBranch* node) {
   if (node == nullptr) return;
   const char* const bytes = reinterpret_cast<const char*>(node);
@@ -21,9 +20,9 @@ inline void prefetch(const ObjectBranch* node) {
   __builtin_prefetch(bytes + 128);
 }
 
-// Calls visit(node, depth) for node, at depth 0, and then for everything below it, in pre-order;
-// null nodes are passed over. visit answers whether to go on into the node's children. Child counts
-// are read again at each step, so visit may change the child list of the node that it is given.
+// Calls visit(node, depth) for node, at depth 0, and for everything below it, in pre-order; null
+// nodes are skipped. The result of visit decides whether the walk enters the node's children. Child
+// counts are re-read at each step, so visit may change its node's child list.
 template <typename Visit>
 void walkWithDepth(ObjectBranch* node, Visit visit) {
   if (node == nullptr || visit(node, std::size_t{0}) == Descend::kNo) return;
@@ -46,7 +45,7 @@ void walkWithDepth(ObjectBranch* node, Visit visit) {
   }
 }
 
-// The same for a visit(node) that does not ask for the depth.
+// The same for a visit(node) that does not need the depth.
 template <typename Visit>
 void walkPreOrder(ObjectBranch* node, Visit visit) {
   walkWithDepth(node, [&visit](ObjectBranch* visited, std::size_t) { return visit(visited); });

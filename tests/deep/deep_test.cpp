@@ -1,5 +1,5 @@
-// Trees as deep as the scanner route can make them, built, refined, written and cut off on a stack
-// that a walk by recursion would use up at once.
+// Trees as deep as the scanner route can make them, built, refined, written and detached on a stack
+// that a recursive walk would overflow at once.
 #include <fcntl.h>
 #include <pthread.h>
 #include <unistd.h>
@@ -27,7 +27,7 @@
 
 namespace {
 
-// A sanitizer needs several times the memory, and frames several times as large.
+// A sanitizer needs several times the memory and much larger stack frames.
 #ifdef QUORL_TEST_IS_SANITIZED
 constexpr std::size_t kShare = 10;
 constexpr std::size_t kStackBytes = 512 * 1024;
@@ -36,7 +36,7 @@ constexpr std::size_t kShare = 1;
 constexpr std::size_t kStackBytes = 128 * 1024;
 #endif
 
-constexpr std::size_t kLimit = 10'485'760 / kShare;  // what the scanner looks at
+constexpr std::size_t kLimit = 10'485'760 / kShare;  // bytes that the scanner reads
 
 std::string repeat(std::string_view piece, std::size_t count) {
   std::string text;
@@ -51,7 +51,7 @@ void* callThrough(void* run) {
 }
 
 void runOnSmallStack(const std::function<void()>& run) {
-  const support::Redirected records(STDOUT_FILENO, "/dev/null", O_WRONLY);  // a line for each
+  const support::Redirected records(STDOUT_FILENO, "/dev/null", O_WRONLY);  // one line per record
   pthread_attr_t attributes;
   pthread_attr_init(&attributes);
   pthread_t thread;
@@ -63,7 +63,7 @@ void runOnSmallStack(const std::function<void()>& run) {
   pthread_attr_destroy(&attributes);
 }
 
-// The answer for a file with the text; valid until the next one.
+// Returns the answer for a file with the text; valid until the next call.
 std::string_view parse(const std::string& text, const char* name = "a.txt") {
   const support::TempDir directory;
   directory.write(name, text);
@@ -113,7 +113,7 @@ std::string listOf(std::size_t child) { return "   \n      " + std::to_string(ch
 
 constexpr const char* kWrapperTags = "\n      \"auto-generated\"\n      \"scope-wrapper\"\n";
 
-// The answer up to and with the record of the class wrapper, which lists the children given.
+// The answer up to and including the record of the class wrapper with these children.
 std::string answerHead(const std::string& wrapperChildren) {
   return "[\n" + textOf({0, "", 0, -1, "filepath", "", "a.txt"}) + ",\n" +
          textOf({0, wrapperChildren, 1, -1, "class", kWrapperTags, "class GlobalScope"});
@@ -125,7 +125,7 @@ void expectEnds(std::string_view answer, const std::string& head, const std::str
   EXPECT_EQ(answer.substr(answer.size() - tail.size()), tail);
 }
 
-// Blocks without a text have no records, so only their number is left of them.
+// Blocks without a text have no records; only the node count shows them.
 TEST(Deep, BracesAlone) {
   const std::size_t depth = kLimit;
   EXPECT_EQ(parse(repeat("{", depth)), answerHead("") + "\n]\n");
@@ -138,7 +138,7 @@ TEST(Deep, BracesAroundAStatement) {
   const std::string_view answer = parse(repeat("{", depth) + "x;" + repeat("}", depth) + "y;\n");
   EXPECT_EQ(answer, answerHead(listOf(3)) + ",\n" + textOf({1, "", 2, -1, "line", "", "x"}) +
                         ",\n" + textOf({1, "", 3, 1, "line", "", "y"}) + "\n]\n")
-      << "x has lost its parent, and y stands in the wrapper again";
+      << "x has lost its parent, and y is in the wrapper again";
   EXPECT_EQ(static_cast<std::size_t>(currentIndex), depth + 7);
 }
 
@@ -153,19 +153,19 @@ void expectChain(std::string_view answer, std::size_t depth) {
                  "\n]\n");
 }
 
-TEST(Deep, BlocksThatStayOpen) {
+TEST(Deep, UnclosedBlocks) {
   const std::size_t depth = kLimit / 2;
   expectChain(parse(repeat("a{", depth)), depth);
   EXPECT_EQ(static_cast<std::size_t>(currentIndex), depth + 5);
 }
 
-// In a run of full size the closing braces stand behind what is scanned.
-TEST(Deep, BlocksThatAreClosed) {
+// At full size the closing braces are past the part that is scanned.
+TEST(Deep, ClosedBlocks) {
   const std::size_t depth = kLimit / 2;
   expectChain(parse(repeat("a{", depth) + repeat("}", depth)), depth);
 }
 
-TEST(Deep, BlocksThatAreClosedWithinTheLimit) {
+TEST(Deep, BlocksClosedWithinTheLimit) {
   const std::size_t depth = kLimit / 3 - 1;
   const std::string_view answer = parse(repeat("a{", depth) + repeat("}", depth) + "b;");
   EXPECT_EQ(recordsIn(answer), depth + 3);
@@ -175,8 +175,8 @@ TEST(Deep, BlocksThatAreClosedWithinTheLimit) {
                  ",\n" + textOf({1, "", depth + 2, 1, "line", "", "b"}) + "\n]\n");
 }
 
-// One leaf with blocks in it: a backtick keeps the quote behind it escaped when the leaf is split,
-// but not in the scan, so the text of a string can come out as code.
+// One leaf with blocks in it: a backtick keeps the next quote escaped when the leaf is split, but
+// not in the scan, so text inside a string can turn into code.
 TEST(Deep, BlocksWithinALeaf) {
   const std::size_t depth = 1'000'000 / kShare;
   const std::string header = "'\\`'' ";
@@ -206,19 +206,19 @@ TEST(Deep, BlocksWithinALeaf) {
   expectEnds(answer, "[\n" + textOf({0, listOf(1), 0, -1, "filepath", "", "a.txt"}) + ",\n", tail);
 }
 
-// Scripts and pages keep 1,000 open scopes, the outermost wrapper among them. Of what opens beyond
-// them each is a child of the last that is kept.
+// Scripts and pages keep 1,000 open scopes, including the outermost wrapper. Every deeper scope is
+// a child of the last one kept.
 struct Opened {
   const char* file;
   const char* text;  // opens a scope
   Record root;
   Record outer;  // wrappers
   Record inner;
-  Record scope;  // the record of each, but for its place
+  Record scope;  // the record of each, except its place
   int linesEach;
 };
 
-// Its id, when the root and the wrappers have 0, 1 and 2.
+// Its id; the root and the wrappers have 0, 1 and 2.
 constexpr std::size_t kLastKept = 999 + 2;
 
 void expectOpened(const Opened& opened) {

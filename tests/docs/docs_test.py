@@ -1,14 +1,14 @@
-"""Runs every command that the documentation shows and compares what it prints.
+"""Runs every command in the documentation and compares its output.
 
 usage: docs_test.py PROJECT_ROOT BUILD_FOLDER MODULE
 
-A block fenced as "console" holds commands behind "$ ", each followed by its output, standard error
+A block fenced as "console" holds commands after "$ ", each followed by its output, standard error
 included. One shell runs a block, in the project's root, with quorl-js on the path, PLUGIN set to
-the module, BUILD to the build folder and SCRATCH to a folder that is empty at first. A block fenced
-as "c", "python" or "bash" must be a file of examples/ whole, and each line of one fenced as "cmake"
-must stand in the project that the tests build from an installed tree. Links to files must lead
-somewhere. Of "./dev run" only the program that it ends in is run, that of the build at hand; the
-one command that is shown and not run here is the one that runs this.
+the module, BUILD to the build folder and SCRATCH to an empty folder. A block fenced as "c",
+"python" or "bash" must equal a file of examples/, and each line of a "cmake" block must occur in
+the project that the tests build from an installed tree. Links to files must exist. Of "./dev run"
+only the final program is run, the one of this build; the one command that is shown but not run is
+the one that runs this test.
 """
 import os
 import pathlib
@@ -25,7 +25,7 @@ MARK = "<end of output>"
 
 
 def commands_of(block):
-    """The (command, output) pairs of one console block."""
+    """Return the (command, output) pairs of one console block."""
     pairs = []
     for line in block.splitlines(keepends=True):
         if line.startswith("$ "):
@@ -86,7 +86,7 @@ def main():
                                   stdout=subprocess.PIPE)
             return done.stdout.decode().split(MARK)[:-1]
 
-        # The check itself has to go red.
+        # The check itself must be able to fail.
         bad = ("```console\n$ echo a\nb\n```\n```c\nint a;\n```\n```cmake\nno(such line)\n```\n"
                "[x](no/such/file.md)\n")
         assert len(faults_of(root / "README.md", bad, root, run)) == 4

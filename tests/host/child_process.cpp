@@ -50,7 +50,7 @@ ProgramWords::ProgramWords(const std::string& program, const std::vector<std::st
 
 // Only calls that are safe behind a fork.
 void becomeProgram(char* const* argv, int out, int err) {
-  constexpr std::array kSignals{SIGINT, SIGTERM, SIGHUP, SIGPIPE, SIGCHLD, SIGALRM};
+  constexpr std::array kSignals{SIGINT, SIGQUIT, SIGTERM, SIGHUP, SIGPIPE, SIGCHLD, SIGALRM};
   for (const int signal : kSignals) ::signal(signal, SIG_DFL);
   sigset_t none;
   sigemptyset(&none);

@@ -16,8 +16,10 @@
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -29,12 +31,6 @@
 namespace {
 
 constexpr std::size_t kBigAnswerBytes = 3'000'000;  // far more than a pipe holds
-
-// Speaks when the module is loaded and when the process ends.
-struct Talker {
-  Talker() { std::puts("loaded"); }
-  ~Talker() { std::puts("unloaded"); }
-} talker;
 
 // Writes three lines, the last of which stays in C's buffer.
 void makeNoise() {
@@ -57,6 +53,36 @@ bool leaveMark(const char* name) {
   if (file >= 0) ::close(file);
   return file >= 0;
 }
+
+void stop() { ::kill(::getpid(), SIGSTOP); }
+
+void stopIfToldBy(const char* variable) {
+  if (std::getenv(variable) != nullptr) stop();
+}
+
+// Counts how often the module was loaded, and crashes at each time from the one given on to the
+// other.
+void crashAtSomeLoads() {
+  const char* const first = std::getenv("ODD_PLUGIN_FIRST_BAD_LOAD");
+  const char* const last = std::getenv("ODD_PLUGIN_LAST_BAD_LOAD");
+  if (first == nullptr || last == nullptr) return;
+  int number = 1;
+  while (!leaveMark(("load-" + std::to_string(number)).c_str())) ++number;
+  if (number >= std::atoi(first) && number <= std::atoi(last)) crash();
+}
+
+// Speaks when the module is loaded and when the process ends.
+struct Talker {
+  Talker() {
+    std::puts("loaded");
+    stopIfToldBy("ODD_PLUGIN_STOPS_AT_LOAD");
+    crashAtSomeLoads();
+  }
+  ~Talker() {
+    std::puts("unloaded");
+    stopIfToldBy("ODD_PLUGIN_STOPS_AT_END");
+  }
+} talker;
 
 void takeMemory(int blocks) {
   for (int count = 0; count < blocks; ++count) {
@@ -83,11 +109,49 @@ void spoilPipes() {
   }
 }
 
-std::string addressSpace() {
+rlim_t addressSpaceLimit() {
   rlimit limit{};
   ::getrlimit(RLIMIT_AS, &limit);
-  return limit.rlim_cur == RLIM_INFINITY ? "unlimited" : std::to_string(limit.rlim_cur);
+  return limit.rlim_cur;
 }
+
+std::string addressSpace() {
+  const rlim_t limit = addressSpaceLimit();
+  return limit == RLIM_INFINITY ? "unlimited" : std::to_string(limit);
+}
+
+// Half as much again as the limit under which this was asked for the first time: less than two
+// shares of the memory, more than one.
+std::size_t moreThanAShare() {
+  if (leaveMark("limit")) std::ofstream("limit") << addressSpaceLimit();
+  rlim_t first = 0;
+  std::ifstream("limit") >> first;
+  return static_cast<std::size_t>(first) / 2 * 3;
+}
+
+void takeMoreThanAShare() {
+  static char* volatile block;
+  block = new char[moreThanAShare()];
+  delete[] block;
+}
+
+void crashWithinAShare() {
+  static void* volatile block;
+  block = std::malloc(moreThanAShare());
+  if (block == nullptr) crash();
+  std::free(block);
+}
+
+// The processes that this one's parent has started and not yet seen the end of.
+std::string siblings() {
+  const std::string parent = std::to_string(::getppid());
+  std::ifstream children("/proc/" + parent + "/task/" + parent + "/children");
+  int count = 0;
+  for (std::string child; children >> child;) ++count;
+  return std::to_string(count);
+}
+
+void appendTo(const char* file) { std::ofstream(file, std::ios::app) << 'x'; }
 
 constexpr int kFloodLines = 20'000;
 
@@ -101,6 +165,16 @@ void warnWithoutEnd() {
   for (int count = 0; count < 10'000'000; ++count) {
     if (::write(STDERR_FILENO, line.data(), line.size()) < 0) return;
   }
+}
+
+// Then it neither ends nor says anything.
+void closePipes() {
+  for (int descriptor = 3; descriptor < 64; ++descriptor) {
+    struct stat status {};
+    if (::fstat(descriptor, &status) == 0 && S_ISFIFO(status.st_mode)) ::close(descriptor);
+  }
+  floodStandardError();
+  while (true) ::pause();
 }
 
 void hang() {
@@ -130,6 +204,39 @@ constexpr std::array kMisdeeds = {
               if (leaveMark("crashed")) crash();
             }},
     Misdeed{"exit", [] { ::_exit(7); }},
+    Misdeed{"exit-once",
+            [] {
+              if (leaveMark("exited")) ::_exit(7);
+            }},
+    Misdeed{"throw", [] { throw std::runtime_error("it broke"); }},
+    Misdeed{"throw-number", [] { throw 7; }},
+    Misdeed{"throw-memory", [] { throw std::bad_alloc(); }},
+    Misdeed{"throw-once",
+            [] {
+              if (leaveMark("thrown")) throw std::runtime_error("not now");
+            }},
+    Misdeed{"throw-at-exit", [] { std::atexit([] { throw std::runtime_error("too late"); }); }},
+    Misdeed{"stop", stop},
+    Misdeed{"stop-once",
+            [] {
+              if (leaveMark("stopped")) stop();
+            }},
+    Misdeed{"close-pipes", closePipes},
+    Misdeed{"over-share", takeMoreThanAShare},
+    Misdeed{"over-share-alone", takeMoreThanAShare},
+    Misdeed{"crash-within-share", crashWithinAShare},
+    Misdeed{"grow", [] { appendTo("grow"); }},
+    Misdeed{"grow-once",
+            [] {
+              if (leaveMark("grown")) appendTo("grow-once");
+            }},
+    Misdeed{"wait",
+            [] {
+              leaveMark("waiting");
+              while (!std::filesystem::exists("go")) {
+                std::this_thread::sleep_for(std::chrono::milliseconds(5));
+              }
+            }},
     Misdeed{"hang", hang},
     Misdeed{"hang\x1b[2J\n", hang},
     Misdeed{"hang-once",
@@ -175,6 +282,7 @@ EXPORTED const char* ParseJS(const char* path, const char* defines) {
   }
   misbehave(name);
   if (name == "no-memory") return nullptr;
+  if (name == "no-memory-once" && leaveMark("asked")) return nullptr;
   if (name == "error") {
     answer = R"([{"error": "it\'s \"odd\": x"}])";
   } else if (name == "control-bytes") {
@@ -191,6 +299,8 @@ EXPORTED const char* ParseJS(const char* path, const char* defines) {
     answer = "[\n]\n";
   } else if (name == "process") {
     answer = "[\n" + std::to_string(::getpid()) + "\n]\n";
+  } else if (name == "over-share-alone") {
+    answer = "[\n" + siblings() + "\n]\n";
   } else if (name == "address-space") {
     answer = "[\n" + addressSpace() + "\n]\n";
   } else if (name == "bad-alloc") {

@@ -2,6 +2,7 @@
 
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -246,6 +247,27 @@ TEST_F(OutDir, GivesItsFilesTheUsualRights) {
   EXPECT_EQ(runIntoOut({"f"}), (Outcome{0, "", ""}));
   ::umask(before);
   EXPECT_EQ(fs::status("out/f.records").permissions(), fs::perms(0640));
+}
+
+TEST_F(OutDir, LosesTheTemporaryFilesOfProcessesThatAreGone) {
+  const pid_t child = ::fork();
+  if (child == 0) ::_exit(0);
+  ASSERT_EQ(::waitpid(child, nullptr, 0), child);
+  const std::string gone = ".quorl-js-" + std::to_string(child);
+  const std::string alive = ".quorl-js-" + std::to_string(::getpid());
+  const std::vector<std::string> kept = {alive + "-0",      gone,
+                                         gone + "-",        gone + "-x",
+                                         gone + "-0x",      gone + "-0-0",
+                                         "x" + gone + "-0", ".quorl-js--1-0",
+                                         ".quorl-js-1",     ".quorl-js-99999999999999999999-0"};
+  Files expected{{"f.records", kGood}};
+  for (const std::string& name : kept) {
+    writeFile("out/" + name, "kept");
+    expected[name] = "kept";
+  }
+  for (const char* number : {"-0", "-17"}) writeFile("out/" + gone + number, "half");
+  EXPECT_EQ(runIntoOut({"f"}), (Outcome{0, "", ""}));
+  EXPECT_EQ(filesIn("out"), expected);
 }
 
 TEST_F(OutDir, ThatIsNoDirectoryEndsTheRun) {

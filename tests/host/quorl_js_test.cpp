@@ -150,9 +150,11 @@ TEST_F(Module, ThatLacksAnEntryPointIsEndedInOrder) {
 }
 
 TEST_F(Module, ThatHangsOverItsVersionEndsTheRun) {
-  EXPECT_EQ(runProgram("/usr/bin/env", {"ODD_PLUGIN_HANGS=1", QUORL_JS_PATH, "--plugin",
-                                        ODD_PLUGIN_PATH, "--version", "--timeout=1"}),
-            (Outcome{2, "", "quorl-js: the plug-in ended its process\n"}));
+  EXPECT_EQ(
+      runProgram("/usr/bin/env", {"ODD_PLUGIN_HANGS=1", QUORL_JS_PATH, "--plugin", ODD_PLUGIN_PATH,
+                                  "--version", "--timeout=1"}),
+      (Outcome{2, "",
+               "quorl-js: cannot get the plug-in's version: timed out after 1 s (--timeout)\n"}));
 }
 
 TEST_F(Module, IsFoundInTheCurrentDirectoryByABareName) {
@@ -252,8 +254,7 @@ TEST_F(Diagnostics, GoToFilesOfAnyName) {
 }
 
 TEST_F(Diagnostics, OfAVersionAreKeptApartToo) {
-  EXPECT_EQ(runOdd({"--version", "--diagnostics", "lines"}),
-            (Outcome{0, kVersions, ""}));
+  EXPECT_EQ(runOdd({"--version", "--diagnostics", "lines"}), (Outcome{0, kVersions, ""}));
   EXPECT_EQ(contentsOf("lines"), "loaded\ncleaned up\nunloaded\n");
 }
 
@@ -281,8 +282,7 @@ TEST_F(Diagnostics, ThatCannotBeWrittenEndTheRun) {
   const std::string message = "quorl-js: diagnostics could not be written: /dev/full\n";
   EXPECT_EQ(runOdd({"noisy", "g", "--diagnostics", "/dev/full"}),
             (Outcome{2, "[\nnoisy|\n]\n", message}));
-  EXPECT_EQ(runOdd({"--version", "--diagnostics", "/dev/full"}),
-            (Outcome{2, kVersions, message}));
+  EXPECT_EQ(runOdd({"--version", "--diagnostics", "/dev/full"}), (Outcome{2, kVersions, message}));
 }
 
 // ---- Standard output that takes nothing
@@ -330,8 +330,9 @@ TEST_F(OutputFailure, OfAReaderWhoLeavesInTheMiddleIsSilent) {
 
 // Whoever starts the program may ignore SIGPIPE, as many interpreters do.
 TEST_F(OutputFailure, OfAReaderWhoHasGoneIsSilentEvenIfTheSignalIsIgnored) {
-  EXPECT_EQ(runProgram("/bin/sh", {"-c", "trap '' PIPE; exec \"$@\"", "sh", QUORL_JS_PATH,
-                                   "--plugin", ODD_PLUGIN_PATH, "f"},
+  EXPECT_EQ(runProgram("/bin/sh",
+                       {"-c", "trap '' PIPE; exec \"$@\"", "sh", QUORL_JS_PATH, "--plugin",
+                        ODD_PLUGIN_PATH, "f"},
                        StandardOutput::kAbandonedPipe),
             (Outcome{128 + SIGPIPE, "", ""}));
 }

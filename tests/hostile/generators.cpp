@@ -1,7 +1,7 @@
 // A directive longer than 50 bytes, and a line with more than 50 blanks before its first other
-// byte, is reported once for each byte beyond, with all that stands before it: output that grows
-// with the square of the line by contract. So none of these texts has such a line, and bytes that
-// become blanks stand behind an "x".
+// byte, is reported once for every byte beyond, each time with the whole line so far: by contract
+// the output grows with the square of the line. So none of these texts has such a line, and bytes
+// that become blanks come after an "x".
 #include "hostile/generators.h"
 
 #include <algorithm>
@@ -10,7 +10,7 @@
 namespace hostile {
 namespace {
 
-// As many whole units as fit into that many bytes.
+// Repeats unit as often as it fits into that many bytes.
 std::string repeat(std::string_view unit, std::size_t bytes) {
   std::string text;
   text.reserve(bytes);
@@ -18,13 +18,13 @@ std::string repeat(std::string_view unit, std::size_t bytes) {
   return text;
 }
 
-// Units of some length until there are that many bytes, the last one cut off.
+// Repeats unit up to exactly that many bytes; the last one is cut off.
 std::string fill(std::string_view unit, std::size_t bytes) {
   return repeat(unit, bytes).append(unit.substr(0, bytes % unit.size()));
 }
 
-// The size of a piece of a text: a fraction of it, up to a limit. So a short text is of the same
-// make as a long one, and what is read again for every byte of the rest grows with the text.
+// The size of a piece of a text: a fraction of it, up to a limit. So short and long texts have the
+// same structure, and work repeated for every remaining byte grows with the text.
 std::size_t pieceSize(std::size_t limit, std::size_t bytes, std::size_t fraction) {
   return std::min(limit, bytes / fraction);
 }
@@ -36,18 +36,18 @@ std::string join(const Pieces&... pieces) {
   return text;
 }
 
-// Script lines of the unit, nearly as long as a line may be. The "=" in front makes each a line
-// that may be a variable or a function, so that it is worth a look at what is in it.
+// Script lines of repeated units, just below the limit for a line. The leading "=" makes each a
+// possible variable or function, so that its content is examined.
 std::string longLines(std::string_view unit, std::size_t bytes) {
   return fill(join("x= ", repeat(unit, pieceSize(9'996, bytes, 8)), "\n"), bytes);
 }
 
-// Lines that begin with an "x" and have the unit behind it.
+// Lines that begin with an "x" followed by repeated units.
 std::string longTails(std::string_view unit, std::size_t bytes) {
   return fill(join("x", repeat(unit, pieceSize(9'990, bytes, 8)), "y\n"), bytes);
 }
 
-// Ten heads, each a fiftieth of the text or as long as may be, and the unit inside them.
+// Ten heads, each a fiftieth of the text up to limit, with repeated units inside them.
 std::string underTenHeads(std::string_view before, std::size_t limit, std::string_view behind,
                           std::string_view unit, std::size_t bytes) {
   const std::string head = join(before, std::string(pieceSize(limit, bytes, 50), 'h'), behind);
@@ -63,10 +63,10 @@ std::string conditionalsWithNewNames(std::size_t bytes) {
   return text;
 }
 
-// A backslash and a backquote in a string: the scanner takes the quote behind them for the end of
-// the string, and the splitting into parts for a byte of the string. So they disagree on all that
-// follows: the blocks stand in a string when statements are scanned, and so in one leaf of the
-// tree, and outside strings when that leaf is split.
+// A backslash and a backtick in a string: to the scanner the next quote ends the string, to the
+// splitter of parts it is still inside. So they disagree on everything that follows: the blocks are
+// in a string when statements are scanned, hence in one leaf of the tree, but outside strings when
+// that leaf is split.
 std::string inOneLeaf(std::string_view blocks, std::size_t bytes) {
   return join("x = '\\`' '", repeat(blocks, bytes), "';\n");
 }
@@ -121,8 +121,8 @@ constexpr Generator kGenerators[] = {
      [](std::size_t n) { return join("x= ", repeat("f() ", n), ";\n"); }},
     {"text_long_header_over_small_children", ".txt",
      [](std::size_t n) { return join(repeat("h", n / 2), " {", repeat("b;", n / 2)); }},
-    // The two closing braces lead out of the scope that every text begins in: its title holds the
-    // word itself, and no class is looked for below it.
+    // The two closing braces leave the scope that every text starts in: its title contains "class",
+    // and the search for classes stops there.
     {"text_classes_under_long_headers", ".txt",
      [](std::size_t n) { return join("}}", underTenHeads("", 10'000, " {", "class c;", n)); }},
     {"text_opening_braces", ".txt", [](std::size_t n) { return repeat("{", n); }},
@@ -145,7 +145,7 @@ constexpr Generator kGenerators[] = {
     {"script_lines_of_calls", ".js", [](std::size_t n) { return longLines("f() ", n); }},
     {"script_lines_of_commas", ".js", [](std::size_t n) { return longLines(",", n); }},
     {"script_lines_of_closers", ".js", [](std::size_t n) { return longLines(")", n); }},
-    // A hundred pairs of braces; a line with one more is left out.
+    // A hundred pairs of braces; a line with one more is skipped.
     {"script_lines_of_blocks", ".js",
      [](std::size_t n) { return fill(join(repeat("f(){}", 500), "\n"), n); }},
     {"script_classes_under_long_heads", ".js",

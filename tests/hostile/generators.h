@@ -1,6 +1,6 @@
-// Texts that are meant to hurt: each repeats something that a plain reading of the rules would look
-// at again and again. Every one has to cost time in proportion to its size. The list feeds whatever
-// wants such texts: tests, counts of work, benchmarks, seeds.
+// Hostile texts: each repeats a construct that a naive implementation would rescan again and again.
+// Each must be parsed in time linear in its size. The list is used by tests, work counters,
+// benchmarks and seeds.
 #pragma once
 
 #include <cstddef>
@@ -11,7 +11,7 @@ namespace hostile {
 
 struct Generator {
   const char* name;                            // letters, digits and "_", unique
-  const char* extension;                       // with the dot; decides how the text is read
+  const char* extension;                       // including the dot; decides how the text is parsed
   std::string (*generate)(std::size_t bytes);  // a text within kSizeTolerance of that size
 };
 

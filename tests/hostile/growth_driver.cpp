@@ -1,10 +1,10 @@
-// Parses one hostile text once, for a counter of instructions to watch from outside.
+// Parses one hostile text once, while an external tool counts instructions.
 //
 //   growth_driver --list                 prints the names of the texts
-//   growth_driver NAME BYTES             makes the text, writes it to a file and parses that
+//   growth_driver NAME BYTES             makes the text, writes it to a file and parses that file
 //   growth_driver NAME BYTES --baseline  does the same, but parses an empty line instead
 //
-// The baseline takes what a program and a run cost whatever the text is.
+// The baseline measures what the program and a run cost with any text.
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -46,7 +46,7 @@ enum class Parsed { kText, kEmptyLine };
 void run(std::string_view name, std::string_view size, Parsed parsed) {
   const hostile::Generator& generator = generatorNamed(name);
   const support::TempDir directory;
-  // Both are written in either case, so that the counts differ by the parsing alone.
+  // Both files are written in either mode, so that the counts differ only by the parsing.
   const std::string extension = generator.extension;
   const std::string text = directory.write("text" + extension, generator.generate(parseSize(size)));
   const std::string emptyLine = directory.write("line" + extension, "\n");
@@ -57,7 +57,7 @@ void run(std::string_view name, std::string_view size, Parsed parsed) {
     const support::Redirected errors(STDERR_FILENO, "/dev/null", O_WRONLY);
     answer = ParseJS(path.c_str(), nullptr);
   }
-  // An error answer would be a count of something else.
+  // For an error answer the count would be meaningless.
   if (answer == nullptr || !std::string_view(answer).starts_with("[\n")) {
     throw std::runtime_error(answer == nullptr ? "no answer" : answer);
   }

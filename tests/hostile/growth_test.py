@@ -1,16 +1,16 @@
-"""Each hostile text costs work in proportion to its size.
+"""Checks that the work of parsing a hostile text grows no faster than its size.
 
 usage: growth_test.py GROWTH_DRIVER [NAME ...]
 
 Work is counted in instructions of the program, never in seconds: by perf, or by valgrind's
-callgrind where perf may not count. Every text (or the named ones) is parsed at three sizes, each
-ten times the one before. Subtracted is what the same program counts when it makes the same text
-but parses an empty line in its place.
+callgrind if perf is not permitted. Every text (or the named ones) is parsed at three sizes, each
+ten times the one before. The baseline is subtracted: the same program making the same text but
+parsing an empty line instead.
 
 The rule: the work per byte at the largest size is at most 1.5 times the least work per byte at the
-two smaller sizes. Work in proportion to the size gives about 1; work with the square of the size
-gives 10 or 100. Less than 1 is fine: there are limits behind which a text is not looked at. Work
-below one instruction per byte is a fault of the counting, since each byte is read at least once.
+two smaller sizes. Linear work gives a ratio of about 1, quadratic work 10 or 100. Less than 1 is
+fine: text past a limit is ignored. Less than one instruction per byte means that the counting is
+wrong, since each byte is read at least once.
 """
 import concurrent.futures
 import os
@@ -30,7 +30,7 @@ class Perf:
 
     @staticmethod
     def read(report):
-        """One line for each kind of core that has a counter, which may hold words in its place."""
+        """Sum the counters: one line per kind of core, possibly words instead of a number."""
         counts = [line.split(",")[0] for line in report.splitlines() if "instructions" in line]
         return sum(int(count) for count in counts if count.isdigit())
 
@@ -47,8 +47,8 @@ class Callgrind:
 
 
 def count(counter, command):
-    """The instructions of a command, 0 if there is no count, and its standard error."""
-    # Names bound at the start are the same for all runs.
+    """Return the instructions of a command, 0 if there is no count, and its standard error."""
+    # Resolving all names at the start costs the same in each run.
     environment = dict(os.environ, LC_ALL="C", LD_BIND_NOW="1")
     run = subprocess.run(counter.prefix + command, env=environment, text=True,
                          stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
@@ -77,7 +77,7 @@ def work_of(counter, driver, name):
 
 
 def judge(sizes, works):
-    """The work per byte at each size, its growth, and what is wrong with it, if anything."""
+    """Return the work per byte at each size, its growth, and what is wrong, if anything."""
     per_byte = [work / size for work, size in zip(works, sizes)]
     if min(per_byte) < 1:
         return per_byte, 0, "not counted"
@@ -86,7 +86,7 @@ def judge(sizes, works):
 
 
 def check_the_checks():
-    """Each rule has to go red for counts that break it."""
+    """Each rule must fail for counts that break it."""
     for sizes in (Perf.sizes, Callgrind.sizes):
         red = [("the square", lambda n: n * n),
                ("a hidden square", lambda n: 50 * n + n * n // 2_000),

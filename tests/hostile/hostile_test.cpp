@@ -1,5 +1,5 @@
-// Every hostile text gives an answer, and the same one twice. What such a text costs is not looked
-// at here; what the sanitizers make of it is.
+// Every hostile text returns an answer, and the same one twice. This checks correctness under
+// sanitizers, not cost.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -44,8 +44,8 @@ Outcome parse(const Generator& generator) {
       directory.write(std::string("text") + generator.extension, generator.generate(kBytes)));
 }
 
-// The offset of the first byte in which two texts differ, -1 if there is none: texts of megabytes
-// are nothing to print.
+// Returns the offset of the first byte in which the texts differ, -1 if there is none: texts of
+// megabytes are too long to print.
 std::ptrdiff_t firstDifference(std::string_view a, std::string_view b) {
   const auto [inA, inB] = std::mismatch(a.begin(), a.end(), b.begin(), b.end());
   return inA == a.end() && inB == b.end() ? -1 : inA - a.begin();
@@ -53,21 +53,21 @@ std::ptrdiff_t firstDifference(std::string_view a, std::string_view b) {
 
 class HostileText : public testing::TestWithParam<Generator> {};
 
-TEST_P(HostileText, HasTheSizeAskedFor) {
+TEST_P(HostileText, HasTheRequestedSize) {
   for (const std::size_t bytes : {std::size_t{2'000}, std::size_t{20'000}, kBytes}) {
     const std::size_t size = GetParam().generate(bytes).size();
     EXPECT_LE(std::max(size, bytes) - std::min(size, bytes), kSizeTolerance) << bytes << " asked";
   }
 }
 
-TEST_P(HostileText, GivesTheSameRecordsTwice) {
+TEST_P(HostileText, ReturnsTheSameRecordsTwice) {
   const support::TempDir directory;
   const std::string path =
       directory.write(std::string("text") + GetParam().extension, GetParam().generate(kBytes));
   const Outcome first = parse(path);
   EXPECT_TRUE(first.answer.starts_with("[\n")) << first.answer.substr(0, 200);
   EXPECT_TRUE(first.answer.ends_with("]\n"));
-  // A reported directive would be output that grows with the square of a line, by contract.
+  // A reported directive would, by contract, make output that grows with the square of a line.
   EXPECT_EQ(first.standardOutput.find("[["), std::string::npos);
   const Outcome second = parse(path);
   EXPECT_EQ(firstDifference(first.answer, second.answer), -1);
@@ -78,8 +78,8 @@ TEST_P(HostileText, GivesTheSameRecordsTwice) {
 INSTANTIATE_TEST_SUITE_P(Generators, HostileText, testing::ValuesIn(generators()),
                          [](const auto& each) { return std::string(each.param.name); });
 
-// A text that is read otherwise than it is meant hurts nobody. So where the harm is in the number
-// of nodes, or in the size of one, these have to come out.
+// A text that is parsed differently than intended is harmless. So if the harm is in the number or
+// size of nodes, check that they appear.
 struct Yield {
   std::string_view name;
   std::size_t records;      // at least
@@ -90,7 +90,7 @@ struct Yield {
 constexpr std::array<Yield, 20> kYields{
     {{"page_script_openers", 12'500, 0, "an element each 8 bytes"},
      {"page_inline_scripts", 16'500, 0, "an element, a script and a line each 18"},
-     {"page_text_under_a_long_tag", 18'900, 0, "an element each 5, behind the tag"},
+     {"page_text_under_a_long_tag", 18'900, 0, "an element each 5, after the tag"},
      {"page_open_tags", 33'300, 0, "an element each 3"},
      {"page_tags_over_the_limit", 7, 70'000, "seven tags of 10,000 bytes and more"},
      {"page_paragraphs_never_closed", 20'000, 0, "an element each 5"},
@@ -117,7 +117,7 @@ std::size_t countOf(std::string_view needle, std::string_view text) {
   return count;
 }
 
-TEST(HostileTexts, AreReadAsTheyAreMeant) {
+TEST(HostileTexts, AreParsedAsIntended) {
   for (const Yield& yield : kYields) {
     SCOPED_TRACE(std::string(yield.name) + ": " + yield.why);
     const auto list = generators();

@@ -1,12 +1,12 @@
-"""Rules of the house that no compiler checks.
+"""Checks the project's rules that no compiler checks.
 
 usage: house_rules_test.py PROJECT_ROOT
 
 - A folder of src/ includes only the folders below it.
-- A room of host/ includes only the rooms below it, and of src/ the C header alone.
-- examples/ includes the C header alone, and files beside it.
-- Standard output and standard error are written by their one writer only.
-- Sources are ASCII, and hold no tabs and no trailing blanks.
+- A room of host/ includes only the rooms below it, and only the C header of src/.
+- examples/ includes only the C header and files beside it.
+- Only one class writes to standard output and standard error.
+- Sources are ASCII, without tabs and trailing blanks.
 """
 import pathlib
 import re
@@ -85,7 +85,7 @@ def faults_of(name, text):
 
 
 def check_the_checks():
-    """Each rule has to go red for a text that breaks it."""
+    """Each rule must fail for a text that breaks it."""
     red = [("src/text/a.cpp", '#include "tree/object_branch.h"\n'),
            ("src/records/a.cpp", '#include "html/html_structure.h"\n'),
            ("host/main.cpp", '#include "tree/object_branch.h"\n'),

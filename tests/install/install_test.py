@@ -8,7 +8,7 @@ usage: install_test.py tree CMAKE BUILD PREFIX LIST [ABSENT]
        install_test.py packages CPACK BUILD EXAMPLE
        install_test.py abi BASELINE [ABIDIFF [MODULE]]
 
-Exit status 0 when all is as promised, 77 when a tool that the check needs is not there.
+Exit status 0 if everything is correct, 77 if a tool that the check needs is missing.
 """
 import os
 import pathlib
@@ -21,13 +21,13 @@ import tempfile
 
 SKIPPED = 77
 MODULE = "lib/quorl-js/quorljs.so"
-# What is recorded of the binary interface: nothing of this machine and no places in the sources.
+# Parts of the binary interface to record: nothing about this machine, no source locations.
 RECORDING = ("--exported-interfaces-only", "--no-show-locs", "--no-parameter-names",
              "--no-corpus-path", "--no-comp-dir-path", "--no-elf-needed", "--type-id-style hash")
 
 
 def run(*command, **options):
-    """Runs the command, which has to succeed, and gives its standard output."""
+    """Run the command, fail unless it succeeds, and return its standard output."""
     done = subprocess.run([str(word) for word in command], check=False, stdout=subprocess.PIPE,
                           encoding="utf-8", **options)
     if done.returncode != 0:
@@ -57,7 +57,7 @@ def report(faults, good):
 
 
 def check_tree(cmake, build, prefix, list_path, *absent):
-    """Installs under one prefix and moves the result to another, where the other checks use it."""
+    """Install under one prefix and move the result to another, where the other checks use it."""
     prefix = pathlib.Path(prefix)
     staging = prefix.with_name("staging")
     for folder in (prefix, staging):
@@ -66,11 +66,11 @@ def check_tree(cmake, build, prefix, list_path, *absent):
     staging.rename(prefix)
     installed = [path for path in prefix.rglob("*") if not path.is_dir()]
     found = {path.relative_to(prefix).as_posix() for path in installed}
-    # The name of this file has the configuration in it.
+    # This file's name contains the configuration.
     found = {re.sub(r"Targets-\w+\.cmake$", "Targets-CONFIG.cmake", name) for name in found}
     promised = set(pathlib.Path(list_path).read_text().split()) - set(absent)
     faults = differences(found, promised)
-    # Nothing that is read as text says where it was built or installed.
+    # No text file mentions where it was built or installed.
     for path in installed:
         data = path.read_bytes()
         if data[:4] != b"\x7fELF" and (os.fsencode(build) in data or b"staging" in data):
@@ -96,7 +96,7 @@ def check_cmake(prefix, consumer, example, names, cmake, generator, cc, cxx, nm)
             "-DCMAKE_C_COMPILER=" + cc, "-DCMAKE_CXX_COMPILER=" + cxx)
         run(cmake, "--build", build)
         run_programs(prefix, build, example)
-        # The declarations by hand are all that there is: the program takes each promised name.
+        # The hand-written declarations are complete: the program uses every promised name.
         table = run(nm, "-D", "--undefined-only", build / "surface")
         taken = {line.split()[-1] for line in table.splitlines()}
     faults = ["not used: " + name for name in sorted(names_in(names) - taken)]
@@ -110,7 +110,7 @@ def check_pkg_config(prefix, consumer, example, cc, cxx):
     env = dict(os.environ, PKG_CONFIG_PATH=str(prefix / "lib/pkgconfig"))
 
     def ask(*options):
-        # Quoted as a shell would read it, for folders with blanks in their names.
+        # Quoted for a shell, for folders with blanks in their names.
         return shlex.split(run("pkg-config", *options, "quorl-js", env=env))
 
     run("pkg-config", "--exact-version=1.0.0", "quorl-js", env=env)
@@ -127,7 +127,7 @@ def check_pkg_config(prefix, consumer, example, cc, cxx):
         run(cxx, *flags, "-DSURFACE_FROM_HEADER", "-o", build / "surface_from_header", *libs)
         run(cc, *ask("--cflags"), '-DQUORL_PLUGIN="%s"' % plugin[0], *strict,
             consumer / "open_module.c", "-o", build / "open_module", "-ldl")
-        # Without -fPIC the data would silently be another; the header does not let that happen.
+        # Without -fPIC the program would silently use a copy of the data; the header prevents that.
         refused = subprocess.run([cxx, *ask("--cflags"), "-fPIE", "-DSURFACE_FROM_HEADER",
                                   "-std=c++17", "-fsyntax-only", consumer / "surface.cpp"],
                                  check=False, stderr=subprocess.PIPE, encoding="utf-8")
@@ -137,7 +137,7 @@ def check_pkg_config(prefix, consumer, example, cc, cxx):
 
 
 def definitions_of(header):
-    """The header's text with each declaration turned into a definition."""
+    """Return the header's text with each declaration turned into a definition."""
     used = '__attribute__((visibility("default"), used))'
     text = re.sub(r"(?m)^#define QUORL_API .*", "#define QUORL_API " + used, header)
     text, data = re.subn(r"extern QUORL_DATA ", "QUORL_API ", text)
@@ -146,7 +146,7 @@ def definitions_of(header):
 
 
 def check_header(prefix, names, cxx, nm):
-    """The header declares the promised names, all of them and no other."""
+    """Check that the header declares exactly the promised names."""
     include = pathlib.Path(prefix) / "include/quorl-js"
     text, data, functions = definitions_of((include / "quorl_js.h").read_text())
     c_text = (include / "plugin/plugin_api.h").read_text()
@@ -157,7 +157,7 @@ def check_header(prefix, names, cxx, nm):
         run(cxx, "-std=c++17", "-fPIC", "-shared", "-fvisibility=hidden", "-I", include, "-w",
             source, "-o", module)
         table = run(nm, "-D", "--defined-only", module)
-    # Templates of the standard library that came along are no declarations of the header.
+    # Templates of the standard library that were instantiated are not declarations of the header.
     found = {line.split()[-1] for line in table.splitlines()}
     found = {name for name in found if not re.match(r"_ZN?K?St|_ZNK?9__gnu", name)} | c_names
     print("%d functions, %d data, and in C %s" % (functions, data, sorted(c_names)))
@@ -173,12 +173,12 @@ def check_tool(prefix, example):
     assert contents == ["greet.js", "namespace global", "Greet", "function Greeter(name) {",
                         "var label = name;", "let total = 1;"], contents
     assert "Quorl JavaScript Parser Plugin v1.0" in run(tool, "--version")
-    # By way of a symbolic link, too, the program finds its module.
+    # The program also finds its module through a symbolic link.
     with tempfile.TemporaryDirectory() as folder:
         link = pathlib.Path(folder) / "quorl-js"
         link.symlink_to(tool)
         assert run(link, example) == answer
-    # Without its module it says what it looked for.
+    # Without its module it reports where it searched.
     with tempfile.TemporaryDirectory() as folder:
         copy = pathlib.Path(folder) / "bin/quorl-js"
         copy.parent.mkdir()
@@ -199,7 +199,7 @@ def check_abi(baseline, abidiff=None, module=None):
         return subprocess.run([abidiff, recorded, module], check=False, stdout=subprocess.PIPE,
                               stderr=subprocess.STDOUT, encoding="utf-8")
 
-    # The check itself has to go red: for a name that is gone, and for a record of another size.
+    # The check itself must fail for a missing name and for a record of another size.
     text = pathlib.Path(baseline).read_text()
     wrong = [text.replace("name='currentIndex'", "name='formerIndex'"),
              re.sub(r"(class-decl name='ObjectBranch' size-in-bits=)'\d+'", r"\1'64'", text)]
@@ -218,8 +218,8 @@ def check_abi(baseline, abidiff=None, module=None):
 
 
 def install_packages(packages, root):
-    """Installs the packages below root, and gives what removes them again. Only the superuser may
-    run the call of ldconfig that comes with them; for others they are unpacked."""
+    """Install the packages below root and return a function that removes them. Only the superuser
+    may run the ldconfig call that comes with them; for others they are unpacked."""
     if os.geteuid() != 0:
         for package in packages:
             run("dpkg-deb", "-x", package, root)
@@ -227,7 +227,7 @@ def install_packages(packages, root):
     for folder in ("info", "updates"):
         (root / "var/lib/dpkg" / folder).mkdir(parents=True)
     (root / "var/lib/dpkg/status").touch()
-    # What the packages depend on is outside, and so is the shell for their scripts.
+    # The dependencies of the packages, and the shell for their scripts, are outside of root.
     dpkg = ["dpkg", "--root=%s" % root, "--log=/dev/null", "--force-depends",
             "--force-script-chrootless"]
     run(*dpkg, "--install", *packages, stderr=subprocess.DEVNULL)
@@ -241,7 +241,7 @@ def check_packages(cpack, build, example):
             return skip("there is no " + tool)
     with tempfile.TemporaryDirectory() as folder:
         out = pathlib.Path(folder)
-        before = os.umask(0o077)  # the packages are to be readable all the same
+        before = os.umask(0o077)  # the packages must be readable all the same
         run(cpack, "-G", "DEB", "-B", out, "--config", pathlib.Path(build) / "CPackConfig.cmake")
         os.umask(before)
         packages = sorted(out.glob("*.deb"))
@@ -262,7 +262,7 @@ def check_packages(cpack, build, example):
                               stdout=subprocess.PIPE, stderr=subprocess.STDOUT, encoding="utf-8")
         print(done.stdout, end="")
         faults += [line for line in done.stdout.splitlines() if line.startswith("E:")]
-        # lintian ends with 2 for an error that it found and for one of its own.
+        # lintian exits with 2 both for errors that it found and for its own.
         assert done.returncode in ((0, 2) if faults else (0,)), done.returncode
         root = out / "root"
         remove = install_packages(packages, root)
@@ -278,6 +278,6 @@ CHECKS = {"tree": check_tree, "cmake": check_cmake, "pkg-config": check_pkg_conf
           "abi": check_abi}
 
 if __name__ == "__main__":
-    # What every check rests on has to tell both kinds of difference.
+    # The comparison behind every check must detect both kinds of difference.
     assert differences({"a", "b"}, {"a", "c"}) == ["too many: b", "missing: c"]
     sys.exit(CHECKS[sys.argv[1]](*sys.argv[2:]))

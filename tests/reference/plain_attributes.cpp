@@ -14,7 +14,7 @@ bool isSpace(char byte) {
 
 bool isQuote(char byte) { return byte == '"' || byte == '\''; }
 
-// The value that begins at position or behind the white space there.
+// Returns the value at position, or after the white space there.
 std::string valueAt(const std::string& text, std::size_t position) {
   while (position < text.size() && isSpace(text[position])) ++position;
   if (position >= text.size()) return "";
@@ -28,8 +28,8 @@ std::string valueAt(const std::string& text, std::size_t position) {
   return value;
 }
 
-// Whether a quote stands right behind the first hit of name and is closed; value is then what
-// stands between the two.
+// Whether a closed quote directly follows the first hit of name; stores the text between the quotes
+// in value.
 bool hasQuotedValue(const std::string& text, const std::string& name, std::string& value) {
   const std::size_t hit = text.find(name);
   if (hit == kNone) return false;

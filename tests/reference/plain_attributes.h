@@ -1,4 +1,5 @@
-// The reading of one tag's text and of page text, plainly: copies, and a search for each question.
+// Reference implementation of the reading of tag text and page text: copies, and a search per
+// question.
 #pragma once
 
 #include <cstddef>

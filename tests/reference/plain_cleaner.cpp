@@ -24,7 +24,7 @@ class Stripper {
   bool inString() const { return inSingleQuote_ || inDoubleQuote_; }
   bool inComment() const { return inLineComment_ || inBlockComment_; }
 
-  // A return here is the end of the work on this byte.
+  // Each return ends the work on this byte.
   void takeByte() {
     const char c = text_[at_];
     const int value = static_cast<signed char>(c);
@@ -181,7 +181,7 @@ class Simulation {
     } else if (parts[0] == "#endif" && depth_ > 0) {
       close();
       leave(true, true);
-    } else {  // also what would belong to a conditional, outside all of them
+    } else {  // also an #elif, #else or #endif outside all conditionals
       leave(true, true);
     }
     directiveLine_ = "";

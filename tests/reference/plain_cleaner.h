@@ -1,5 +1,5 @@
-// The cleaning passes in their plain reading: each works on a copy, looks at one byte after the
-// other and keeps a flag for each thing that it knows.
+// Reference implementation of the cleaning passes: each works on a copy, byte by byte, with one
+// flag per piece of state.
 #pragma once
 
 #include <string>
@@ -10,7 +10,7 @@ namespace reference {
 std::string removeHtmlComments(const std::string& text);
 std::string stripComments(const std::string& text);
 
-// What the last pass gives beside its text: report is what it writes to standard output.
+// The result of the last pass besides its text: report is what it writes to standard output.
 struct Simulated {
   std::string text;
   std::vector<std::string> defines;
@@ -24,7 +24,7 @@ bool opensLiveBranch(const std::string& line, int previousState,
                      const std::vector<std::string>& knownDefines);
 std::vector<std::string> directiveParts(const std::string& line);
 
-// All passes in their order.
+// Runs all passes in order.
 Simulated cleanText(const std::string& text, const std::vector<std::string>& knownDefines,
                     const std::vector<std::string>& defines);
 

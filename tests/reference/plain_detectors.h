@@ -1,5 +1,5 @@
-// The questions about one statement in their plain reading: each splits its own copy of the text,
-// and looks again from every part.
+// Reference implementation of the questions about a statement: each splits its own copy of the text
+// and searches again from every part.
 #pragma once
 
 #include <string>

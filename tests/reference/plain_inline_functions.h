@@ -1,5 +1,5 @@
-// The plain reading of the rules by which a leaf is split: part by part, each question asked of a
-// copy of the text, and a recursive walk. Never part of the plug-in.
+// Reference implementation of the splitting of a leaf: part by part, asking each question of a copy
+// of the text, with a recursive walk. Never part of the plug-in.
 #pragma once
 
 #include "tree/object_branch.h"

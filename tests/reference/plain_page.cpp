@@ -63,7 +63,7 @@ class Page {
     contents += ": \"" + textPreview(text, 30) + "\"";
   }
 
-  // position_ stands behind the tag.
+  // position_ is just past the tag.
   void takeTag(std::string tag) {
     if (beginsWithOneOf(tag, {"!--", "!DOCTYPE", "?"})) return;
     if (beginsWith(tag, "/")) {
@@ -134,7 +134,7 @@ class Page {
   const std::size_t limit_;
   const std::string& path_;
   std::int32_t line_;
-  std::vector<ObjectBranch*> open_;  // the root in front
+  std::vector<ObjectBranch*> open_;  // the root comes first
   std::size_t position_ = 0;
   int strayTags_ = 0;
 };

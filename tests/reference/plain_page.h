@@ -1,5 +1,5 @@
-// The page rules in their plain reading: every search starts over, and nothing is remembered from
-// one tag to the next but the open elements and the line.
+// Reference implementation of the page rules: every search starts over, and only the open elements
+// and the line are remembered from one tag to the next.
 #pragma once
 
 #include <string>
@@ -8,8 +8,8 @@
 
 namespace reference {
 
-// Hangs under root what ParseHTMLStructure hangs there, and gives the number of closing tags that
-// close nothing, of which nothing is written.
+// Adds the nodes of ParseHTMLStructure under root and returns the number of closing tags without an
+// open element, without printing warnings.
 int parsePage(const std::string& text, ObjectBranch* root, const std::string& path, int startLine);
 
 }  // namespace reference

@@ -33,7 +33,7 @@ class Splitter {
     part_ = part;
   }
 
-  // inWord_ is clear here, and only some bytes set it again.
+  // The caller has cleared inWord_; only some bytes set it again.
   void take(char c, char prev, bool wasInWord) {
     if (c == '\\' && inString()) {
       escaped_ = !escaped_;
@@ -80,7 +80,7 @@ class Splitter {
       flushAndSet("`");
       part_ += '`';
     } else {
-      part_ += '`';  // and an escape goes on waiting
+      part_ += '`';  // a pending escape stays pending
     }
   }
 

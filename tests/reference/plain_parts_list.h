@@ -1,5 +1,5 @@
-// The word splitter in its plain reading: one byte after the other, a flag for each thing that is
-// known, and every part built as a string.
+// Reference implementation of the word splitter: byte by byte, with one flag per piece of state,
+// and every part built as a string.
 #pragma once
 
 #include <string>

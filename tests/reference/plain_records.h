@@ -1,5 +1,5 @@
-// The record pass and the format of a record in their plain reading: a phase after the other over
-// the whole list, lists that are searched from the front, and text put together piece by piece.
+// Reference implementation of the record pass and the record format: one phase after another over
+// the whole list, linear searches, and text assembled piece by piece.
 #pragma once
 
 #include <string>

@@ -1,5 +1,5 @@
-// The passes over the finished tree in their plain reading: recursion, and no answer is kept from
-// one node to the next.
+// Reference implementation of the passes over the finished tree: recursive, and no answer is
+// cached.
 #pragma once
 
 #include <string>

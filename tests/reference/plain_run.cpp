@@ -54,7 +54,7 @@ std::string scopeClassWordOf(const std::string& scopeWord) {
   return "GlobalScope";
 }
 
-// Gives what the scan prints.
+// Returns what the scan prints.
 std::string buildByScanner(const Request& request, ObjectBranch* root, std::string& chunk) {
   ObjectBranch* currentBranch = root;
   const std::string scopeWord = scopeWordOf(request);
@@ -72,7 +72,7 @@ std::string buildByScanner(const Request& request, ObjectBranch* root, std::stri
   return printed;
 }
 
-// Every line that is not empty.
+// Returns every line that is not empty.
 std::vector<std::string> splitDefines(const std::string& defines) {
   std::vector<std::string> lines;
   std::string line;

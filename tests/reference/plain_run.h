@@ -1,5 +1,5 @@
-// A whole run in its plain reading: the plain cleaner, the plain route of the file, the plain
-// passes over the tree and the plain records.
+// Reference implementation of a whole run: the reference cleaner, the file's reference route, the
+// reference passes over the tree and the reference records.
 #pragma once
 
 #include <string>
@@ -9,17 +9,17 @@
 
 namespace reference {
 
-// What a run gives the host, and what it writes.
+// The answer of a run and what it prints.
 struct Run {
   std::string answer;
   std::string printed;  // on standard output
-  int strayTags = 0;    // closing tags that close nothing: a line each on standard error
+  int strayTags = 0;    // closing tags without an open element: one line each on standard error
 };
 
-// All bytes of the file, which has to be there.
+// Returns all bytes of the file, which must exist.
 std::string readFile(const std::string& path);
 
-// The arguments of TreeBuilderJS, of which the chunk is one here.
+// The arguments of TreeBuilderJS, including the chunk.
 struct Request {
   std::string filePath;
   std::string namespaceName;
@@ -30,8 +30,8 @@ struct Request {
 };
 Run buildTree(const Request& request, ObjectBranch* root, std::string& chunk);
 
-// What ParseJS does with a file of these bytes, from the reset of the counters on. chunk receives
-// what the run leaves in the chunk.
+// Does what ParseJS does with a file of these bytes, from the reset of the counters on. Stores in
+// chunk what the run leaves there.
 Run parseJS(const std::string& path, const std::string& bytes, const std::string& defines,
             std::string& chunk);
 

@@ -217,7 +217,7 @@ class Scanner {
     ended_ = true;
   }
 
-  // Each node of the scan counts twice.
+  // Nodes of the scan are counted twice.
   static ObjectBranch* newCountedNode() {
     ++objectCount;
     return newNode();

@@ -1,6 +1,5 @@
-// The plain reading of the scanner route's rules: one byte after the other, a flag for each thing
-// that is known, and the chunk read anew whenever something is asked about it. Slow on purpose,
-// and never part of the plug-in.
+// Reference implementation of the scanner route: byte by byte, with one flag per piece of state,
+// and the chunk read again for each question. Slow on purpose, and never part of the plug-in.
 #pragma once
 
 #include <string>
@@ -9,10 +8,10 @@
 
 namespace reference {
 
-// CleanupChunk by erasing one byte at a time.
+// CleanupChunk, erasing one byte at a time.
 std::string cleanedChunk(std::string text);
 
-// Whether a line feed behind the chunk does not end the statement.
+// Whether a line feed after the chunk does not end the statement.
 bool continues(const std::string& chunk);
 
 // Scans text with start as the node for the first statements, as builder::scanCharacters does, and

@@ -1,4 +1,4 @@
-// The script route in its plain reading: a stream of lines, and a copy of the line for each
+// Reference implementation of the script route: a stream of lines, and a copy of the line per
 // question.
 #pragma once
 

@@ -1,5 +1,5 @@
-// The string primitives and file names in their plain reading: one byte after the other, and a copy
-// for each step.
+// Reference implementation of the string primitives and file names: byte by byte, and a copy per
+// step.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-// The tree's rules in their plain reading: recursion, and lists that are searched from the front.
+// Reference implementation of the tree's rules: recursion and linear searches.
 #pragma once
 
 #include <set>
@@ -8,7 +8,7 @@
 
 namespace reference {
 
-// A new node, numbered as every maker of nodes does it.
+// Returns a new node, numbered like every other.
 ObjectBranch* newNode();
 
 void addObjectToVector(ObjectBranch* node, std::vector<ObjectBranch*>& list);

@@ -1,7 +1,7 @@
-// Every request for memory of a run fails in turn: once, and with all that follow; those of
-// operator new, those of malloc and its like, and both. The answer is then the full text, an error
-// text, the text without the one line or the defines that had no node, or null without memory for
-// an answer; nothing is thrown into the host, and the next run is as if nothing had been.
+// Every memory request of a run fails in turn: alone, and with all later ones; requests to operator
+// new, to malloc and its relatives, and to both. The answer is then the full text, an error text,
+// the text without the one line or the defines whose node failed, or null if there is no memory for
+// an answer; nothing is thrown into the host, and the next run is unaffected.
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -30,7 +30,7 @@ using whole_file::CaseFile;
 
 using Answer = std::optional<std::string>;
 
-Requests seen;  // what requests held at the end of the last run
+Requests seen;  // the state of requests after the last run
 
 Answer answerFor(const CaseFile& file, const Requests& plan = {}) {
   return reliability::parse(
@@ -41,15 +41,15 @@ Answer answerFor(const CaseFile& file, const Requests& plan = {}) {
       });
 }
 
-// Without memory the system opens no file.
+// Without memory the C library opens no file.
 bool isError(const Answer& answer, const CaseFile& file) {
   return answer == "[{\"error\": \"Could not open file: " + file.input + "\"}]" ||
          answer == "[{\"error\": \"Parser exception: std::bad_alloc\"}]" ||
          answer == "[{\"error\": \"Parser exception: Memory allocation failed for ObjectBranch\"}]";
 }
 
-// What remains of the others when a line is lost: one that would have opened a scope leaves those
-// behind it in the scope around it, which may change their labels.
+// The fields that other records keep when a line is lost: a lost scope leaves the lines after it in
+// the enclosing scope, which may change their labels.
 struct Record {
   std::string line;
   std::string contents;
@@ -62,7 +62,7 @@ std::string valueOf(std::string_view key, std::string_view record) {
   return std::string(record.substr(begin, record.find('\n', begin) - begin));
 }
 
-// The records of a whole answer; none for any other text.
+// Returns the records of a complete answer; none for any other text.
 std::vector<Record> recordsIn(std::string_view answer) {
   constexpr std::string_view kBegin = "[\n  {\n";
   constexpr std::string_view kBetween = "\n  },\n  {\n";
@@ -80,19 +80,19 @@ std::vector<Record> recordsIn(std::string_view answer) {
   return records;
 }
 
-// Whether some is all, or all without one record that a failure may cost: the one of a line of a
-// script, or the one of the defines.
+// Whether some equals all, or lacks only a record that a failure may cost: a line of a script, or
+// the defines.
 bool lacksWhatItMayLack(const std::vector<Record>& some, const std::vector<Record>& all,
                         bool mayLackALine) {
   if (some == all) return true;
   if (some.size() + 1 != all.size()) return false;
   const auto gap = std::mismatch(some.begin(), some.end(), all.begin()).second;
   if (!std::equal(some.begin() + (gap - all.begin()), some.end(), gap + 1)) return false;
-  // The defines are the last record, of no line.
+  // The defines are the last record and have no line.
   return gap->line == "0," ? gap + 1 == all.end() : mayLackALine;
 }
 
-TEST(Records, AreComparedAsTheyShould) {
+TEST(Records, ComparisonDetectsDifferences) {
   const Record line{"1,", "\"a\","};
   const Record other{"2,", "\"b\","};
   const Record defines{"0,", "\"c\","};
@@ -108,19 +108,19 @@ TEST(Records, AreComparedAsTheyShould) {
   EXPECT_FALSE(lacksWhatItMayLack({other, line}, all, true));
 }
 
-// Whether a run in which one request failed gave what it may give.
+// Whether the answer is allowed after one failed request.
 bool isFitAnswer(const Answer& answer, const CaseFile& file, const std::vector<Record>& all) {
   return answer && (isError(answer, file) || *answer == file.records ||
                     lacksWhatItMayLack(recordsIn(*answer), all, !file.name.starts_with("text/")));
 }
 
-// Whether a run did so in which a request failed and no later one of that source was granted. The
-// answer itself is a request to malloc: without any, an error text can only be had in the memory of
-// an earlier answer.
+// Whether the answer is allowed when a request and all later ones of that source fail. The answer
+// itself is requested from malloc: without it, an error text is possible only in the memory of an
+// earlier answer.
 bool isFitLastAnswer(const Answer& answer, const CaseFile& file, Source source) {
   if (source == Source::kNew) return isError(answer, file);
   if (!answer || isError(answer, file)) return true;
-  // The last request of all makes the answer's memory smaller, and can be done without.
+  // The very last request shrinks the answer's memory, and the run can do without it.
   return (source == Source::kMalloc || seen.failed == 1) && *answer == file.records;
 }
 
@@ -130,15 +130,15 @@ std::size_t failAll(Source source) {
     SCOPED_TRACE(file.name);
     std::filesystem::current_path(file.folder);
     EXPECT_EQ(answerFor(file), file.records);
-    answerFor(file, {.source = source});  // the first run of a process makes requests of its own
+    answerFor(file, {.source = source});  // the first run of a process makes extra requests
     const std::size_t total = seen.count;
     EXPECT_GT(total, 0U) << "the requests of the run were not seen";
     const std::vector<Record> all = recordsIn(file.records);
     for (std::size_t failing = 0; failing < total; ++failing) {
       const Answer answer = answerFor(file, {.source = source, .failing = failing});
       failures += seen.failed;
-      // A node at an address that was given out before is known to the registry already, and makes
-      // a run a request shorter than the one that was counted.
+      // A node at a reused address is already in the registry, which saves the run one of the
+      // requests that were counted.
       const bool isFit = seen.failed == 0 ? answer == file.records : isFitAnswer(answer, file, all);
       EXPECT_TRUE(isFit) << "request " << failing << " of " << total << ": "
                          << answer.value_or("(null)");
@@ -157,13 +157,15 @@ std::size_t failAll(Source source) {
   return failures;
 }
 
-TEST(AllocationFailure, OfOperatorNewGivesAnAnswer) { EXPECT_GT(failAll(Source::kNew), 1'000U); }
+TEST(AllocationFailure, InOperatorNewReturnsAnAnswer) { EXPECT_GT(failAll(Source::kNew), 1'000U); }
 
-TEST(AllocationFailure, OfMallocGivesAnAnswerOrNull) { EXPECT_GT(failAll(Source::kMalloc), 100U); }
+TEST(AllocationFailure, InMallocReturnsAnAnswerOrNull) {
+  EXPECT_GT(failAll(Source::kMalloc), 100U);
+}
 
-TEST(AllocationFailure, OfBothGivesAnAnswerOrNull) { EXPECT_GT(failAll(Source::kBoth), 1'000U); }
+TEST(AllocationFailure, InBothReturnsAnAnswerOrNull) { EXPECT_GT(failAll(Source::kBoth), 1'000U); }
 
-// A child process for each request, since a process has a first run only once.
+// One child process per request, since a process has its first run only once.
 int statusOfChild(const CaseFile& file, const Requests& plan, const std::vector<Record>& all) {
   std::fflush(stdout);
   const pid_t child = fork();
@@ -195,7 +197,7 @@ std::size_t requestsOfFirstRun(const CaseFile& file) {
   return count;
 }
 
-TEST(AllocationFailure, InTheFirstRunOfAProcessGivesAnAnswerOrNull) {
+TEST(AllocationFailure, InTheFirstRunReturnsAnAnswerOrNull) {
   for (const CaseFile& file : whole_file::loadCases()) {
     if (file.name != "script/class-members-and-private-fields" && file.name != "page/worked-page" &&
         file.name != "text/defines") {
@@ -215,7 +217,7 @@ TEST(AllocationFailure, InTheFirstRunOfAProcessGivesAnAnswerOrNull) {
   }
 }
 
-TEST(AllocationFailure, LeavesInfoWithNull) {
+TEST(AllocationFailure, MakesInfoReturnNull) {
 #ifdef QUORL_TEST_IS_SANITIZED
   GTEST_SKIP() << "requests of the C library itself do not fail under a sanitizer";
 #endif

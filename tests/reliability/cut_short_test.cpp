@@ -1,4 +1,4 @@
-// Every whole-file case cut at every byte: a file that ends anywhere is answered by records.
+// Every whole-file case, truncated at every byte, returns records.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -14,7 +14,7 @@
 
 namespace {
 
-// A carriage return ends a line as a line feed does, and both together end two.
+// A carriage return ends a line like a line feed; the two together end two lines.
 int lastLineOf(std::string_view text) {
   const auto endsLine = [](char byte) { return byte == '\n' || byte == '\r'; };
   return static_cast<int>(std::count_if(text.begin(), text.end(), endsLine)) + 1;

@@ -1,5 +1,5 @@
-// Replaces the functions that open and read files in the program that links this, as the module and
-// the C++ library under it call them, so that a test can say how each call goes.
+// Replaces the functions that open and read files in the program that links this, as called by the
+// module and by the C++ library, so that a test can decide how each call ends.
 #pragma once
 
 #include <sys/types.h>
@@ -10,14 +10,15 @@
 
 namespace reliability {
 
-// While a test has set it up, calls are counted and go as told; then they are the system's own.
+// Counts calls and controls their results while a test has set it up; otherwise calls go to the
+// system.
 struct Files {
   bool isWatched = false;
-  int openError = 0;                       // with which opening fails; 0 to let it succeed
-  std::optional<std::size_t> failingSeek;  // the number of the one that fails, from 0
-  int closeError = 0;                      // which closing gives behind having closed
-  // Given the number of the call, from 0, and the bytes asked for: how many of them to ask the
-  // system for, or an error as a negative number. Without it, all.
+  int openError = 0;                       // errno of opening; 0: it succeeds
+  std::optional<std::size_t> failingSeek;  // number of the seek that fails, from 0
+  int closeError = 0;                      // errno of closing, after really closing
+  // Gets the number of the call, from 0, and the bytes requested. Returns how many bytes to request
+  // from the system, or an error as a negative number. If empty, all are requested.
   std::function<ssize_t(std::size_t number, std::size_t bytes)> read;
 
   std::size_t opens = 0;

@@ -1,4 +1,4 @@
-// What a host has done to its streams and locales does not reach the bytes.
+// A host's settings of its streams and locales do not affect the bytes.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <stdio_ext.h>
@@ -28,7 +28,7 @@
 
 namespace {
 
-// 1234567 reads 12.34.567 to a stream with this.
+// Makes a stream print 1234567 as 12.34.567.
 class Grouping : public std::numpunct<char> {
  protected:
   char do_thousands_sep() const override { return '.'; }
@@ -39,7 +39,7 @@ std::string answerFor(const whole_file::CaseFile& file) {
   return ParseJS(file.input.c_str(), file.defines ? file.defines->c_str() : nullptr);
 }
 
-// Each case's answer and what it writes to standard output.
+// Checks each case's answer and its standard output.
 void expectCases() {
   for (const whole_file::CaseFile& file : whole_file::loadCases()) {
     SCOPED_TRACE(file.name);
@@ -64,14 +64,14 @@ TEST(HostSettings, ALocaleThatGroupsDigits) {
   std::locale::global(before);
 }
 
-// A locale of C, and one thing in which it differs from "C".
+// A locale of C, and one property in which it differs from "C".
 struct CLocale {
   const char* source;
   const char* charset;
   bool (*isInForce)();
 };
 
-// For compilers toupper('i') is 'I'.
+// volatile: compilers fold toupper('i') to 'I'.
 volatile int letterThatCompilersDoNotKnow = 'i';
 
 bool hasDecimalComma() { return std::localeconv()->decimal_point == std::string(","); }
@@ -82,14 +82,14 @@ constexpr std::array<CLocale, 4> kCLocales{
      {"de_DE", "UTF-8", hasDecimalComma},
      {"de_DE", "ISO-8859-1", [] { return hasDecimalComma() && std::isalpha(0xE4) != 0; }}}};
 
-// Whether the system could make the locale in the folder that LOCPATH names.
+// Whether the system could build the locale in the folder that LOCPATH names.
 bool makeLocale(const CLocale& locale, const std::string& path) {
   const std::string command = std::string("localedef -i ") + locale.source + " -f " +
                               locale.charset + " " + path + " >/dev/null 2>&1";
   return std::system(command.c_str()) == 0;
 }
 
-TEST(HostSettings, LocalesOfC) {
+TEST(HostSettings, CLocales) {
   const support::TempDir directory;
   ASSERT_EQ(setenv("LOCPATH", directory.path("").c_str(), 1), 0);
   std::size_t made = 0;
@@ -98,7 +98,7 @@ TEST(HostSettings, LocalesOfC) {
     SCOPED_TRACE(name);
     if (!makeLocale(locale, directory.path(name))) continue;
     ++made;
-    const support::LeaksAllowed ofTheLibrary;  // setlocale keeps what it made of LOCPATH
+    const support::LeaksAllowed ofTheLibrary;  // setlocale keeps its copy of LOCPATH
     ASSERT_NE(std::setlocale(LC_ALL, name.c_str()), nullptr);
     EXPECT_TRUE(locale.isInForce());
     expectCases();
@@ -123,7 +123,7 @@ TEST(HostSettings, AStreamLeftInHexWithAWidth) {
   std::cout.width(0);
 }
 
-TEST(HostSettings, AStreamThatThrows) {
+TEST(HostSettings, ThrowingStream) {
   std::cout.exceptions(std::ios::badbit | std::ios::failbit);
   EXPECT_THROW(std::cout.setstate(std::ios::failbit), std::ios::failure);
   expectCases();
@@ -138,9 +138,9 @@ TEST(HostSettings, AStreamWithoutABuffer) {
   std::cout.rdbuf(before);
 }
 
-// Runs the cases with the descriptor of stdout or stderr as it is made by spoil, and sets it right
-// again. The other stream gets all its bytes. Nothing begins to be captured meanwhile, since that
-// opens files, and one of them would get a number that is free.
+// Runs the cases with the descriptor of stdout or stderr changed by spoil, then restores it. The
+// other stream receives all its bytes. Capturing must not start meanwhile: it opens files, and one
+// of them would take a free descriptor number.
 void expectCasesWith(std::FILE* spoilt, void (*spoil)(int descriptor)) {
   const bool isOutput = spoilt == stdout;
   const std::vector<whole_file::CaseFile> files = whole_file::loadCases();
@@ -155,7 +155,7 @@ void expectCasesWith(std::FILE* spoilt, void (*spoil)(int descriptor)) {
       answers.push_back(answerFor(file));
     }
     works = std::fputs("x", spoilt) != EOF && std::fflush(spoilt) != EOF;
-    __fpurge(spoilt);  // what could not be written is still in the buffer
+    __fpurge(spoilt);  // drop unwritten bytes that are still buffered
     std::clearerr(spoilt);
   }
   const std::string other =
@@ -196,26 +196,26 @@ void expectCasesWithoutAReaderOf(std::FILE* spoilt) {
   std::signal(SIGPIPE, before);
 }
 
-TEST(HostSettings, AStandardOutputThatIsClosed) { expectCasesWith(stdout, closeIt); }
-TEST(HostSettings, AStandardOutputThatIsFull) { expectCasesWith(stdout, fill); }
-TEST(HostSettings, AStandardOutputThatIsReadOnly) { expectCasesWith(stdout, makeReadOnly); }
-TEST(HostSettings, AStandardOutputWhoseReaderHasGone) { expectCasesWithoutAReaderOf(stdout); }
+TEST(HostSettings, ClosedStandardOutput) { expectCasesWith(stdout, closeIt); }
+TEST(HostSettings, FullStandardOutput) { expectCasesWith(stdout, fill); }
+TEST(HostSettings, ReadOnlyStandardOutput) { expectCasesWith(stdout, makeReadOnly); }
+TEST(HostSettings, StandardOutputWithoutAReader) { expectCasesWithoutAReaderOf(stdout); }
 
-TEST(HostSettings, AStandardErrorThatIsClosed) { expectCasesWith(stderr, closeIt); }
-TEST(HostSettings, AStandardErrorThatIsFull) { expectCasesWith(stderr, fill); }
-TEST(HostSettings, AStandardErrorThatIsReadOnly) { expectCasesWith(stderr, makeReadOnly); }
-TEST(HostSettings, AStandardErrorWhoseReaderHasGone) { expectCasesWithoutAReaderOf(stderr); }
+TEST(HostSettings, ClosedStandardError) { expectCasesWith(stderr, closeIt); }
+TEST(HostSettings, FullStandardError) { expectCasesWith(stderr, fill); }
+TEST(HostSettings, ReadOnlyStandardError) { expectCasesWith(stderr, makeReadOnly); }
+TEST(HostSettings, StandardErrorWithoutAReader) { expectCasesWithoutAReaderOf(stderr); }
 
-// All at once, and a std::cout that throws.
-TEST(HostSettings, AStreamThatThrowsOverAStandardOutputThatIsFull) {
+// All at once, with a std::cout that throws.
+TEST(HostSettings, ThrowingStreamOverAFullStandardOutput) {
   std::cout.exceptions(std::ios::badbit | std::ios::failbit);
   expectCasesWith(stdout, fill);
   std::cout.exceptions(std::ios::goodbit);
   std::cout.clear();
 }
 
-// Without a buffer each line that the plug-in writes is a call of its own that fails.
-TEST(HostSettings, AStandardOutputThatIsFullAndHasNoBuffer) {
+// Without a buffer each line is a separate call that fails.
+TEST(HostSettings, FullUnbufferedStandardOutput) {
   std::setvbuf(stdout, nullptr, _IONBF, 0);
   expectCasesWith(stdout, fill);
 }

@@ -1,5 +1,5 @@
-// What the module keeps by contract: the nodes of each run, for the life of the process, and the
-// registry that reaches them.
+// Memory that the module keeps by contract: the nodes of each run, for the life of the process, and
+// the registry that reaches them.
 #pragma once
 
 #include <malloc.h>
@@ -23,14 +23,14 @@ inline void addText(const std::string& text, Heap& kept) {
   if (text.capacity() > std::string().capacity()) addBlock(text.data(), kept);
 }
 
-// The registry, which holds destroyed nodes too, and each node that is not among them with what it
-// owns. destroyed is sorted.
+// Returns the size of the registry, which holds destroyed nodes too, and of each node that is not
+// in destroyed (sorted), with what the node owns.
 inline Heap keptBy(const std::set<ObjectBranch*>& registry,
                    const std::vector<const void*>& destroyed) {
   Heap kept;
   for (auto at = registry.begin(); at != registry.end(); ++at) {
     const ObjectBranch* const node = *at;
-    addBlock(at._M_node, kept);  // the C++ library's own name for the block that holds an element
+    addBlock(at._M_node, kept);  // the C++ library's name for the block that holds an element
     if (std::binary_search(destroyed.begin(), destroyed.end(), node)) continue;
     addBlock(node, kept);
     for (const std::string* text : {&node->filePath, &node->contents, &node->branchTypeAsString,

@@ -1,5 +1,5 @@
-// A process that parses without end: the same bytes each time, and memory grows by the trees and
-// the registry that the contract keeps and by nothing else.
+// A long-running process returns the same bytes each time, and its memory grows only by the trees
+// and the registry that the contract keeps.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -31,7 +31,7 @@ constexpr std::size_t kMaxDestroyedBlocks = 1'000'000;
 
 Heap operator-(const Heap& a, const Heap& b) { return {a.blocks - b.blocks, a.bytes - b.bytes}; }
 
-// Whether the answer is what it has to be; it is released again.
+// Whether the answer is correct. Releases it.
 bool parsesAsEver(const CaseFile& file) {
   const char* const answer = ParseJS(file.input.c_str(), reliability::definesOf(file));
   const bool isSame = answer != nullptr && std::string_view(answer) == file.records;
@@ -39,10 +39,10 @@ bool parsesAsEver(const CaseFile& file) {
   return isSame;
 }
 
-TEST(LongLife, TenThousandParsesKeepTheirTreesAlone) {
+TEST(LongLife, TenThousandParsesKeepOnlyTheirTrees) {
   const reliability::KeepReleased nodes(sizeof(ObjectBranch), kMaxDestroyedBlocks);
   const std::vector<CaseFile> files = whole_file::loadCases();
-  std::vector<std::int64_t> growth(files.size());  // in blocks, of a parse of each case
+  std::vector<std::int64_t> growth(files.size());  // in blocks, per parse of each case
   std::size_t wrong = 0;
   std::size_t uneven = 0;
   Heap before;
@@ -51,7 +51,7 @@ TEST(LongLife, TenThousandParsesKeepTheirTreesAlone) {
   {
     const support::Redirected output(STDOUT_FILENO, "/dev/null", O_WRONLY);
     const support::Redirected errors(STDERR_FILENO, "/dev/null", O_WRONLY);
-    // In the first round the process gets its stream buffers and the run state its capacity.
+    // The first round allocates stream buffers and the capacity of the run state.
     for (std::size_t round = 0; parses < kParses; ++round) {
       if (round == 1) {
         before = heap;
@@ -97,13 +97,13 @@ TEST(LongLife, AnswersWithoutATreeKeepNothing) {
   }
 }
 
-// The next answer takes the place of the one before.
+// The next answer replaces the one before.
 TEST(LongLife, AHostThatNeverCleansUpKeepsOneAnswer) {
   const CaseFile file = whole_file::loadCases().front();
   std::filesystem::current_path(file.folder);
   CleanupJS();
-  // An answer is made before the last one goes, so they lie at two places in turn, and a block may
-  // be larger at one of them.
+  // A new answer is allocated before the last one is freed, so they alternate between two places,
+  // and a block may be larger at one of them.
   for (int i = 0; i < 2; ++i) ParseJS("no-such-file.js", nullptr);
   const Heap before = heap;
   for (int i = 0; i < 1'000; ++i) ParseJS("no-such-file.js", nullptr);

@@ -10,8 +10,8 @@
 
 #include "support/sanitized.h"
 
-// The functions that really give memory. The linker hands calls of malloc to __wrap_malloc, where
-// malloc itself cannot be replaced.
+// The real allocation functions. Where malloc itself cannot be replaced, the linker redirects calls
+// to __wrap_malloc.
 #ifdef QUORL_TEST_IS_SANITIZED
 #define QUORL_REAL(name) __real_##name
 #define QUORL_REPLACED(name) __wrap_##name
@@ -103,10 +103,10 @@ std::vector<const void*> KeepReleased::blocks() const {
 }
 
 bool KeepReleased::take(void* block) noexcept {
-  // A block may be somewhat larger than was asked for.
+  // A block may be somewhat larger than requested.
   const std::size_t usable = malloc_usable_size(block);
   if (usable < bytes_ || usable >= bytes_ + kMaxSlack) return false;
-  if (kept_.size() == kept_.capacity()) std::abort();  // to grow would be an allocation more
+  if (kept_.size() == kept_.capacity()) std::abort();  // growing would be another allocation
   kept_.push_back(block);
   return true;
 }
@@ -158,7 +158,7 @@ void* realloc(void* block, std::size_t bytes) noexcept {
   if (reliability::fails(reliability::Source::kMalloc)) return nullptr;
   reliability::uncounted(block);
   void* const resized = QUORL_REAL(realloc)(block, bytes);
-  // Without memory the block stays as it was.
+  // On failure the old block stays as it was.
   reliability::counted(resized == nullptr && bytes != 0 ? block : resized);
   return resized;
 }

@@ -1,8 +1,8 @@
-// Replaces the functions that give memory in the program that links this: operator new, and malloc,
-// calloc, realloc and the aligned ones. Chosen requests fail, and what is allocated is counted.
+// Replaces the allocation functions in the program that links this: operator new, malloc, calloc,
+// realloc and the aligned variants. Chosen requests fail, and allocated memory is counted.
 //
-// Under AddressSanitizer, whose own malloc has to stay, only the calls that the linked objects make
-// themselves can be made to fail, and only what comes from operator new is counted.
+// Under AddressSanitizer, whose own malloc must stay, only calls made directly by the linked
+// objects can fail, and only memory from operator new is counted.
 #pragma once
 
 #include <cstddef>
@@ -14,18 +14,18 @@ namespace reliability {
 
 enum class Source { kNew, kMalloc, kBoth };
 
-// What the functions have been asked for and are to do. Requests from another source are neither
-// counted nor do they fail.
+// The requests so far, and which of them fail. Requests to another source are not counted and never
+// fail.
 struct Requests {
   Source source = Source::kBoth;
-  std::optional<std::size_t> failing = std::nullopt;  // the number of the one that fails, from 0
+  std::optional<std::size_t> failing = std::nullopt;  // number of the request that fails, from 0
   bool andAllBehind = false;
   std::size_t count = 0;
   std::size_t failed = 0;
 };
 extern Requests requests;
 
-// The blocks that are allocated now, and their bytes as malloc_usable_size tells them.
+// The blocks currently allocated, and their bytes according to malloc_usable_size.
 struct Heap {
   std::int64_t blocks = 0;
   std::int64_t bytes = 0;
@@ -33,7 +33,7 @@ struct Heap {
 };
 extern Heap heap;
 
-// While it lives, blocks of about a size that operator delete is given are counted as released, but
+// While alive, blocks of about that size passed to operator delete are counted as released but
 // kept, so that no other object gets their address.
 class KeepReleased {
  public:
@@ -42,10 +42,10 @@ class KeepReleased {
   KeepReleased& operator=(const KeepReleased&) = delete;
   ~KeepReleased();
 
-  // All of them, in order of their addresses.
+  // Returns all of them, sorted by address.
   std::vector<const void*> blocks() const;
 
-  // Whether the block is to be kept.
+  // Returns whether the block is to be kept.
   bool take(void* block) noexcept;
 
  private:

@@ -1,4 +1,4 @@
-// The module opened and closed again and again in one process, with a parse each time.
+// Opens and closes the module again and again in one process, with a parse each time.
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -27,19 +27,19 @@ using whole_file::CaseFile;
 constexpr std::size_t kCycles = 1'000;
 constexpr std::size_t kFirstCycles = 10;
 constexpr std::int64_t kRegistryBytes = sizeof(std::set<ObjectBranch*>);
-constexpr std::int64_t kMaxSlack = 32;  // a block may be somewhat larger than was asked for
+constexpr std::int64_t kMaxSlack = 32;  // a block may be somewhat larger than requested
 constexpr std::size_t kMaxDestroyedBlocks = 100'000;
 
 Heap operator-(const Heap& a, const Heap& b) { return {a.blocks - b.blocks, a.bytes - b.bytes}; }
 
 struct Cycle {
-  bool isRight = false;  // the answer
-  bool isGone = false;   // the module, at the end
+  bool isRight = false;  // the answer is correct
+  bool isGone = false;   // the module is unloaded at the end
   Heap kept;             // the trees and the registry
 };
 
 Cycle openParseAndClose(const CaseFile& file, const reliability::KeepReleased& nodes) {
-  const support::LeaksAllowed kept;  // nothing reaches the trees when the module is gone
+  const support::LeaksAllowed kept;  // closing the module makes the trees unreachable
   Cycle cycle;
   void* const module = dlopen(QUORL_PLUGIN_PATH, RTLD_NOW | RTLD_LOCAL);
   if (module == nullptr) return cycle;
@@ -58,8 +58,8 @@ Cycle openParseAndClose(const CaseFile& file, const reliability::KeepReleased& n
   return cycle;
 }
 
-// A module that is closed moves its registry into a set of its own, which stays.
-TEST(ModuleLife, AThousandTimesOpenedAndClosed) {
+// On unload the module moves its registry into a set that is never freed.
+TEST(ModuleLife, OpensAndClosesAThousandTimes) {
   const reliability::KeepReleased nodes(sizeof(ObjectBranch), kMaxDestroyedBlocks);
   const std::vector<CaseFile> files = whole_file::loadCases();
   std::size_t wrong = 0;
@@ -79,7 +79,7 @@ TEST(ModuleLife, AThousandTimesOpenedAndClosed) {
       const Heap other = heap - start - cycle.kept;
       const bool isRegistryAlone = other.blocks == 1 && other.bytes >= kRegistryBytes &&
                                    other.bytes < kRegistryBytes + kMaxSlack;
-      // The loader gets some tables of its own in the first cycles.
+      // The loader allocates tables of its own in the first cycles.
       uneven += i < kFirstCycles || isRegistryAlone ? 0U : 1U;
       kept.blocks += cycle.kept.blocks;
       kept.bytes += cycle.kept.bytes;

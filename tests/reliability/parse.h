@@ -1,4 +1,4 @@
-// One call of ParseJS in which something fails, with what it prints kept off the terminal.
+// One call of ParseJS in which something fails; its output is kept off the terminal.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -11,7 +11,8 @@
 
 namespace reliability {
 
-// The answer, nothing for null. arm() is called right before ParseJS and disarm() right behind it.
+// Returns the answer, nothing for null. Calls arm() right before ParseJS and disarm() right after
+// it.
 template <typename Arm, typename Disarm>
 std::optional<std::string> parse(const std::string& path, const char* defines, Arm arm,
                                  Disarm disarm) {

@@ -1,5 +1,5 @@
-// What opening, reading and seeking can come to: an error half way is an error answer, and however
-// few bytes a read gives, or however often it is interrupted, the answer is the usual one.
+// Results of opening, reading and seeking: an error at any point returns an error answer, and short
+// or interrupted reads return the usual one.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
@@ -39,7 +39,7 @@ using Answer = std::optional<std::string>;
 constexpr std::string_view kIoError =
     "[{\"error\": \"Parser exception: Could not read file: Input/output error\"}]";
 
-Files seen;  // what files held at the end of the last run
+Files seen;  // the state of files after the last run
 
 Answer parseWith(const std::string& path, const char* defines, const Files& plan) {
   return reliability::parse(
@@ -74,7 +74,7 @@ void forEachCase(Check check) {
   }
 }
 
-// Files that take more than one read, whatever their route; far too long for the cases.
+// Files that need more than one read on any route; far too long for the cases.
 struct LongFile {
   const char* name;
   const char* piece;
@@ -86,7 +86,7 @@ constexpr LongFile kLongFiles[] = {{"a.js", "function f() {\n  return 1;\n}\n", 
                                    {"c.html", "<p class=\"a\">text</p>\n", 100'000},
                                    {"d.txt", "a = b; { c(d); }\n", 100'000}};
 
-// Calls check(path, answer of an undisturbed run, file) for each.
+// Calls check(path, answer of an undisturbed run, size) for each.
 template <typename Check>
 void forEachLongFile(Check check) {
   const support::TempDir directory;
@@ -108,7 +108,7 @@ void report(const char* what, std::size_t count) {
   testing::Test::RecordProperty("count", std::to_string(count));
 }
 
-// Every read of the run fails in turn, when each gives so many bytes at most.
+// Each read of the run fails in turn, with reads of at most so many bytes.
 template <typename Parse>
 std::size_t failEachRead(std::size_t bytes, Parse parse) {
   const auto atMost = static_cast<ssize_t>(bytes);
@@ -121,7 +121,7 @@ std::size_t failEachRead(std::size_t bytes, Parse parse) {
       return number == failing ? -EIO : atMost;
     });
     EXPECT_EQ(answer, kIoError) << "read " << failing << " of " << total;
-    EXPECT_EQ(seen.reads, failing + 1) << "nothing is read behind an error";
+    EXPECT_EQ(seen.reads, failing + 1) << "nothing is read after an error";
     if (testing::Test::HasFailure()) break;
   }
   return total;
@@ -129,7 +129,7 @@ std::size_t failEachRead(std::size_t bytes, Parse parse) {
 
 constexpr std::size_t kAll = 1 << 30;
 
-TEST(ReadFailure, GivesAnErrorAnswerWhicheverReadFails) {
+TEST(ReadFailure, ReturnsAnErrorAnswerWhicheverReadFails) {
   std::size_t failures = 0;
   forEachCase([&failures](const CaseFile& file) {
     const auto parse = [&file](const Reads& read) { return parseReading(file, read); };
@@ -153,7 +153,7 @@ struct ErrorCase {
   const char* answer;
 };
 
-TEST(ReadFailure, SaysWhatTheSystemSays) {
+TEST(ReadFailure, ReportsTheSystemsMessage) {
   const CaseFile file = whole_file::loadCases().front();
   std::filesystem::current_path(file.folder);
   const ErrorCase cases[] = {
@@ -170,8 +170,8 @@ TEST(ReadFailure, SaysWhatTheSystemSays) {
   }
 }
 
-// The system has translations of its messages; the host's language is not to reach the answer.
-TEST(ReadFailure, SaysItInEnglish) {
+// The system's messages are translated; the host's language must not reach the answer.
+TEST(ReadFailure, ReportsItInEnglish) {
   const support::TempDir directory;
   const std::string locale = directory.path("de_DE.UTF-8");
   if (std::system(("localedef -i de_DE -f UTF-8 " + locale + " >/dev/null 2>&1").c_str()) != 0) {
@@ -179,7 +179,7 @@ TEST(ReadFailure, SaysItInEnglish) {
   }
   const CaseFile file = whole_file::loadCases().front();
   std::filesystem::current_path(file.folder);
-  const support::LeaksAllowed ofTheLibrary;  // setlocale keeps what it made of LOCPATH
+  const support::LeaksAllowed ofTheLibrary;  // setlocale keeps its copy of LOCPATH
   ASSERT_EQ(setenv("LOCPATH", directory.path("").c_str(), 1), 0);
   ASSERT_NE(std::setlocale(LC_ALL, "de_DE.UTF-8"), nullptr);
   const std::string translated = std::strerror(EIO);
@@ -190,7 +190,7 @@ TEST(ReadFailure, SaysItInEnglish) {
   if (translated == "Input/output error") GTEST_SKIP() << "the system has no translations";
 }
 
-TEST(ReadFailure, IsNoneForADirectory) {
+TEST(ReadFailure, TreatsADirectoryAsAnEmptyFile) {
   const support::TempDir directory;
   std::filesystem::create_directory(directory.path("a.js"));
   EXPECT_EQ(parseWith(directory.path("a.js"), nullptr, {}),
@@ -198,7 +198,7 @@ TEST(ReadFailure, IsNoneForADirectory) {
   EXPECT_EQ(seen.reads, 1U);
 }
 
-// The ways of reading that change nothing.
+// Ways of reading that do not change the answer.
 struct Way {
   const char* name;
   Reads read;
@@ -266,8 +266,8 @@ TEST(ShortReads, EachInterruptionAloneChangesNothing) {
   });
 }
 
-// A text that stops before the size that the file had is a text like any other.
-TEST(ShortReads, AFileThatEndsEarlyIsReadToThere) {
+// A text shorter than the file's size is treated like any other text.
+TEST(ShortReads, AFileThatEndsEarlyIsReadToItsEnd) {
   const CaseFile file = whole_file::loadCases().front();
   const support::TempDir directory;
   std::filesystem::current_path(file.folder);
@@ -306,8 +306,8 @@ TEST(ShortReads, APipeIsReadToItsEnd) {
   EXPECT_EQ(answer, file.records);
 }
 
-// The full text or an error: never the records of a part.
-TEST(SeekFailure, NeverCutsATextShort) {
+// Returns the full text or an error, never the records of a part.
+TEST(SeekFailure, NeverTruncatesAText) {
   std::size_t failures = 0;
   forEachCase([&failures](const CaseFile& file) {
     parseWith(file.input, reliability::definesOf(file), {});
@@ -339,7 +339,7 @@ TEST(SeekFailure, NeverCutsATextShort) {
   report("seeks failed", failures);
 }
 
-TEST(CloseFailure, CostsNothing) {
+TEST(CloseFailure, IsIgnored) {
   forEachCase([](const CaseFile& file) {
     Files plan;
     plan.closeError = EIO;
@@ -351,7 +351,7 @@ std::string cannotOpen(const std::string& path) {
   return "[{\"error\": \"Could not open file: " + path + "\"}]";
 }
 
-TEST(OpenFailure, GivesAnErrorAnswer) {
+TEST(OpenFailure, ReturnsAnErrorAnswer) {
   for (const int error : {EACCES, ENOENT, EMFILE, ENFILE, ELOOP, EIO, ENOMEM, ENAMETOOLONG, ENXIO,
                           EPERM, EOVERFLOW, EINTR}) {
     SCOPED_TRACE(error);
@@ -365,20 +365,20 @@ TEST(OpenFailure, GivesAnErrorAnswer) {
   }
 }
 
-// The same from the system itself.
-TEST(OpenFailure, OfALinkToItself) {
+// The same error from the system itself.
+TEST(OpenFailure, SymbolicLinkToItself) {
   const support::TempDir directory;
   const std::string path = directory.path("a.js");
   std::filesystem::create_symlink("a.js", path);
   EXPECT_EQ(reliability::parse(path), cannotOpen(path));
 }
 
-TEST(OpenFailure, OfANameThatIsTooLong) {
+TEST(OpenFailure, NameTooLong) {
   const std::string path = std::string(300, 'a') + ".js";
   EXPECT_EQ(reliability::parse(path), cannotOpen(path));
 }
 
-TEST(OpenFailure, WithoutADescriptorThatIsFree) {
+TEST(OpenFailure, NoFreeDescriptor) {
   const CaseFile file = whole_file::loadCases().front();
   std::filesystem::current_path(file.folder);
   rlimit before;
@@ -391,7 +391,7 @@ TEST(OpenFailure, WithoutADescriptorThatIsFree) {
   EXPECT_EQ(reliability::parse(file.input, reliability::definesOf(file)), file.records);
 }
 
-// Root may read everything, and is somebody else for the call.
+// Root may read everything, so the call runs as another user.
 TEST(OpenFailure, WithoutPermission) {
   constexpr uid_t kNobody = 65534;
   const support::TempDir directory;
@@ -407,8 +407,8 @@ TEST(OpenFailure, WithoutPermission) {
   EXPECT_EQ(answer, cannotOpen(path));
 }
 
-// No descriptor is left open, whatever became of the file.
-TEST(Descriptors, AreGivenBack) {
+// No descriptor stays open, whether the file was read or not.
+TEST(Descriptors, AreClosed) {
   const auto openOnes = [] {
     const std::filesystem::directory_iterator list("/proc/self/fd");
     return std::distance(begin(list), end(list));

@@ -1,4 +1,4 @@
-// Catches what a piece of a test writes to standard output or standard error.
+// Captures what a test writes to standard output or standard error.
 #pragma once
 
 #include <string>
@@ -7,7 +7,7 @@
 
 namespace support {
 
-// What run() writes to C's stdout and to std::cout, byte for byte.
+// Returns everything that run() writes to C's stdout and to std::cout.
 template <typename Run>
 std::string stdoutOf(Run run) {
   testing::internal::CaptureStdout();
@@ -15,7 +15,7 @@ std::string stdoutOf(Run run) {
   return testing::internal::GetCapturedStdout();
 }
 
-// What run() writes to standard error.
+// Returns what run() writes to standard error.
 template <typename Run>
 std::string stderrOf(Run run) {
   testing::internal::CaptureStderr();

@@ -14,13 +14,13 @@ void putBefore(std::string& list, const std::string& entry, std::string_view sep
 }
 
 struct Forest {
-  std::vector<std::string> trees;  // one for each record
+  std::vector<std::string> trees;  // one per record
   std::vector<std::string> below;  // the children of each record
   std::vector<int> parents;
 };
 
-// Parents stand before their children, so the last record has none and each tree is complete when
-// its turn comes.
+// Children come after their parents, so building from the last record to the first finds each
+// subtree complete.
 Forest forestOf(std::string_view answer) {
   const std::vector<std::string> labels = valuesOf(answer, "branchTypeAsString");
   const std::vector<std::string> contents = valuesOf(answer, "contents");

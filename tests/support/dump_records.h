@@ -1,4 +1,5 @@
-// A short text for the records of an answer, so that a test of a whole run is one line.
+// Prints the records of an answer as one short line, so that a test of a whole run fits on one
+// line.
 #pragma once
 
 #include <string>
@@ -6,14 +7,14 @@
 
 namespace support {
 
-// The trees that the records form by their parentID, in record order with blanks between them.
-// Each is LABEL"CONTENTS"@LINE and, in parentheses, its children the same way. Contents read as in
-// the record, escapes and all.
+// Returns the trees that the records form through their parentID, in record order, separated by
+// blanks. Each is LABEL"CONTENTS"@LINE followed by its children in parentheses, in the same form.
+// Contents are as in the record, with escapes.
 std::string dumpRecords(std::string_view answer);
 
-// The same for what the statements of a file of the scanner route left: the children of record 1,
-// which is the class wrapper, and then, each behind a bar, the trees of records that lost their
-// parent. Trees below the file itself are not shown.
+// The same for the statements of a file of the scanner route: the children of record 1, which is
+// the class wrapper, then, each after a bar, the trees of records that lost their parent. Trees
+// below the file itself are omitted.
 std::string dumpStatements(std::string_view answer);
 
 }  // namespace support

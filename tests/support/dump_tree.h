@@ -1,4 +1,4 @@
-// A short text for a tree, so that a test of a parser or a pass is one line.
+// Prints a tree as one short line, so that a test of a parser or a pass fits on one line.
 #pragma once
 
 #include <string>
@@ -7,11 +7,12 @@
 
 namespace support {
 
-// LABEL"CONTENTS"@LINE and, in parentheses, the children the same way, with blanks between them:
-// filepath"a.js"@0(namespace"namespace global"@0(class"A"@0)). Line feeds in contents read \n.
+// Returns LABEL"CONTENTS"@LINE followed by the children in parentheses, in the same form, separated
+// by blanks: filepath"a.js"@0(namespace"namespace global"@0(class"A"@0)). Line feeds in contents
+// are printed as \n.
 std::string dumpTree(const ObjectBranch* node);
 
-// The same for the children of node alone.
+// The same for the children of node only.
 std::string dumpChildren(const ObjectBranch* node);
 
 }  // namespace support

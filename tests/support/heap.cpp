@@ -7,7 +7,7 @@
 
 namespace {
 
-std::size_t failingBytes = 0;  // 0 while nothing fails
+std::size_t failingBytes = 0;  // 0: nothing fails
 support::ReleaseWatch* watch = nullptr;
 support::NodeSweep* sweep = nullptr;
 
@@ -77,7 +77,7 @@ bool NodeSweep::isAlive(const ObjectBranch* node) const {
                      [node](const void* block) { return block == node; });
 }
 
-// The set takes and gives back memory itself, and that is not to be noted.
+// The set allocates and frees memory itself, which must not be recorded.
 void NodeSweep::note(void* block, std::size_t bytes) {
   if (bytes != sizeof(ObjectBranch)) return;
   NodeSweep* const self = std::exchange(sweep, nullptr);

@@ -1,5 +1,5 @@
-// Lets a test run out of memory for one kind of object, and see which objects were destroyed. The
-// test program's operator new and operator delete are replaced for it.
+// Lets a test run out of memory for one kind of object, and watch which objects are destroyed.
+// Linking it replaces the test program's operator new and operator delete.
 #pragma once
 
 #include <cstddef>
@@ -11,7 +11,7 @@
 
 namespace support {
 
-// While it lives, operator new fails for every block of exactly that many bytes.
+// While alive, operator new fails for every block of exactly that many bytes.
 class FailingNew {
  public:
   explicit FailingNew(std::size_t bytes);
@@ -20,8 +20,8 @@ class FailingNew {
   ~FailingNew();
 };
 
-// While it lives, counts how often operator delete is given each of some blocks. It holds the
-// blocks back until its own end, so that none of their addresses is given out again.
+// While alive, counts how often operator delete is called for each watched block. It frees the
+// blocks only in its destructor, so that none of their addresses is reused.
 class ReleaseWatch {
  public:
   explicit ReleaseWatch(std::initializer_list<void*> blocks);
@@ -29,10 +29,10 @@ class ReleaseWatch {
   ReleaseWatch& operator=(const ReleaseWatch&) = delete;
   ~ReleaseWatch();
 
-  // How often each block was released, in the order in which the watch was given them.
+  // Returns how often each block was released, in the order given to the constructor.
   std::vector<int> releases() const;
 
-  // Whether block is one of the watched, whose release is then counted.
+  // If block is watched, counts its release and returns true.
   bool take(void* block) noexcept;
 
  private:
@@ -43,8 +43,9 @@ class ReleaseWatch {
   std::vector<Entry> entries_;
 };
 
-// While it lives, notes which nodes are made, and at its end destroys those that are left, which no
-// run does: so a test can go through runs by the ten thousand. The registry forgets these nodes.
+// While alive, records which nodes are made; its destructor destroys those that are left, which no
+// run does, so that a test can make tens of thousands of runs. It also removes them from the
+// registry.
 class NodeSweep {
  public:
   NodeSweep();
@@ -52,14 +53,14 @@ class NodeSweep {
   NodeSweep& operator=(const NodeSweep&) = delete;
   ~NodeSweep();
 
-  // Whether a node that was made meanwhile is still there.
+  // Whether a node that was made since construction still exists.
   bool isAlive(const ObjectBranch* node) const;
 
   void note(void* block, std::size_t bytes);
   void forget(void* block) noexcept;
 
  private:
-  std::unordered_set<void*> blocks_;  // of the size of a node
+  std::unordered_set<void*> blocks_;  // blocks with the size of a node
 };
 
 }  // namespace support

@@ -1,5 +1,5 @@
-// While it lives, what is allocated is no leak to LeakSanitizer: for what others keep, or what is
-// kept by contract and can no longer be reached.
+// While alive, LeakSanitizer ignores allocations: for memory that others keep, or that is kept by
+// contract and is no longer reachable.
 #pragma once
 
 #include "support/sanitized.h"
@@ -18,7 +18,7 @@ class LeaksAllowed {
   LeaksAllowed() { __lsan_disable(); }
   ~LeaksAllowed() { __lsan_enable(); }
 #else
-  LeaksAllowed() {}  // not defaulted: a variable of the type is no unused one
+  LeaksAllowed() {}  // not defaulted, or the compiler reports an unused variable
   ~LeaksAllowed() {}
 #endif
 };

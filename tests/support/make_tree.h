@@ -9,8 +9,8 @@
 
 namespace support {
 
-// A node numbered from currentIndex and hung under parent as its last child; a null parent makes a
-// root.
+// Returns a node numbered from currentIndex and appended to parent's children; a null parent makes
+// a root.
 inline ObjectBranch* addNode(ObjectBranch* parent, std::uint32_t code, std::string label,
                              std::string contents, std::string path = "a.js") {
   ObjectBranch* node = allocateObjectBranch();

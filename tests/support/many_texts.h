@@ -1,4 +1,4 @@
-// Texts by the million, for holding fast code against the plain reading of its rules.
+// Texts by the million, to compare fast code with the reference implementation.
 #pragma once
 
 #include <cstddef>
@@ -19,12 +19,11 @@ inline constexpr bool kSlowBuild = true;
 inline constexpr bool kSlowBuild = false;
 #endif
 
-// A slow build, which looks for other faults, reads fewer texts and leaves out the longest.
+// A slow build (sanitizers) reads fewer texts and skips the longest.
 constexpr int textCount(int count) { return kSlowBuild ? count / 20 : count; }
 constexpr int textLength(int length) { return kSlowBuild ? length - 2 : length; }
 
-// The text with each text of up to count of the pieces behind it in turn. Text is given back as it
-// was.
+// Visits text followed by each sequence of up to count of the pieces. Leaves text unchanged.
 template <typename Visit>
 void visitTexts(std::span<const std::string_view> pieces, int count, std::string& text,
                 Visit& visit) {
@@ -55,8 +54,8 @@ void forEachText(std::string_view alphabet, int count, Visit visit) {
   visitTexts(std::span(bytes, alphabet.size()), textLength(count), text, visit);
 }
 
-// Visits each text of up to count bytes of the alphabet at each place in a long run of filler,
-// since code that moves runs may take many bytes at a time.
+// Visits each text of up to count bytes of the alphabet at each position in a long run of filler,
+// since code that moves runs may handle many bytes at a time.
 template <typename Visit>
 void forEachTextInARun(std::string_view alphabet, int count, char filler, Visit visit) {
   constexpr std::size_t kLongest = 70;
@@ -70,8 +69,8 @@ void forEachTextInARun(std::string_view alphabet, int count, char filler, Visit 
   });
 }
 
-// A text of less than count pieces. It has few kinds of them at a time, so that one piece that
-// decides everything behind it, such as an opening quote, is not in every text. In every other text
+// Returns a text of less than count pieces. It uses few kinds of them, so that a piece that decides
+// everything after it, such as an opening quote, is missing from some texts. In every other text
 // some of the pieces are single bytes of any value.
 inline std::string randomText(std::span<const std::string_view> pieces, std::size_t count,
                               std::mt19937& random) {
@@ -90,7 +89,7 @@ inline std::string randomText(std::span<const std::string_view> pieces, std::siz
   return text;
 }
 
-// Visits so many random texts, the same ones in each run, until an assertion fails.
+// Visits count random texts, the same ones in each run, until an assertion fails.
 template <typename Visit>
 void forRandomTexts(std::span<const std::string_view> pieces, std::size_t count, int texts,
                     Visit visit) {

@@ -1,4 +1,4 @@
-// A list of names on one line of a table.
+// A list of names in one column of a table.
 #pragma once
 
 #include <algorithm>
@@ -8,7 +8,7 @@
 
 namespace support {
 
-// "A,B" as a list; no name for an empty text.
+// Splits "A,B" into a list; empty for an empty text.
 inline std::vector<std::string> names(std::string_view list) {
   std::vector<std::string> result;
   while (!list.empty()) {

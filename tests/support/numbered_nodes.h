@@ -1,4 +1,4 @@
-// Nodes whose numbers the test chooses, and a tree as deep as no stack could follow.
+// Nodes whose numbers the test chooses, and a tree too deep for recursion.
 #pragma once
 
 #include <cstddef>
@@ -10,7 +10,7 @@
 
 namespace support {
 
-// A node of that number as the last child of parent, which may be null.
+// Appends a node with that number to the children of parent, which may be null.
 inline ObjectBranch* nodeOf(std::int32_t id, ObjectBranch* parent = nullptr) {
   ObjectBranch* node = allocateObjectBranch();
   node->nodeID = id;
@@ -19,8 +19,8 @@ inline ObjectBranch* nodeOf(std::int32_t id, ObjectBranch* parent = nullptr) {
   return node;
 }
 
-// Nodes with the numbers from 0 on, of which each is the only child of the one before. They belong
-// to the vector, so none of them may be destroyed.
+// Returns nodes numbered from 0, each the only child of the one before. The vector owns them, so
+// none of them may be deleted.
 inline std::vector<ObjectBranch> deepChain(std::size_t count, const std::string& contents = "") {
   std::vector<ObjectBranch> chain(count);
   for (std::size_t i = 0; i < count; ++i) {

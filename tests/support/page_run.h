@@ -1,4 +1,4 @@
-// One run of the page parser over a text, under a node of its own.
+// Runs the page parser over a text, below a node of its own.
 #pragma once
 
 #include <string>
@@ -13,7 +13,7 @@
 namespace support {
 
 struct PageRun {
-  ObjectBranch* top;   // the node under which the page hangs
+  ObjectBranch* top;   // the parent of the page's nodes
   std::string errors;  // what the run wrote to standard error
 
   std::string nodes() const { return dumpChildren(top); }
@@ -26,7 +26,7 @@ inline PageRun pageRunOf(std::string_view text, int startLine = 0) {
   return run;
 }
 
-// What is said of so many closing tags that close nothing.
+// Returns the warnings for count closing tags without an open element.
 inline std::string strayTagWarnings(int count) {
   std::string lines;
   for (int i = 0; i < count; ++i) lines += "Warning: Attempting to pop from empty element stack\n";

@@ -29,7 +29,7 @@ constexpr const char* kTags[] = {"", "", "\n      \"href\"\n", "\n      \"auto-g
 TreePlan randomPlan(std::span<const std::string_view> texts, std::size_t most,
                     std::mt19937& random) {
   const std::string path = kPaths[random() % std::size(kPaths)];
-  // A long way down in some trees, and side by side in others.
+  // Makes some trees deep and others wide.
   const std::size_t reach = random() % 2 == 0 ? 2 : most;
   TreePlan plan;
   for (std::size_t count = 1 + random() % most; plan.size() < count;) {

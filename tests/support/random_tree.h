@@ -1,5 +1,4 @@
-// Trees by the thousand: each is drawn as a plan, of which any number of trees that are alike can
-// be grown.
+// Random trees: each is drawn as a plan, from which any number of identical trees can be built.
 #pragma once
 
 #include <cstdint>
@@ -14,7 +13,7 @@
 namespace support {
 
 struct NodePlan {
-  int parent = -1;  // the place of the parent in the plan, -1 for the root
+  int parent = -1;  // index of the parent in the plan, -1 for the root
   std::uint32_t branchType = kBranchLine;
   std::string label;
   std::string contents;
@@ -24,15 +23,16 @@ struct NodePlan {
 };
 using TreePlan = std::vector<NodePlan>;
 
-// A plan of up to most nodes, with the root in front, whose contents are drawn from the texts and
-// whose numbers are the places in the plan.
+// Returns a plan of up to most nodes, root first. Contents are drawn from texts; numbers are the
+// indexes in the plan.
 TreePlan randomPlan(std::span<const std::string_view> texts, std::size_t most,
                     std::mt19937& random);
 
-// The nodes in the plan's order, each among its parent's children. currentIndex is behind them.
+// Returns the nodes in the plan's order, each among its parent's children. Sets currentIndex past
+// them.
 std::vector<ObjectBranch*> growTree(const TreePlan& plan);
 
-// All fields of the node, with the numbers of its parent and its children.
+// Returns all fields of the node, with the numbers of its parent and its children.
 std::string describeNode(const ObjectBranch& node);
 
 }  // namespace support

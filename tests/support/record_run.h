@@ -1,4 +1,4 @@
-// One run of the record pass over a hand-made tree.
+// Runs the record pass over a hand-made tree.
 #pragma once
 
 #include <string>
@@ -21,7 +21,7 @@ inline RecordRun recordRunOf(ObjectBranch* root) {
   return run;
 }
 
-// A root numbered 0, as a run begins with.
+// Returns a root numbered 0, as at the start of a run.
 inline ObjectBranch* newRoot(const std::string& contents = "a.js") {
   currentIndex = 0;
   return addNode(nullptr, kBranchFilePath, "filepath", contents);

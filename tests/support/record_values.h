@@ -1,4 +1,4 @@
-// Reads single values out of an answer, for tests that need not compare the whole of it.
+// Reads single values out of an answer, for tests that need not compare all of it.
 #pragma once
 
 #include <string>
@@ -7,8 +7,8 @@
 
 namespace support {
 
-// What each record, in order, gives for key: the text as it stands, with its quotes and without
-// the comma behind it. For the keys whose value stands on one line, so not childNodeIDs and tags.
+// Returns each record's value for key, in order, as written: with quotes and without the comma
+// after it. Works for keys whose value is on one line, so not for childNodeIDs and tags.
 inline std::vector<std::string> valuesOf(std::string_view answer, std::string_view key) {
   const std::string head = "    \"" + std::string(key) + "\": ";
   std::vector<std::string> values;

@@ -1,5 +1,5 @@
-// Points a file descriptor elsewhere for as long as it lives. What C's streams hold goes where it
-// pointed when it was written.
+// Points a file descriptor elsewhere while alive. Flushes C's streams before each switch, so that
+// buffered text goes where the descriptor pointed when it was written.
 #pragma once
 
 #include <fcntl.h>

@@ -1,4 +1,4 @@
-// Comparison of two trees, node by node and field by field.
+// Compares two trees node by node and field by field.
 #pragma once
 
 #include <string>
@@ -7,11 +7,11 @@
 
 namespace support {
 
-// What the first node that differs is in both trees; empty if all nodes below the two agree in all
-// fields, in their links to their parents and in their number.
+// Returns the first node that differs, as it is in both trees; empty if all nodes below the two
+// agree in all fields, in their parent links and in their number.
 std::string treeDifference(const ObjectBranch* one, const ObjectBranch* other);
 
-// Destroys the tree under node, of which no node may be numbered 0.
+// Destroys the tree under node, in which no node may be numbered 0.
 void destroyTree(ObjectBranch* node);
 
 }  // namespace support

@@ -1,5 +1,5 @@
-// Whether the tests are built with AddressSanitizer, which has an allocator of its own, makes
-// frames larger and takes several times the memory.
+// Whether the tests are built with AddressSanitizer, which has its own allocator, makes frames
+// larger and needs several times the memory.
 #pragma once
 
 #ifdef __SANITIZE_ADDRESS__

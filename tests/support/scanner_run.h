@@ -1,4 +1,4 @@
-// One run of the frame over a text, for tests of the scanner route.
+// Runs the tree builder over a text, for tests of the scanner route.
 #pragma once
 
 #include <string>
@@ -17,7 +17,7 @@ struct ScannerRequest {
   std::string namespaceName = "";
   std::string className = "";
   bool isJavaScript = true;
-  std::string chunk = "";  // what the chunk holds before the run
+  std::string chunk = "";  // content of the chunk before the run
   std::vector<std::string> defines = {};
 };
 

@@ -1,4 +1,4 @@
-// A directory of the test's own, gone with everything in it at the end of the test.
+// A temporary directory, removed with its contents at the end of the test.
 #pragma once
 
 #include <cstdlib>
@@ -29,7 +29,7 @@ class TempDir {
 
   std::string path(const std::string& name) const { return root_ + "/" + name; }
 
-  // Writes bytes to the file of that name, as they stand, and gives its path.
+  // Writes bytes unchanged to the file of that name and returns its path.
   std::string write(const std::string& name, std::string_view bytes) const {
     std::ofstream file(path(name), std::ios::binary | std::ios::trunc);
     file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));

@@ -1,4 +1,4 @@
-/* A host in C: it reads the header, opens the module and parses one file. */
+/* A host in C: includes the header, opens the module and parses one file. */
 #include <dlfcn.h>
 #include <stdio.h>
 #include <string.h>
@@ -9,7 +9,7 @@ typedef const char* (*ParseFunction)(const char*, const char*);
 typedef void (*CleanupFunction)(void);
 typedef const char* (*InfoFunction)(void);
 
-/* usage: c_host MODULE FILE; exit status 0 when the file's answer is a record array. */
+/* usage: c_host MODULE FILE; exit status 0 if the file's answer is a record array. */
 int main(int argc, char** argv) {
   static const char kBanner[] = "Quorl JavaScript Parser Plugin v1.0 - HTML/JS Support (Address: ";
   static const char kFirstRecord[] = "[\n  {\n    \"lineNumber\": 0,\n";
@@ -23,7 +23,7 @@ int main(int argc, char** argv) {
     fprintf(stderr, "%s\n", dlerror());
     return 2;
   }
-  /* The way that POSIX gives for turning an object pointer into a function pointer. */
+  /* POSIX's way to convert an object pointer to a function pointer. */
   *(void**)&parse = dlsym(module, "ParseJS");
   *(void**)&cleanup = dlsym(module, "CleanupJS");
   *(void**)&info = dlsym(module, "Info");

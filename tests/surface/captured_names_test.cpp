@@ -1,5 +1,5 @@
-// A host may have its own of the names that the module exports: neither side takes the other's. The
-// program exports its own by ENABLE_EXPORTS, and the names that it defines here are the module's.
+// A host may define names that the module exports too: neither side uses the other's.
+// ENABLE_EXPORTS exports this program's names, and those defined here are the module's.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
@@ -22,7 +22,7 @@ std::string trim(const std::string&) {
 
 namespace {
 
-TEST(CapturedNames, TheModuleKeepsToItsOwn) {
+TEST(CapturedNames, TheModuleUsesItsOwn) {
   void* const module = dlopen(QUORL_PLUGIN_PATH, RTLD_NOW | RTLD_GLOBAL);
   ASSERT_NE(module, nullptr) << dlerror();
   const auto parse = reinterpret_cast<decltype(&ParseJS)>(dlsym(module, "ParseJS"));

@@ -1,4 +1,4 @@
-"""Holds the names that the built module exports against the project's list, in both directions.
+"""Compares the names that the built module exports with the project's list, in both directions.
 
 usage: surface_test.py NM MODULE LIST
 """
@@ -7,7 +7,7 @@ import sys
 
 
 def differences(exported, listed):
-    """One line for each name that stands on one side only."""
+    """Return one line for each name that is on one side only."""
     return ["exported but not listed: " + name for name in sorted(exported - listed)] + \
            ["listed but not exported: " + name for name in sorted(listed - exported)]
 
@@ -23,7 +23,7 @@ def main():
     exported = exported_names(nm, module)
     with open(list_path, encoding="ascii") as lines:
         listed = set(lines.read().split())
-    # The check itself has to go red when a name is missing on either side.
+    # The check itself must fail if a name is missing on either side.
     assert differences({"a"}, {"a", "b"}) == ["listed but not exported: b"]
     assert differences({"a", "b"}, {"a"}) == ["exported but not listed: b"]
     assert exported, "no names in " + module

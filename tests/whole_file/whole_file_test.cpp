@@ -1,5 +1,5 @@
-// Every whole-file case through every door: in this process, through the built module, and through
-// the command-line host; and one after the other in one process, in both orders.
+// Runs every whole-file case in this process, through the built module, and through the
+// command-line host; and all cases in one process, in both orders.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
@@ -34,7 +34,7 @@ struct Run {
 
 using ParseFunction = decltype(&ParseJS);
 
-// What one call answers and writes, with the case's folder as the working directory.
+// Returns the answer of one call and what it prints; the working directory is the case's folder.
 Run runWith(ParseFunction parse, const CaseFile& file) {
   std::filesystem::current_path(file.folder);
   testing::internal::CaptureStdout();
@@ -76,7 +76,8 @@ TEST_P(WholeFile, ThroughTheCommandLineHost) {
   const std::string diagnostics = folder.path("diagnostics");
   std::filesystem::current_path(file.folder);
   std::vector<std::string> arguments{"--plugin", QUORL_PLUGIN_PATH, "--diagnostics", diagnostics};
-  // The host joins its defines with line feeds, so one value with line feeds in it is the bytes.
+  // The host joins defines with line feeds, so one value with line feeds passes the bytes
+  // unchanged.
   if (file.defines) arguments.insert(arguments.end(), {"--defines", *file.defines});
   arguments.push_back(file.input);
   const host_test::Outcome outcome = host_test::runProgram(QUORL_JS_PATH, arguments);
@@ -93,7 +94,7 @@ std::string testName(const testing::TestParamInfo<CaseFile>& info) {
 
 INSTANTIATE_TEST_SUITE_P(Cases, WholeFile, testing::ValuesIn(cases()), testName);
 
-// Run state is global, and none of it may leak from one file into the next.
+// Run state is global; none of it may leak from one file into the next.
 TEST(WholeFileOrder, EachFileAnswersTheSameAfterAnyOther) {
   std::vector<const CaseFile*> order;
   for (const CaseFile& file : cases()) order.push_back(&file);

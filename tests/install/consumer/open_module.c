@@ -1,10 +1,10 @@
-/* Opens the installed module by its path, as a host in C does, and parses one file. */
+/* Opens the installed module by its path, like a host in C, and parses one file. */
 #include <dlfcn.h>
 #include <plugin/plugin_api.h>
 #include <stdio.h>
 #include <string.h>
 
-/* usage: open_module FILE; exit status 0 when the file's answer is a record array */
+/* usage: open_module FILE; exit status 0 if the file's answer is a record array */
 int main(int argc, char** argv) {
   static const char kFirstRecord[] = "[\n  {\n    \"lineNumber\": 0,\n";
   const char* (*parse)(const char*, const char*);
@@ -17,7 +17,7 @@ int main(int argc, char** argv) {
     fprintf(stderr, "%s\n", dlerror());
     return 2;
   }
-  /* The way that POSIX gives for turning an object pointer into a function pointer. */
+  /* POSIX's way to convert an object pointer to a function pointer. */
   *(void**)&parse = dlsym(module, "ParseJS");
   *(void**)&cleanup = dlsym(module, "CleanupJS");
   *(void**)&info = dlsym(module, "Info");

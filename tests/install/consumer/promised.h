@@ -1,5 +1,5 @@
-// The promised C++ surface, declared by hand from the documentation and not taken from the
-// project's headers: what an outside program that looks the names up would write.
+// The documented C++ interface, declared by hand from the documentation instead of the project's
+// headers, as an outside program that looks up the names would declare it.
 #pragma once
 
 #include <cstddef>
@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-// A program that has these types from the installed header leaves them out here.
+// A program that has these types from the installed header skips them here.
 #ifndef PROMISED_WITHOUT_TYPES
 struct ObjectBranch {
   ObjectBranch* parent = nullptr;

@@ -1,5 +1,5 @@
-// The installed header and the documentation agree: a function or datum that one of them declares
-// with another type than the other does not compile, and the record's fields lie where they should.
+// The installed header and the documentation agree: a function or variable declared with different
+// types does not compile, and the record's fields have the documented offsets.
 #include <quorl_js.h>
 
 #define PROMISED_WITHOUT_TYPES

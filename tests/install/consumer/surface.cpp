@@ -1,7 +1,7 @@
-// Links the installed module and calls every promised function once, each with a result that is
-// known. Built with the project's own header instead of promised.h it does the same.
+// Links the installed module and calls every documented function once, each with a known result. It
+// can also be built with the project's own header instead of promised.h.
 //
-// usage: surface SCRATCH_FOLDER; exit status 0 when every result is the promised one
+// usage: surface SCRATCH_FOLDER; exit status 0 if every result is correct
 #ifdef SURFACE_FROM_HEADER
 #include <quorl_js.h>
 #else
@@ -28,7 +28,7 @@ void check(bool holds, const char* what) {
 }
 #define CHECK(condition) check((condition), #condition)
 
-// A numbered node, as every maker of nodes gives one out.
+// Returns a numbered node, like every node that the module makes.
 ObjectBranch* node(std::string contents, ObjectBranch* parent = nullptr) {
   ObjectBranch* const made = allocateObjectBranch();
   made->nodeID = currentIndex++;
@@ -85,7 +85,7 @@ void checkCleaner() {
   cleaner.ReplaceAll(text, "X", "");
   CHECK(text == "ab");
   CHECK(cleaner.UncommentAndUnquoteText("a // b") == "a ");
-  // required: the byte behind the opening of a comment stays.
+  // required: the first byte after the opening of a comment stays.
   CHECK(cleaner.UncommentAndUnquoteText("'a' /*-b */", true) == "'a' -");
   CHECK(cleaner.PreProcessorSimulation(std::string(kCondition), {}, defines) == "\n\n\ny\n");
   CHECK(defines == Names{"A"});
@@ -138,7 +138,7 @@ void checkTree() {
   FreeChildren(parent);
   CHECK(parent->children.empty() && child->contents == "child");
   parent->children.push_back(child);
-  parent->nodeID = 0;  // the teardown stops at a root
+  parent->nodeID = 0;  // teardown stops at a root
   CleanupTree(parent);
   CHECK(parent->children.empty());
   std::set<ObjectBranch*> visited;
@@ -200,7 +200,7 @@ void checkFiles(const std::string& folder) {
   CHECK(GetFilesInDirectory(folder) == Names{file});
   currentIndex = 0;
   ProcessSingleFile(file, "");
-  // File, namespace, class, two lines, defines, and one that is in no tree.
+  // File, namespace, class, two lines, defines, and one node that is in no tree.
   CHECK(currentIndex == 7);
   CHECK(ExtractNamespaceName("namespace Foo::Bar {") == "Foo::Bar");
   CHECK(GetFileNameWithoutExtension("/a/b.tar.gz") == "b.tar");

@@ -12,7 +12,7 @@
 
 namespace {
 
-// A file of which every write is seen at once.
+// A file in which every write is visible at once.
 class Stream {
  public:
   Stream() : file_(std::tmpfile()) { std::setvbuf(file_, nullptr, _IONBF, 0); }
@@ -22,7 +22,7 @@ class Stream {
 
   std::FILE* file() const { return file_; }
 
-  // All that was written; what follows goes behind it.
+  // Returns everything written so far; later writes are appended.
   std::string text() const {
     std::string text(static_cast<std::size_t>(std::ftell(file_)), '\0');
     std::rewind(file_);
@@ -36,7 +36,7 @@ class Stream {
 };
 
 struct PiecesCase {
-  std::vector<std::size_t> sizes;  // of the pieces, which are of one letter each: a, b, c ...
+  std::vector<std::size_t> sizes;  // of the pieces, each of one repeated letter: a, b, c ...
   const char* why;
 };
 
@@ -77,7 +77,7 @@ TEST(StreamWriter, WritesNumbersInPlainDecimal) {
   EXPECT_EQ(stream.text(), "0 -1 1234567 -2147483648 2147483647");
 }
 
-TEST(StreamWriter, HandsOverAtAFlush) {
+TEST(StreamWriter, WritesOnFlush) {
   const Stream stream;
   base::StreamWriter out(stream.file());
   out << "a" << 1;

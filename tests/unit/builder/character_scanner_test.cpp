@@ -1,5 +1,5 @@
-// Which bytes join the chunk, and which of them end it. The nodes stand for what the scanner handed
-// on: their texts and their line numbers.
+// Which bytes are appended to the chunk and which end it, seen through the nodes: their texts and
+// line numbers.
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -19,7 +19,7 @@ using support::runScanner;
 
 struct StatementCase {
   std::string_view text;
-  std::string_view statements;  // below the class wrapper; orphans behind a bar
+  std::string_view statements;  // below the class wrapper; orphans after a bar
   const char* why;
 };
 
@@ -59,7 +59,7 @@ constexpr StatementCase kStrings[] = {
     {"'';b;\n", R"(line"\'\'"@1 line"b"@1)", "an empty string"},
     {"s = 'a", "", "never closed"},
     {"a;\ns = 'b;\nc;\n", R"(line"a"@1)", "an open string runs to the end"},
-    // Quotes of another kind.
+    // Quotes of the other kind.
     {"s = \"it's\"; b;\n", R"(classvar"s = \"it\'s\""@1 line"b"@1)", ""},
     {"s = 'a\"b`c'; b;\n", R"(classvar"s = \'a\"b`c\'"@1 line"b"@1)", ""},
     {"s = `a\"b'c`; b;\n", R"(classvar"s = `a\"b\'c`"@1 line"b"@1)", ""},
@@ -104,7 +104,7 @@ constexpr StatementCase kParentheses[] = {
 
 TEST(CharacterScanner, CountsParentheses) { expectStatements(kParentheses, true); }
 
-// required: what decides is the end of the text before the last blank.
+// required: the end of the text before the last blank decides.
 constexpr StatementCase kContinuations[] = {
     {"c\\\nd\n", R"(line"c\\d"@2)", "the backslash stays, the line feed is counted"},
     {"a \\\nb\n", R"(line"a \\"@1 line"b"@2)", "the text before the last blank is a"},
@@ -116,7 +116,7 @@ constexpr StatementCase kContinuations[] = {
     {"\\\nx\n", R"(line"\\x"@2)", ""},
     {"a\\\\\nb;\n", R"(line"a\\\\b"@2)", "two do not cancel each other"},
     {"a\\b\nc;\n", R"(line"a\\b"@1 line"c"@2)", ""},
-    {"a\t\\\nb;\n", R"(line"a \\b"@2)", "a tab is no blank here"},
+    {"a\t\\\nb;\n", R"(line"a \\b"@2)", "a tab is not a blank here"},
     {"a\\\n\n\nb;\n", R"(line"a\\b"@4)", "empty lines continue it too"},
     {"a\\\nb c\nd\n", R"(line"a\\b c"@2 line"d"@3)", ""},
     {"f(\\\na);\n", R"(line"f(\\a"@2)", "the text is kept in parentheses too"},
@@ -146,7 +146,7 @@ constexpr StatementCase kOtherBrackets[] = {
     {")[a]b;\n", R"(line"[a]b"@1)", "a ) before it does"},
     {"(\n[a]);\n", R"(line"[a]"@2)", "not in parentheses"},
     {"] a;\n", R"(line"] a"@1)", "closes nothing"},
-    // What happens within the brackets.
+    // Inside the brackets.
     {"[a;b]c;\n", R"(line"c"@1)", "; ends statements"},
     {"[a\nb] c;\n", R"(line"c"@2)", "so do line feeds"},
     {"[ 'x;' ] y;\n", R"(line"\'x;\' y"@1)", "required: strings join the statement"},
@@ -161,19 +161,18 @@ constexpr StatementCase kOtherBrackets[] = {
 
 TEST(CharacterScanner, KeepsBracketsOfScripts) { expectStatements(kScriptBrackets, true); }
 
-TEST(CharacterScanner, LeavesBracketsOfOtherTextOut) { expectStatements(kOtherBrackets, false); }
+TEST(CharacterScanner, DropsBracketsOfOtherText) { expectStatements(kOtherBrackets, false); }
 
 constexpr StatementCase kOddBytes[] = {
     {"a\0b;\n"sv, "line\"a\0b\"@1"sv, "a NUL is an ordinary byte"},
     {"\0\n"sv, "line\"\0\"@1"sv, ""},
-    {"s\0'a;b';c;\n"sv, "line\"s\0\\'a;b\\'\"@1 line\"c\"@1"sv,
-     "and the text behind it is scanned"},
+    {"s\0'a;b';c;\n"sv, "line\"s\0\\'a;b\\'\"@1 line\"c\"@1"sv, "and the text after it is scanned"},
     {"s = '\\\0'; b;\n"sv, "classvar\"s = \\'\\\\\0\\'\"@1 line\"b\"@1"sv, ""},
     {"\x80\xFF;\n", "line\"\x80\xFF\"@1", "so are bytes outside ASCII"},
     {"\x01\x7F\n", "line\"\x01\x7F\"@1", ""},
 };
 
-TEST(CharacterScanner, TakesAnyByte) { expectStatements(kOddBytes, true); }
+TEST(CharacterScanner, AcceptsAnyByte) { expectStatements(kOddBytes, true); }
 
 struct ChunkCase {
   std::string_view before;
@@ -200,7 +199,7 @@ constexpr ChunkCase kChunks[] = {
     {"", "f(a) {", "", ""},
     {"", "a b }", "", ""},
     {"", "}a", "a", ""},
-    {"", "a}}}b", "", "nothing is scanned behind an error"},
+    {"", "a}}}b", "", "nothing is scanned after an error"},
     {"", "c\\\n", "c\\", ""},
     {"", "a\\ b\nc\n", "a\\ bc", "continued to the end"},
     {"", "s = 'b;\nc;\n", "s = 'b;\nc;\n", "an open string"},
@@ -219,7 +218,7 @@ TEST(CharacterScanner, LeavesTheUnfinishedStatementInTheChunk) {
   }
 }
 
-TEST(CharacterScanner, GoesOnWithWhatTheChunkHolds) {
+TEST(CharacterScanner, ContinuesWithTheTextInTheChunk) {
   support::ScannerRequest request{"x;\n"};
   request.chunk = "var ";
   EXPECT_EQ(dumpStatements(runScanner(request).answer), R"(classvar"var x"@1)");
@@ -234,8 +233,8 @@ TEST(CharacterScanner, GoesOnWithWhatTheChunkHolds) {
 
 constexpr std::size_t kLimit = 10'485'760;
 
-// That many bytes and then the tail. The bytes are one call whose text is thrown away at its line
-// feed, so that the tail is scanned on line 2 with a ")" in the chunk.
+// That many bytes, then tail. The bytes are one call whose text is dropped at its line feed, so
+// that tail is scanned on line 2 with a ")" in the chunk.
 std::string textBehind(std::size_t bytes, std::string_view tail) {
   return "f('" + std::string(bytes - 6, 'x') + "'\n)" + std::string(tail);
 }
@@ -246,10 +245,10 @@ TEST(CharacterScannerLimit, TheLastByteWithinItIsScanned) {
   EXPECT_EQ(dumpStatements(runScanner({text}).answer), R"(line"y"@2)");
   EXPECT_EQ(chunk, "");
   EXPECT_EQ(dumpStatements(runScanner({text + "z;z\n"}).answer), R"(line"y"@2)");
-  EXPECT_EQ(chunk, "") << "the rest is not looked at";
+  EXPECT_EQ(chunk, "") << "the rest is ignored";
 }
 
-TEST(CharacterScannerLimit, TheByteBehindItIsNot) {
+TEST(CharacterScannerLimit, TheNextByteIsNot) {
   const std::string text = textBehind(kLimit - 1, "y;");
   ASSERT_EQ(text.size(), kLimit + 1);
   EXPECT_EQ(dumpStatements(runScanner({text}).answer), "");

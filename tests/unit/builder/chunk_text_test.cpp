@@ -1,6 +1,6 @@
-// Holds the chunk, which remembers what its questions need, against the plain rules, which read the
-// whole text each time: it grows byte by byte or in pieces, and all questions are asked at each
-// step.
+// Compares the chunk, which tracks the answers to its questions, with the plain rules, which read
+// the whole text each time: the chunk grows byte by byte or in pieces, and every question is asked
+// at each step.
 #include "builder/chunk_text.h"
 
 #include <algorithm>
@@ -74,10 +74,10 @@ constexpr Row kRows[] = {
     {"x\\ y", {false, false, true}, ""},
     {"x\\ y ", {false, false, false}, ""},
     {"x \\", {false, false, false}, ""},
-    {" \\", {false, false, false}, "nothing stands before the blank"},
+    {" \\", {false, false, false}, "nothing comes before the blank"},
     {"\\\\", {false, false, true}, ""},
     {"x\\y", {false, false, false}, ""},
-    {"x\t\\", {false, false, true}, "a tab is no blank"},
+    {"x\t\\", {false, false, true}, "a tab is not a blank"},
 };
 
 TEST(ChunkText, Rows) {
@@ -89,7 +89,7 @@ TEST(ChunkText, Rows) {
   }
 }
 
-TEST(ChunkText, WorksOnTheTextGiven) {
+TEST(ChunkText, WorksOnTheCallersString) {
   std::string text = "a";
   ChunkText chunk(text);
   chunk.append("b\\");
@@ -120,7 +120,7 @@ TEST(ChunkText, ForgetsWhatItClears) {
   }
 }
 
-// Every text of that many bytes of the alphabet has a number, in which its last byte counts least.
+// Numbers all texts of that many bytes of the alphabet; the last byte is the least significant.
 constexpr std::string_view kAlphabet = " ,)\fx\\";
 constexpr std::size_t kLength = 7;
 
@@ -143,7 +143,7 @@ class PlainTable {
 
   std::size_t longest() const { return answers_[kLength].size(); }
 
-  // For the first bytes of the longest text of that number.
+  // The answers for a prefix of the longest text of that number.
   const Answers& ofPrefix(std::size_t length, std::size_t number) const {
     for (std::size_t i = kLength; i > length; --i) number /= kAlphabet.size();
     return answers_[length][number];
@@ -153,7 +153,7 @@ class PlainTable {
   std::array<std::vector<Answers>, kLength + 1> answers_;
 };
 
-// Grows each of the longest texts in pieces, of sizes that nextPiece gives.
+// Grows each of the longest texts in pieces; nextPiece returns their sizes.
 template <typename NextPiece>
 void expectPlainAnswers(const PlainTable& table, NextPiece nextPiece) {
   for (std::size_t number = 0; number < table.longest(); ++number) {
@@ -170,14 +170,14 @@ void expectPlainAnswers(const PlainTable& table, NextPiece nextPiece) {
   }
 }
 
-TEST(ChunkText, AnswersAsThePlainRulesForAllShortTexts) {
+TEST(ChunkText, AnswersLikeThePlainRulesForAllShortTexts) {
   const PlainTable table;
   expectPlainAnswers(table, [] { return std::size_t{1}; });
   std::mt19937 random(20240307);
   expectPlainAnswers(table, [&random] { return std::size_t{1} + random() % 5; });
 }
 
-TEST(ChunkText, AnswersAsThePlainRulesForLongerTexts) {
+TEST(ChunkText, AnswersLikeThePlainRulesForLongerTexts) {
   constexpr std::string_view kPieces[] = {" ",  "  ", ",",  ")", "))",   "\f",   "\v",  "\t",
                                           "\n", "\r", "\\", "x", "\0"sv, "\x80", "\\ ", ") )"};
   std::mt19937 random(20240308);
@@ -185,12 +185,12 @@ TEST(ChunkText, AnswersAsThePlainRulesForLongerTexts) {
   for (int left = support::textCount(200'000); left > 0; --left) {
     std::string text;
     ChunkText chunk(text);
-    // Few kinds of pieces at a time, so that one unlucky piece does not decide every text.
+    // Few kinds of pieces at a time, so that one dominant piece is not in every text.
     const std::size_t first = random() % std::size(kPieces);
     const std::size_t kinds = 1 + random() % std::size(kPieces);
     for (std::size_t pieces = 1 + random() % 20; pieces > 0; --pieces) {
       chunk.append(kPieces[(first + random() % kinds) % std::size(kPieces)]);
-      if (random() % 3 == 0) continue;  // not asked after each piece
+      if (random() % 3 == 0) continue;  // not asked after every piece
       const Answers plain = plainAnswers(text);
       ASSERT_EQ(answersOf(chunk), plain) << testing::PrintToString(text);
       cleaned += plain.cleansToNothing && !plain.isBlank ? 1 : 0;

@@ -1,5 +1,5 @@
-// The two ends of a scope that was closed too far: the repair that gives statements new wrappers,
-// and the error that ends the scan.
+// A scope that was closed too often: the repair that gives statements new wrappers, and the error
+// that ends the scan.
 #include <string>
 
 #include <gtest/gtest.h>
@@ -26,7 +26,7 @@ constexpr ScopeCase kRepairs[] = {
     {"}\n}\nq;\n}\nnever;\n",
      R"(filepath"a.txt"@0(namespace"namespace global"@0(class"class GlobalScope"@0(line"q"@3) )"
      R"(line"never"@5)) class"class GlobalScope"@0)",
-     "the repaired namespace hangs under the root, so nothing is made for a line in it"},
+     "the repaired namespace is under the root, so nothing is made for a line in it"},
     {"}\n}\nq;\nr;\n",
      R"(filepath"a.txt"@0(namespace"namespace global"@0(class"class GlobalScope"@0(line"q"@3 )"
      R"(line"r"@4))) class"class GlobalScope"@0)",
@@ -35,7 +35,7 @@ constexpr ScopeCase kRepairs[] = {
      R"(filepath"a.txt"@0(namespace"namespace global"@0(class"class GlobalScope"@0(line"q"@3)) )"
      R"(namespace"namespace global"@0(class"class GlobalScope"@0(line"r"@6))) )"
      R"(class"class GlobalScope"@0)",
-     "and once more"},
+     "and again"},
     {"}\n}\nq\n", R"(filepath"a.txt"@0(line"q"@3) class"class GlobalScope"@0)",
      "a line feed repairs nothing"},
     {"}\n}\nf(a) {\nq;\n",
@@ -163,7 +163,7 @@ constexpr ErrorCase kErrors[] = {
     {"a;\n}}\nb\nx}", "", kNullParent,
      R"(filepath"a.txt"@0(line"b"@3 error: NULL parent branch"x"@4) )"
      R"(class"class GlobalScope"@0(line"a"@1))",
-     "behind the root's other children"},
+     "after the root's other children"},
     {"}}if (x) }", "", kNullParent,
      R"_(filepath"a.txt"@0(logic"if (x)"@1) class"class GlobalScope"@0)_",
      "required: the record pass may take its label"},
@@ -173,7 +173,7 @@ constexpr ErrorCase kErrors[] = {
     {"}}q;}}}", "", kNullParent,
      R"(filepath"a.txt"@0(namespace"namespace global"@0(class"class GlobalScope"@0(line"q"@1))) )"
      R"(class"class GlobalScope"@0)",
-     "a third one too many behind a repair as well"},
+     "a third one too many after a repair as well"},
     {"x }", "N", kNullParent, R"(filepath"a.txt"@0(error: NULL parent branch"x"@1))",
      "without wrappers the first one"},
     {"b {\nc;\n}\n", "N", kZeroChildren, R"(filepath"a.txt"@0(error: Zero child objects"b"@1))",
@@ -193,7 +193,7 @@ TEST(ScanError, EndsTheScan) {
   }
 }
 
-TEST(ScanError, HasACodeOfItsOwn) {
+TEST(ScanError, HasItsOwnCode) {
   const ScannerRun run = runScanner({"}}\nx y }", "dir/;"});
   ASSERT_EQ(run.root->children.size(), 3u) << "between the wrapper and the defines";
   const ObjectBranch* error = run.root->children[1];
@@ -205,7 +205,7 @@ TEST(ScanError, HasACodeOfItsOwn) {
   EXPECT_EQ(error->tags, "");
 }
 
-TEST(ScanError, IsNumberedBehindTheNodeThatIsLinkedToNothing) {
+TEST(ScanError, IsNumberedAfterTheUnattachedNode) {
   EXPECT_EQ(runScanner({"b {", "a.txt", "N"}).printed,
             "zero children. This is not correct."
             "nodeid was 0 and now is 0\n"

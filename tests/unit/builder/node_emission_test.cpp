@@ -1,6 +1,6 @@
-// What becomes of a finished chunk: which node it makes, where that hangs and how the scan goes on.
-// The trees are read from the records, so labels are those that the record pass leaves and a node
-// whose text says nothing is missing; its children then stand behind a bar.
+// What happens to a finished chunk: which node it makes, where the node is attached and how the
+// scan continues. The trees are read from the records, so labels are those of the record pass, and
+// a node whose text gets no record is missing; its children are then listed after a bar.
 #include "builder/node_emission.h"
 
 #include <cstdint>
@@ -86,7 +86,7 @@ TEST(CleanupChunk, Rows) {
 
 struct StatementCase {
   std::string_view text;
-  std::string_view statements;  // below the class wrapper; orphans behind a bar
+  std::string_view statements;  // below the class wrapper; orphans after a bar
   const char* why;
 };
 
@@ -108,14 +108,14 @@ constexpr StatementCase kStatements[] = {
     {", foo\n", R"(line"foo"@1)", ""},
     {"))\n", "", ""},
     {"a b }", "", "nothing ended it"},
-    // Imports go with their ";" and stay with a line feed.
+    // Imports are dropped at a ";" and kept at a line feed.
     {"import a from 'b';\n", "", "required: no node"},
     {"import a from 'b'\n", R"(define"import a from \'b\'"@1)", ""},
     {"  import a;\n", "", "cleaned first"},
     {"import\ta;\n", "", ""},
     {", import a;\n", "", ""},
     {") import a;\n", "", ""},
-    {"import;\n", R"(define"import"@1)", "no blank behind it"},
+    {"import;\n", R"(define"import"@1)", "no blank after it"},
     {"import(a);\n", R"(define"import(a"@1)", ""},
     {"imports a;\n", R"(line"imports a"@1)", ""},
     {"Import a;\n", R"(line"Import a"@1)", ""},
@@ -189,7 +189,7 @@ constexpr StatementCase kClassBlocks[] = {
      R"_(define"class A"@1 define"f(\'class\')"@3(line"a"@4))_", "what was pending stays"},
 };
 
-TEST(NodeEmission, OfBlocksInAndBehindAClass) { expectStatements(kClassBlocks); }
+TEST(NodeEmission, OfBlocksInAndAfterAClass) { expectStatements(kClassBlocks); }
 
 constexpr StatementCase kOtherText[] = {
     {"class A {\nm(x) {\n}\n}\n", R"_(container"class A"@1(container"m(x)"@2))_", ""},
@@ -201,15 +201,15 @@ constexpr StatementCase kOtherText[] = {
 
 TEST(NodeEmission, OfOtherText) { expectStatements(kOtherText, false); }
 
-TEST(NodeEmission, WhereTheTextHasImportsTheWrapperSaysSo) {
+TEST(NodeEmission, TheWrapperShowsWhetherTheTextHasImports) {
   const ScannerRun run =
       runScanner({"import x from 'y';\nconst z = require('z');\nlet w = 2;\n", "lib/a.b.txt"});
   EXPECT_EQ(dumpRecords(run.answer),
             R"(filepath"a.b.txt"@0 class"class ModuleScope"@0(classvar"let w = 2"@3))");
 }
 
-// The nodes that a scan made, in a run with both wrappers: all others are the root, the wrappers,
-// the node of the defines and the one that the record pass uses up.
+// The number of nodes made by the scan in a run with both wrappers. The other five are the root,
+// the wrappers, the defines node and the spare node of the record pass.
 int scannedNodes() { return currentIndex - 5; }
 
 TEST(NodeEmission, OfAnInvokedFunction) {
@@ -221,7 +221,7 @@ TEST(NodeEmission, OfAnInvokedFunction) {
 
 struct SilentCase {
   const char* chunk;  // before the end of the statement
-  int atLineFeed;     // nodes made
+  int atLineFeed;     // nodes made by then
   int atSemicolon;
   const char* why;
 };
@@ -250,7 +250,7 @@ constexpr SilentCase kSilent[] = {
     {"x});", 1, 1, ""},
 };
 
-TEST(NodeEmission, LeavesOutStatementsThatSayNothing) {
+TEST(NodeEmission, SkipsStatementsWithoutContent) {
   for (const SilentCase& row : kSilent) {
     SCOPED_TRACE(std::string(row.chunk) + "  // " + row.why);
     ScannerRequest request{"\n"};
@@ -264,7 +264,7 @@ TEST(NodeEmission, LeavesOutStatementsThatSayNothing) {
   }
 }
 
-// LABEL CODE of the nodes below node, in pre-order.
+// Lists "LABEL CODE" of the nodes below node, in pre-order.
 std::string codesBelow(const ObjectBranch* node) {
   std::string codes;
   for (const ObjectBranch* child : node->children) {
@@ -285,7 +285,7 @@ constexpr CodeCase kCodes[] = {
     {"a\nb;\n", "line 3, line 3"},
     {"import a\n", "define 4"},
     {"exports.a()\n", "define 4"},
-    {"exports.a();\n", "define 3"},  // the record pass gave it the label
+    {"exports.a();\n", "define 3"},  // labelled by the record pass
     {"b {\na;\n}\n", "define 4, line 3"},
     {"f(b) {\na;\n}\n", "container 2, line 3"},
     {"class A {\nf(b) {\na;\n}\n}\n", "define 4, define 4, line 3"},
@@ -293,7 +293,7 @@ constexpr CodeCase kCodes[] = {
 
 TEST(NodeEmission, SetsCodeAndLabelTogether) {
   for (const CodeCase& row : kCodes) {
-    // A root named ; gets no record and keeps its child list, and so does the namespace wrapper.
+    // A root named ; gets no record and keeps its child list; so does the namespace wrapper.
     const ScannerRun run = runScanner({row.text, "lib/;"});
     ASSERT_EQ(run.root->children.size(), 2u) << row.text;
     const ObjectBranch* scope = run.root->children[0];
@@ -302,7 +302,7 @@ TEST(NodeEmission, SetsCodeAndLabelTogether) {
   }
 }
 
-TEST(NodeEmission, GivesEachNodeThePathAndNoTagsOfItsOwn) {
+TEST(NodeEmission, SetsThePathButNoTags) {
   const ScannerRun run = runScanner({"a\nb;\nc {\nd;\n}\nf(e) {\ng;\n", "dir/;"});
   const ObjectBranch* wrapper = run.root->children.at(0)->children.at(0);
   std::vector<const ObjectBranch*> open{wrapper->children.begin(), wrapper->children.end()};
@@ -318,7 +318,7 @@ TEST(NodeEmission, GivesEachNodeThePathAndNoTagsOfItsOwn) {
   EXPECT_EQ(open[4]->parent, open[2]);
 }
 
-TEST(NodeEmission, NumbersNodesAsTheyArise) {
+TEST(NodeEmission, NumbersNodesInTheOrderOfTheirCreation) {
   EXPECT_EQ(runScanner({"a;\nb {\nc;\n}\nd\n"}).printed,
             "nodeid was 0 and now is 0\n"
             "nodeid was 2 and now is 1\n"
@@ -342,7 +342,7 @@ struct CountCase {
   const char* why;
 };
 
-// The root, the defines and the spare node of the record pass count once, and so do the wrappers.
+// The root, the wrappers, the defines and the spare node of the record pass count once.
 constexpr CountCase kCounts[] = {
     {"", "", 5, "no statement"},
     {"a\nb;\n", "", 9, "each statement's node counts twice"},

@@ -1,6 +1,5 @@
-// Holds the scanner, which moves runs of bytes and remembers what it knows of the chunk, against
-// the plain reading of its rules: the trees, the numbers, what is printed and what stays in the
-// chunk.
+// Compares the scanner, which moves runs of bytes and tracks the state of the chunk, with the
+// reference implementation: the trees, the numbers, the output and the final chunk.
 #include <iterator>
 #include <random>
 #include <set>
@@ -40,7 +39,7 @@ struct Scanned {
   int count = 0;
 };
 
-// Runs scan on a new tree, whose numbers begin at 1 so that it can be destroyed.
+// Runs scan on a new tree, numbered from 1 so that it can be destroyed.
 template <typename Scan>
 Scanned scanned(const Setting& setting, Scan scan) {
   currentIndex = 1;
@@ -49,7 +48,7 @@ Scanned scanned(const Setting& setting, Scan scan) {
   result.chunk = setting.chunk;
   result.root = addNode(nullptr, kBranchFilePath, "filepath", "a.txt", setting.path);
   ObjectBranch* start = result.root;
-  // Nodes take their path from the node at hand, so the wrappers have another one.
+  // Nodes copy the path of the current node, so the wrappers get a different one.
   if (setting.start != Start::kRoot)
     start = addNode(start, kBranchNone, "namespace", "namespace global", "below/" + setting.path);
   if (setting.start == Start::kClass)
@@ -60,8 +59,8 @@ Scanned scanned(const Setting& setting, Scan scan) {
   return result;
 }
 
-// Keeps the first difference. Nothing is asserted at the spot, since error nodes print to the
-// standard output that a failure would go to.
+// Keeps the first difference. Assertions come later, since error nodes print to the standard output
+// that a failure would also use.
 class Comparison {
  public:
   void operator()(const std::string& text, const Setting& setting) {

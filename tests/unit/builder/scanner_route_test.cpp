@@ -1,5 +1,5 @@
-// Whole runs of the scanner route: what the frame does around the scan, as far as statements show
-// it.
+// Whole runs of the scanner route: what the tree builder does around the scan, as far as statements
+// show it.
 #include <string>
 
 #include <gtest/gtest.h>
@@ -73,7 +73,7 @@ TEST(ScannerRouteRuns, WithANamespaceNameBeginsAtTheRoot) {
   }
 }
 
-// The namespace wrapper has no record, so what hangs under it has lost its parent.
+// The namespace wrapper has no record, so its children have lost their parent.
 constexpr RouteCase kRunsWithClass[] = {
     {"a.txt", "a\nb;\n", R"(filepath"a.txt"@0 line"a"@1 line"b"@2)", ""},
     {"a.txt", "f(c) {\nd;\n",
@@ -97,7 +97,7 @@ TEST(ScannerRouteRuns, MakesTheSameWrappersForOtherText) {
             R"(filepath"a.txt"@0 class"class ModuleScope"@0(define"import a"@1 container"b"@2))");
 }
 
-TEST(ScannerRouteRuns, NumbersTheFirstNodeOfTheScanBehindTheWrappers) {
+TEST(ScannerRouteRuns, NumbersTheFirstNodeOfTheScanAfterTheWrappers) {
   EXPECT_EQ(runScanner({"a\n"}).printed,
             "nodeid was 0 and now is 0\n"
             "nodeid was 2 and now is 1\n"
@@ -118,7 +118,7 @@ TEST(ScannerRouteRuns, AppendsTheDefinesAfterBoth) {
   ScannerRequest request{"}}q;}}}"};
   request.defines = {"x = 1; class", "y"};
   const ScannerRun run = runScanner(request);
-  ASSERT_EQ(run.root->children.size(), 2u) << "behind the repaired namespace";
+  ASSERT_EQ(run.root->children.size(), 2u) << "after the repaired namespace";
   const ObjectBranch* defines = run.root->children[1];
   EXPECT_EQ(defines->contents, "x = 1; class\ny");
   EXPECT_EQ(defines->branchType, kBranchAppendedDefine);
@@ -126,7 +126,7 @@ TEST(ScannerRouteRuns, AppendsTheDefinesAfterBoth) {
   EXPECT_TRUE(defines->children.empty());
 }
 
-TEST(ScannerRouteRuns, SaysTheSameOfTheSameTextAgain) {
+TEST(ScannerRouteRuns, RepeatsTheAnswerForTheSameText) {
   const ScannerRequest first{"class A {\nb;\n}\nf(c) {\n}\nfor (;;) d", "a.txt"};
   const ScannerRequest second{"}}}", "b.txt"};
   const ScannerRun run = runScanner(first);
@@ -136,7 +136,7 @@ TEST(ScannerRouteRuns, SaysTheSameOfTheSameTextAgain) {
   EXPECT_NE(run.answer, other.answer);
 }
 
-// What the entry point passes to the frame.
+// Arguments that the entry point passes to the tree builder.
 
 std::string parse(const std::string& path) {
   std::string answer;

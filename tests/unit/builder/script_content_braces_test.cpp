@@ -1,5 +1,4 @@
-// The braces of a line: which of them count, and what a line does that has more closing than
-// opening ones.
+// Which braces of a line count, and what a line with more closing than opening ones does.
 #include <string>
 
 #include <gtest/gtest.h>
@@ -21,8 +20,8 @@ std::string linesOf(const std::string& text) { return support::dumpChildren(pars
 
 struct ClosingCase {
   const char* line;
-  const char* nodes;  // what the line leaves in the innermost scope
-  int pops;           // of two open scopes
+  const char* nodes;  // added to the innermost scope
+  int pops;           // how many of two open scopes close
   const char* why;
 };
 
@@ -79,7 +78,7 @@ TEST(ScriptContentBraces, ALineWithMoreClosingBracesLeavesANodeAndPops) {
 }
 
 struct BraceCase {
-  const char* head;  // a function head: it opens a scope if one { counts
+  const char* head;  // a function head: opens a scope if one { counts
   bool opens;
   const char* why;
 };

@@ -32,7 +32,7 @@ struct ClassNameCase {
 
 constexpr ClassNameCase kClassNames[] = {
     {"/a/b/app.js", "App", "the first letter is raised"},
-    {"/a/my-app.min.js", "Myappmin", "the last extension goes, then what is no letter or digit"},
+    {"/a/my-app.min.js", "Myappmin", "the last extension goes, then what is not a letter or digit"},
     {"/a/_util.js", "util", "required: raised before the symbol goes"},
     {"/a/2d_math.mjs", "2dmath", "a digit stays in front"},
     {"/a/---.js", "Script", "nothing is left"},
@@ -46,7 +46,7 @@ constexpr ClassNameCase kClassNames[] = {
     {"/a/aBc.ts", "ABc", ""},
     {"/a/a b.js", "Ab", ""},
     {"/a/$scope.js", "scope", ""},
-    {"/a/{a.js", "a", "the neighbour behind the letters is not raised either"},
+    {"/a/{a.js", "a", "the neighbour after the letters is not raised either"},
     {"/a/a9z0AZ.js", "A9z0AZ", "both ends of each range stay"},
     {"/a/x@[`{:y.js", "Xy", "the neighbours of each range go"},
     {"/a/\xC3\xA9t\xC3\xA9.js", "t", "bytes above 0x7F are neither raised nor kept"},
@@ -80,14 +80,14 @@ constexpr ScopeCase kScopes[] = {
     {"notmodule.exportsx", "namespace commonjs:my-app.min", "required: also inside a word"},
     {"require('a');\nimport b", "namespace module:my-app.min", "module words win"},
     {"module.exports = a; export b", "namespace module:my-app.min", "module words win"},
-    {"import", "namespace global", "no blank behind it"},
+    {"import", "namespace global", "no blank after it"},
     {"import('a')", "namespace global", ""},
     {"import\ta", "namespace global", ""},
     {"export\n{ a }", "namespace global", ""},
     {"exports.a = 1", "namespace global", ""},
     {"Import a", "namespace global", "the case counts"},
     {"module.export=a", "namespace global", ""},
-    {"module.export = a", "namespace module:my-app.min", "required: a blank behind export"},
+    {"module.export = a", "namespace module:my-app.min", "required: a blank after export"},
     {"module .exports = a", "namespace global", ""},
     {"require ('a')", "namespace global", ""},
     {"require", "namespace global", ""},
@@ -141,7 +141,7 @@ TEST(ScriptFile, FillsBothScopeNodes) {
   EXPECT_EQ(currentIndex, 8);
 }
 
-TEST(ScriptFile, HangsTheLinesUnderTheClassNodeFromLineOne) {
+TEST(ScriptFile, AddsTheLinesUnderTheClassNodeFromLineOne) {
   ObjectBranch* root = newRoot();
   ParsePureJavaScript("\nfunction f() {\nreturn 1;\n}\nvar x = 1;\n", root, "a.js");
   EXPECT_EQ(support::dumpTree(root),

@@ -1,5 +1,5 @@
-// The limits of the line scanner: bytes a line, braces a line, lines a text and open scopes.
-// What is over a limit is dropped without a word.
+// The limits of the line scanner: bytes per line, braces per line, lines per text and open scopes.
+// Anything over a limit is dropped silently.
 #include <cstddef>
 #include <string>
 
@@ -52,7 +52,7 @@ TEST(ScriptContentLimits, TheLengthIsThatOfTheLineBeforeTrimming) {
   EXPECT_EQ(linesOf(line + "\r\nb\r\n"), "line\"b\"@2") << "a carriage return is a byte of it";
 }
 
-TEST(ScriptContentLimits, ADroppedLongLineMovesNoScope) {
+TEST(ScriptContentLimits, ADroppedLongLineChangesNoScope) {
   const std::string closing = "}" + std::string(kMaxLineBytes, ' ');
   const std::string opening = "function g() {" + std::string(kMaxLineBytes, ' ');
   EXPECT_EQ(linesOf("function f() {\n" + closing + "\na\n" + opening + "\nb\n"),
@@ -74,7 +74,7 @@ TEST(ScriptContentLimits, AHundredClosingBracesPop) {
             "function\"function f() {\"@1(function\"function g() {\"@2(line\"a\"@4))");
 }
 
-TEST(ScriptContentLimits, EachKindOfBraceHasALimitOfItsOwn) {
+TEST(ScriptContentLimits, EachKindOfBraceHasItsOwnLimit) {
   const std::string both = repeat("{}", kMaxBraces);
   EXPECT_EQ(linesOf(both + "\na\n"), "line\"" + both + "\"@1 line\"a\"@2");
   EXPECT_EQ(linesOf(both + "{\na\n"), "line\"a\"@2");
@@ -108,13 +108,13 @@ TEST(ScriptContentLimits, AScopeOverTheLimitTakesNoChildren) {
     scope = scope->children[0];
     ASSERT_EQ(scope->simpleFunctionName, "f" + std::to_string(i));
   }
-  // f998 holds f999, the last on the stack; f1000 is a child of it beside the next line.
+  // f998 contains f999, the last on the stack; f1000 is a child of it, next to the following line.
   EXPECT_EQ(support::dumpChildren(scope),
             "function\"function f999() {\"@999(function\"function f1000() {\"@1000 "
             "line\"inside\"@1001) line\"outside\"@1003");
 }
 
-TEST(ScriptContentLimits, NothingIsSaidAboutWhatIsDropped) {
+TEST(ScriptContentLimits, DroppingIsSilent) {
   const std::string text = std::string(kMaxLineBytes + 1, 'x') + "\n" +
                            repeat("{", kMaxBraces + 1) + "\n" + repeat("\n", kMaxLines) + "a\n";
   std::string errors;

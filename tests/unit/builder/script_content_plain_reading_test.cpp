@@ -1,5 +1,5 @@
-// Holds the script route, which works on slices of the text and shares one statement's parts among
-// its questions, against the plain reading of its rules.
+// Compares the script route, which works on slices of the text and shares one statement's parts
+// among its questions, with the reference implementation.
 #include "builder/script_content.h"
 
 #include <iterator>
@@ -20,7 +20,7 @@ namespace {
 
 using std::string_view_literals::operator""sv;
 
-// Both readings of each text, under nodes that are numbered from 1 so that they can be destroyed.
+// Parses each text both ways, under nodes numbered from 1 so that they can be destroyed.
 class Comparison {
  public:
   void operator()(const std::string& text) {
@@ -122,7 +122,7 @@ TEST(ScriptContentPlainReading, OfRandomFiles) {
   });
 }
 
-// Lines and scopes of about as many bytes, braces and open scopes as there may be.
+// Lines and scopes close to the limits for bytes, braces and open scopes.
 TEST(ScriptContentPlainReading, AroundTheLimits) {
   const std::string spaces(4'999, ' ');
   const std::string letters(5'000, 'z');

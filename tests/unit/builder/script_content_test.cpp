@@ -1,5 +1,5 @@
-// Lines of script text and the nodes they become: what a statement is taken for, and how the lines
-// of a text nest.
+// Lines of script text and their nodes: how a statement is classified, and how the lines of a text
+// nest.
 #include "builder/script_content.h"
 
 #include <cstddef>
@@ -14,7 +14,7 @@
 
 namespace {
 
-// A scope to hang lines under.
+// A scope for the lines.
 ObjectBranch* newTop() { return support::addNode(nullptr, kBranchClass, "class", "Top"); }
 
 ObjectBranch* parsed(const std::string& text, int startLine = 1) {
@@ -27,7 +27,7 @@ std::string linesOf(const std::string& text, int startLine = 1) {
   return support::dumpChildren(parsed(text, startLine));
 }
 
-// CONTENTS=NAME for each node below node that has a simpleFunctionName, in pre-order.
+// Lists CONTENTS=NAME for each node below node that has a simpleFunctionName, in pre-order.
 std::string namesOf(const ObjectBranch* node) {
   std::string names;
   for (const ObjectBranch* child : node->children) {
@@ -54,8 +54,8 @@ constexpr StatementCase kStatements[] = {
      "required: a balanced line opens a scope too"},
     {"async function foo() {", kBranchFunction, "function", "foo", true, ""},
     {"export function foo() {", kBranchFunction, "function", "foo", true, ""},
-    {"function (a) {", kBranchFunction, "function", "(", true, "required: the part behind it"},
-    {"function* gen() {", kBranchFunction, "function", "*", true, "required: the part behind it"},
+    {"function (a) {", kBranchFunction, "function", "(", true, "required: the part after it"},
+    {"function* gen() {", kBranchFunction, "function", "*", true, "required: the part after it"},
     {"function", kBranchFunction, "function", "", false, "no name leaves the name empty"},
     {"return function() {", kBranchFunction, "function", "function", true, "a function first"},
     {"foo(function() {", kBranchFunction, "function", "foo", true, "named after the call"},
@@ -69,7 +69,7 @@ constexpr StatementCase kStatements[] = {
     {"for (i = 0; i < n; i++) {", kBranchFunction, "function", "for", true, "required"},
     {"switch (x) {", kBranchFunction, "function", "switch", true, "required: a function"},
     {"label: for (;;) {", kBranchFunction, "function", "for", true, "required: a function"},
-    {"if (x) y = { a: 1 };", kBranchFunction, "function", "if", true, "required: any { behind )"},
+    {"if (x) y = { a: 1 };", kBranchFunction, "function", "if", true, "required: any { after )"},
     {"} else if (x) {", kBranchFunction, "function", "if", true, "required: pushed, not popped"},
     {"} catch (e) {", kBranchFunction, "function", "catch", true, "required: pushed, not popped"},
     {"class A {", kBranchClass, "class", "", true, ""},
@@ -109,7 +109,7 @@ constexpr StatementCase kStatements[] = {
     {"return {", kBranchLine, "line", "", false, "a literal opens nothing"},
     {"foo();", kBranchLine, "line", "", false, ""},
     {"p: 1", kBranchLine, "line", "", false, ""},
-    {"x =", kBranchLine, "line", "", false, "nothing behind the operator"},
+    {"x =", kBranchLine, "line", "", false, "nothing after the operator"},
     {"x == 1;", kBranchLine, "line", "", false, ""},
     {"import a from 'a';", kBranchLine, "line", "", false, "imports are labelled later"},
     {"items.forEach((i) => {", kBranchLine, "line", "", false, "required: a dotted call"},
@@ -124,7 +124,7 @@ constexpr StatementCase kStatements[] = {
     {"caf\xC3\xA9();", kBranchLine, "line", "", false, "bytes above 0x7F are kept"},
 };
 
-TEST(ScriptContentStatement, IsClassifiedByTheFirstTestThatHolds) {
+TEST(ScriptContentStatement, IsClassifiedByTheFirstMatchingTest) {
   for (const StatementCase& row : kStatements) {
     SCOPED_TRACE(std::string(row.line) + "  // " + row.why);
     const ObjectBranch* top = parsed(std::string(row.line) + "\nnext\n");
@@ -182,7 +182,7 @@ constexpr TextCase kTexts[] = {
     {"\n", "", "an empty line"},
     {" \t\r\n\f\n", "", "lines of white space"},
     {"a", "line\"a\"@1", "a last line without line feed"},
-    {"a\n", "line\"a\"@1", "no empty line behind the last line feed"},
+    {"a\n", "line\"a\"@1", "no empty line after the last line feed"},
     {"a\n\n\nb\n", "line\"a\"@1 line\"b\"@4", "empty lines count"},
     {"a\r\nb\r\n", "line\"a\"@1 line\"b\"@2", "carriage returns are white space"},
     {"a\rb\n", "line\"a b\"@1", "a carriage return alone ends no line"},
@@ -257,7 +257,7 @@ TEST(ScriptContent, WithoutTextOrParentDoesNothing) {
   EXPECT_TRUE(top->children.empty());
 }
 
-TEST(ScriptContent, HangsBehindTheChildrenThatTheParentHas) {
+TEST(ScriptContent, AppendsToTheParentsChildren) {
   ObjectBranch* top = parsed("a\n");
   ParseScriptContent("b {\n}\n", top, "a.js", 1);
   EXPECT_EQ(support::dumpChildren(top), "line\"a\"@1 line\"b {\"@1");

@@ -1,4 +1,5 @@
-// The page route from its wrappers to the records: what hangs where, and which passes reach it.
+// The page route from its wrappers to the records: where nodes are attached, and which passes reach
+// them.
 #include <cstddef>
 #include <string>
 #include <vector>
@@ -39,7 +40,7 @@ std::string wrapped(const std::string& elements, const std::string& document = "
          elements + ")))";
 }
 
-TEST(TreeBuilderPage, HangsElementsUnderTheSecondWrapperFromLineZero) {
+TEST(TreeBuilderPage, AddsElementsUnderTheSecondWrapperFromLineZero) {
   EXPECT_EQ(pageOf("<p>x</p>\n<a href=u>").tree(),
             wrapped("htmlelement\"p: \"x\"\"@0 htmlelement\"a\"@1(link\"href: u\"@1)"));
 }
@@ -50,7 +51,7 @@ TEST(TreeBuilderPage, ShowsTextOutsideElementsInTheSecondWrapper) {
 
 TEST(TreeBuilderPage, NumbersTheWrappersFirst) {
   const Page page = pageOf("<p></p><a href=u></a>");
-  // The root, two wrappers, p, a, its link, the defines and the record pass's own node.
+  // The root, two wrappers, p, a, its link, the defines and the spare node of the record pass.
   EXPECT_EQ(currentIndex, 8);
   EXPECT_EQ(valuesOf(page.answer, "nodeID"), (Values{"0", "1", "2", "3", "4", "5"}));
   EXPECT_EQ(valuesOf(page.answer, "parentID"), (Values{"-1", "0", "1", "2", "2", "4"}));
@@ -73,7 +74,7 @@ TEST(TreeBuilderPage, LooksForClassesInElementsLinksAndStatements) {
                     "htmlelement\"script\"@0(class\"script\"@1(class\"use(x.classList);\"@1))"));
 }
 
-TEST(TreeBuilderPage, LooksNoFurtherThanTheFirstClass) {
+TEST(TreeBuilderPage, StopsAtTheFirstClass) {
   const std::string statement = "<script>use(x.classList);</script>";
   EXPECT_EQ(pageOf("<p>a class" + statement).tree(),
             wrapped("class\"p: \"a class\"\"@0(htmlelement\"script\"@0(class\"script\"@1("
@@ -83,17 +84,17 @@ TEST(TreeBuilderPage, LooksNoFurtherThanTheFirstClass) {
                     "HTMLDocument: \"a class\""));
 }
 
-TEST(TreeBuilderPage, CutsBraceOnlyNodesWithAllBelowThem) {
+TEST(TreeBuilderPage, RemovesBraceOnlyNodesWithTheirSubtrees) {
   const Page elements = pageOf("<{><a></a></{><};><u></u></};><><b></b></><i></i>");
   EXPECT_EQ(elements.tree(), wrapped("htmlelement\"i\"@0"));
   EXPECT_EQ(valuesOf(elements.answer, "contents"),
             (Values{"\"a.html\"", "\"namespace document\"", "\"HTMLDocument\"", "\"i\""}))
-      << "what lies in them is no orphan either";
+      << "what lies in them is not an orphan either";
   EXPECT_EQ(pageOf("<script>\na({\n};\n</script>").tree(),
             wrapped("htmlelement\"script\"@0(class\"script\"@1(line\"a({\"@2))"));
 }
 
-TEST(TreeBuilderPage, KeepsWhatHangsUnderOtherDroppedTexts) {
+TEST(TreeBuilderPage, KeepsTheChildrenOfOtherDroppedTexts) {
   const Page page = pageOf("<});><a></a></});><i></i>");
   EXPECT_EQ(page.tree(), wrapped("htmlelement\"i\"@0"));
   EXPECT_EQ(valuesOf(page.answer, "contents"),
@@ -107,20 +108,20 @@ TEST(TreeBuilderPage, DoesNotSplitStatements) {
                     "line\"go(); if (a) { b(); c(); }\"@1))"));
 }
 
-TEST(TreeBuilderPage, PutsTheDefinesBehindTheDocument) {
+TEST(TreeBuilderPage, PutsTheDefinesAfterTheDocument) {
   EXPECT_EQ(pageOf("<p>", "a.html", {"A", "B 1"}).tree(),
             "filepath\"a.html\"@0(namespace\"namespace document\"@0(class\"HTMLDocument\"@0("
             "htmlelement\"p\"@0)) preprocessor\"A\\nB 1\"@0)");
 }
 
-TEST(TreeBuilderPage, NamesFunctionsByWhatTheyQuote) {
+TEST(TreeBuilderPage, NamesFunctionsByTheirQuotedText) {
   const std::string line = "on('click', function () {";
   EXPECT_EQ(valuesOf(pageOf("<script>" + line + "</script>").answer, "simpleFunctionName").back(),
             "\"on(\\'click\\')\"");
   EXPECT_EQ(valuesOf(pageOf(line, "a.js").answer, "simpleFunctionName").back(), "\"on\"");
 }
 
-TEST(TreeBuilderPage, HasNoLimitOfItsOwn) {
+TEST(TreeBuilderPage, HasNoOwnLimit) {
   const std::size_t tenMebibytes = 10'485'760;
   EXPECT_EQ(pageOf("<!--" + std::string(tenMebibytes, ' ') + "><p>").tree(),
             wrapped("htmlelement\"p\"@0"));

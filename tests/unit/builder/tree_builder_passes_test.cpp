@@ -1,5 +1,5 @@
-// The passes that each route runs over its tree, and their order. Nodes that hang under the root
-// beforehand go through the same passes as those that the route makes.
+// The passes that each route runs over its tree, and their order. Nodes added to the root
+// beforehand go through the same passes as those of the route.
 #include <string>
 #include <vector>
 
@@ -62,7 +62,7 @@ TEST(TreeBuilderPasses, NoRouteHasADefinesRecordWithoutDefines) {
   }
 }
 
-TEST(TreeBuilderPasses, OnlyTheScannerRouteKeepsWhatHangsUnderABrace) {
+TEST(TreeBuilderPasses, OnlyTheScannerRouteKeepsTheChildrenOfABrace) {
   for (const char* path : kPaths) {
     ObjectBranch* root = newRoot();
     addNode(addNode(root, kBranchLine, "line", "{"), kBranchLine, "line", "inside");
@@ -72,7 +72,7 @@ TEST(TreeBuilderPasses, OnlyTheScannerRouteKeepsWhatHangsUnderABrace) {
   }
 }
 
-TEST(TreeBuilderPasses, WhatHangsUnderOtherDroppedTextsIsKept) {
+TEST(TreeBuilderPasses, TheChildrenOfOtherDroppedTextsAreKept) {
   for (const char* path : kPaths) {
     ObjectBranch* root = newRoot();
     ObjectBranch* orphan =
@@ -83,7 +83,7 @@ TEST(TreeBuilderPasses, WhatHangsUnderOtherDroppedTextsIsKept) {
   }
 }
 
-TEST(TreeBuilderPasses, TakeBraceOnlyLinesOutOfAScriptFile) {
+TEST(TreeBuilderPasses, RemoveBraceOnlyLinesFromAScriptFile) {
   const std::string answer =
       build("app.js", newRoot(), "a({\nb\n};\nc\n});\nvar classes = 1;\nel.classList.add(x);\n");
   EXPECT_EQ(valuesOf(answer, "contents"),

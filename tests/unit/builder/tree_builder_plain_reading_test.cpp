@@ -1,6 +1,5 @@
-// Holds the frame of a run against the plain reading of its rules, with the arguments that ParseJS
-// does not use: names that leave wrappers out, text that is no script, and a chunk that holds
-// something.
+// Compares the tree builder with the reference implementation, with arguments that ParseJS does not
+// use: names that leave wrappers out, text that is not a script, and a chunk that is not empty.
 #include "builder/tree_builder.h"
 
 #include <iterator>

@@ -1,5 +1,5 @@
 // The scanner route's scope word and wrapper nodes. Texts end before their first statement does, or
-// only the wrappers are looked at, so that nothing here depends on how statements are scanned.
+// only the wrappers are checked, so that nothing here depends on how statements are scanned.
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -42,9 +42,9 @@ ObjectBranch* newRoot() {
   return root;
 }
 
-// A root that shares its number with the node that is made next, the namespace wrapper. The record
-// pass drops that wrapper, but it knows child list entries by their numbers: one that bears a kept
-// node's number stays in its list, where the tests can look at it.
+// A root with the same number as the next node, the namespace wrapper. The record pass drops that
+// wrapper but knows child list entries by their numbers: an entry with a kept node's number stays
+// in its list, where the tests can check it.
 ObjectBranch* newSharingRoot() {
   currentIndex = 0;
   ObjectBranch* root = allocateObjectBranch();
@@ -89,18 +89,18 @@ const ScopeCase kScopes[] = {
     {"noext", "import x", "namespace module:noext", "class ModuleScope", ""},
     {"d/.txt", "import x", "namespace module:", "class ModuleScope", "an empty name"},
     {"C:\\d\\a.txt", "import x", "namespace module:a", "class ModuleScope", "backslashes"},
-    {"a.txt", "import", "namespace global", "class GlobalScope", "no blank behind it"},
+    {"a.txt", "import", "namespace global", "class GlobalScope", "no blank after it"},
     {"a.txt", "import\nx", "namespace global", "class GlobalScope", ""},
     {"a.txt", "exports x", "namespace global", "class GlobalScope", ""},
     {"a.txt", "Import x", "namespace global", "class GlobalScope", "the case counts"},
     {"a.txt", "module.export", "namespace global", "class GlobalScope", ""},
     {"a.txt", "require (", "namespace global", "class GlobalScope", ""},
-    // Wrapped functions: they come last and win.
+    // Wrapped functions are checked last and win.
     {"a.txt", "(function() {", "namespace iife:a", "class IIFEScope", ""},
     {"a.txt", "(() => {", "namespace iife:a", "class IIFEScope", ""},
     {"lib/a.b.txt", "(x => 1", "namespace iife:a.b", "class IIFEScope", ""},
     {"a.txt", " \n\t\f(function() { require('x')", "namespace iife:a", "class IIFEScope",
-     "behind white space, and over a module word"},
+     "after white space, and over a module word"},
     {"a.txt", "(functional", "namespace iife:a", "class IIFEScope", "required: inside a word"},
     {"a.txt", "('=>'", "namespace iife:a", "class IIFEScope", "required: in a string"},
     {"a.txt", "(", "namespace global", "class GlobalScope", ""},
@@ -116,7 +116,7 @@ const ScopeCase kScopes[] = {
     {"a.txt", " (" + kPad.substr(0, 41) + "function", "namespace iife:a", "class IIFEScope",
      "the 50 bytes are those of the trimmed text"},
     {"a.txt", "(" + kPad + "function import x", "namespace module:a", "class ModuleScope", ""},
-    // The browser scope is never chosen: an extension holds no dot.
+    // The browser scope is never chosen: an extension contains no dot.
     {"a.html.bak", "x", "namespace global", "class GlobalScope", "required"},
     {"a.HTML", "x", "namespace global", "class GlobalScope", "required"},
     {"dir.html/a", "x", "namespace global", "class GlobalScope", "required"},
@@ -155,7 +155,7 @@ TEST(ScannerWrappers, CarryTheirTagsAndNoCodeOfTheirOwn) {
   EXPECT_EQ(found.wrapper->functionID, -1);
 }
 
-TEST(ScannerWrappers, AreNumberedBehindTheRoot) {
+TEST(ScannerWrappers, AreNumberedAfterTheRoot) {
   // A root named ; gets no record and keeps its child list as it was.
   const Built built = buildOn(newRoot(), "lib/;", "");
   const Wrappers found = wrappersOf(built.root);
@@ -169,7 +169,7 @@ TEST(ScannerWrappers, AreNumberedBehindTheRoot) {
   EXPECT_EQ(built.root->children[1]->nodeID, 3) << "the next number";
 }
 
-TEST(ScannerWrappers, OfANameWithClassInItTheScopeHasARecordInstead) {
+TEST(ScannerWrappers, WithClassInTheFileNameTheScopeHasTheRecord) {
   const Built built = buildOn(newRoot(), "myclass.txt", "import x");
   EXPECT_EQ(valuesOf(built.answer, "contents"),
             (Values{"\"myclass.txt\"", "\"namespace module:myclass\""}));
@@ -177,7 +177,7 @@ TEST(ScannerWrappers, OfANameWithClassInItTheScopeHasARecordInstead) {
   EXPECT_EQ(valuesOf(built.answer, "parentID"), (Values{"-1", "0"}));
 }
 
-// The answer of the scanner route for a text in which no statement ends.
+// Returns the answer of the scanner route for a text in which no statement ends.
 std::string answerWithoutStatements(const std::string& name, const std::string& wrapper) {
   const std::string fixed =
       "    \"fileID\": 0,\n"

@@ -1,4 +1,4 @@
-// The frame of a run: the root, the choice of route and the nodes that each route begins with.
+// The tree builder: the root, the choice of route and the first nodes of each route.
 #include "builder/tree_builder.h"
 
 #include <cstdint>
@@ -18,7 +18,7 @@ namespace {
 using support::valuesOf;
 using Values = std::vector<std::string>;
 
-// A root as the callers of the frame make it: numbered 0, and nothing else set.
+// A root as the tree builder's callers make it: numbered 0, with no other field set.
 ObjectBranch* newRoot() {
   currentIndex = 0;
   ObjectBranch* root = allocateObjectBranch();
@@ -81,7 +81,7 @@ TEST(TreeBuilderRoute, IsChosenByTheExtensionAlone) {
     EXPECT_EQ(routeOf(std::string(path)), "scanner") << testing::PrintToString(path);
 }
 
-TEST(TreeBuilder, WithoutRootIsAnErrorAndTouchesNothing) {
+TEST(TreeBuilder, WithoutRootIsAnErrorAndChangesNothing) {
   currentIndex = 5;
   objectCount = 6;
   chunk = "left";
@@ -105,7 +105,7 @@ constexpr RootCase kRoots[] = {
     {"dir.d/noext", "noext"}, {"./../a b.txt", "a b.txt"},
 };
 
-TEST(TreeBuilder, MakesAFileNodeOfTheRoot) {
+TEST(TreeBuilder, TurnsTheRootIntoAFileNode) {
   for (const RootCase& row : kRoots) {
     SCOPED_TRACE(row.path);
     ObjectBranch* root = newRoot();
@@ -153,12 +153,12 @@ TEST(TreeBuilderPage, BeginsWithTwoWrappers) {
   EXPECT_EQ(valuesOf(answer, "parentID"), (Values{"-1", "0", "1"}));
 }
 
-TEST(TreeBuilderPage, TakesNoNoticeOfTheNamesAndTheLanguage) {
+TEST(TreeBuilderPage, IgnoresTheNamesAndTheLanguage) {
   const std::string plain = build({"a.html", ""});
   EXPECT_EQ(build({"a.html", "", "N", "C", false}), plain);
 }
 
-TEST(TreeBuilderScript, HangsTheLinesUnderTwoScopeNodes) {
+TEST(TreeBuilderScript, AddsTheLinesUnderTwoScopeNodes) {
   ObjectBranch* root = newRoot();
   build({"dir/app.js", "function f() {\nreturn 1;\n}\nif (x) {\nconst y = 2;\n}\n"}, root);
   EXPECT_EQ(support::dumpTree(root),
@@ -167,21 +167,21 @@ TEST(TreeBuilderScript, HangsTheLinesUnderTwoScopeNodes) {
             "logic\"if (x) {\"@4(line\"const y = 2;\"@5))))");
 }
 
-TEST(TreeBuilderScript, OfAnEmptyTextHasTheScopeNodesAlone) {
+TEST(TreeBuilderScript, OfAnEmptyTextHasOnlyTheScopeNodes) {
   ObjectBranch* root = newRoot();
   build({"a.js", ""}, root);
   EXPECT_EQ(support::dumpTree(root),
             "filepath\"a.js\"@0(namespace\"namespace global\"@0(class\"A\"@0))");
 }
 
-TEST(TreeBuilderScript, TakesNoNoticeOfTheNamesAndTheLanguage) {
+TEST(TreeBuilderScript, IgnoresTheNamesAndTheLanguage) {
   const std::string text = "function f() {\nx = [1];\n}\n";
   const std::string plain = build({"a.js", text});
   EXPECT_EQ(build({"a.js", text, "N", "", true}), plain);
   EXPECT_EQ(build({"a.js", text, "N", "C", false}), plain);
 }
 
-TEST(TreeBuilderScript, LeavesTheChunkOfTheScannerAlone) {
+TEST(TreeBuilderScript, DoesNotChangeTheScannersChunk) {
   chunk = "left";
   build({"a.js", "a\n"});
   EXPECT_EQ(chunk, "left");
@@ -194,7 +194,7 @@ TEST(TreeBuilderScript, CarriesANulThroughToTheRecords) {
             (Values{"\"a.js\"", "\"namespace global\"", "\"A\"", "\"a" + nul + "b\"", "\"c\""}));
 }
 
-TEST(TreeBuilderScript, SaysTheSameOfTheSameTextAgain) {
+TEST(TreeBuilderScript, RepeatsTheAnswerForTheSameText) {
   const Request first{"a.js", "import a from 'a';\nclass B {\nm() {\n}\n}\n", "", "", true, {"D"}};
   const Request second{"b.js", "x = 1;\n"};
   const std::string answer = build(first);

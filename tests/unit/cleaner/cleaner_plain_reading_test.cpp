@@ -1,5 +1,5 @@
-// Holds the passes, which work in place and move runs of bytes, against the plain reading of their
-// rules.
+// Compares the passes, which work in place and move runs of bytes, with the reference
+// implementation.
 #include <string>
 #include <string_view>
 #include <utility>
@@ -101,8 +101,8 @@ TEST(CleanerPlainReading, CommentStrippingOfRandomTexts) {
   forRandomTexts(kMarkerPieces, 12, 500'000, expectPlainStripping);
 }
 
-// Keeps the first text whose simulation differs, escaped. Nothing is asserted at the spot, since
-// the pass writes its report to the standard output that a failure would go to.
+// Keeps the first text whose simulation differs, escaped. Assertions come later, since the pass
+// writes its report to the standard output that a failure would also use.
 class SimulationDifference {
  public:
   explicit SimulationDifference(std::vector<std::string_view> known) : known_(std::move(known)) {}
@@ -129,7 +129,7 @@ class SimulationDifference {
   std::string plainReport_;
 };
 
-// Runs the texts and expects no difference, in the report neither.
+// Runs the texts and expects no difference, including the report.
 template <typename Run>
 std::string expectPlainSimulation(std::vector<std::string_view> known, Run run) {
   SimulationDifference difference(std::move(known));

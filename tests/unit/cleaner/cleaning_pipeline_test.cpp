@@ -1,5 +1,5 @@
-// The order of the passes, and the passes that the pipeline owns itself: page comments and the
-// plain replacement. What the other passes do in depth is tested beside them.
+// The order of the passes, and the pipeline's own passes: page comments and the plain replacement.
+// The other passes have their own tests.
 
 #include <string>
 #include <string_view>
@@ -103,8 +103,8 @@ TEST(CleaningPipeline, Replacements) {
 struct PipelineCase {
   std::string_view why;
   std::string_view text;
-  std::string_view known;    // the names that conditions are held against
-  std::string_view defines;  // what the running list holds before
+  std::string_view known;    // names for conditions
+  std::string_view defines;  // the running list before the call
   std::string_view cleaned;
   std::string_view definesAfter;
 };
@@ -177,7 +177,7 @@ TEST(CleaningPipeline, WholeTexts) {
   }
 }
 
-// Whatever a call leaves open is forgotten; only the list of names goes on growing.
+// Whatever a call leaves open is forgotten; only the list of names keeps growing.
 TEST(CleaningPipeline, NothingIsKeptBetweenCalls) {
   Cleaner cleaner;
   std::vector<std::string> defines;

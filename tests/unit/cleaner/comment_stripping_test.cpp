@@ -1,5 +1,5 @@
-// The stripper is one state machine over all bytes of a file, so most rows here are about two of
-// its states meeting: a byte that is copied unseen, a bracket in a string, a marker in a comment.
+// The stripper is one state machine over all bytes of a file, so most rows here combine two of its
+// states: a byte that is copied blindly, a bracket in a string, a marker in a comment.
 
 #include <cstddef>
 #include <string>
@@ -203,7 +203,7 @@ constexpr Case kOddBytes[] = {
     {"between a star and a slash", "/*a*\x01/ b"sv, "a "sv},
 };
 
-// Whether the row holds behind that text, which has no comment.
+// Whether the row also holds after before, which contains no comment.
 bool expectStripped(const Case& row, const std::string& before) {
   SCOPED_TRACE(testing::Message() << row.why << ": " << testing::PrintToString(row.text)
                                   << " behind " << before.size() << " line feeds");
@@ -220,8 +220,8 @@ bool expectStripped(const Case& row, const std::string& before) {
   return true;
 }
 
-// The state behind a line feed in code is the state in which a text starts, so a row holds at any
-// offset, in whatever pieces the text is read.
+// The state after a line feed in code is the initial state, so a row holds at any offset, however
+// the text is divided into blocks.
 template <std::size_t kCount>
 void expectStrippedAtAnyOffset(const Case (&rows)[kCount]) {
   for (const Case& row : rows) {
@@ -236,7 +236,7 @@ TEST(CommentStripping, BracketsAtTheStartOfAStatement) { expectStrippedAtAnyOffs
 TEST(CommentStripping, MarkerRuns) { expectStrippedAtAnyOffset(kMarkerRuns); }
 TEST(CommentStripping, OddBytes) { expectStrippedAtAnyOffset(kOddBytes); }
 
-// What each byte value becomes between two letters.
+// Each byte value between two letters.
 TEST(CommentStripping, EveryByteValue) {
   Cleaner cleaner;
   for (int value = 0; value < 256; ++value) {
@@ -247,7 +247,7 @@ TEST(CommentStripping, EveryByteValue) {
   }
 }
 
-// Plain runs of any length around a comment: nothing of them may be lost or doubled.
+// Plain runs of any length around a comment: no byte may be lost or duplicated.
 TEST(CommentStripping, EveryLengthOfRun) {
   Cleaner cleaner;
   for (std::size_t length = 1; length <= 140; ++length) {
@@ -267,7 +267,7 @@ TEST(CommentStripping, NothingIsKeptBetweenCalls) {
   }
 }
 
-// required: an opener within a comment that never ends lets each next byte out.
+// required: inside a comment that never ends, each opener lets the next byte through.
 TEST(CommentStripping, ManyOpenersWithoutACloser) {
   constexpr std::size_t kOpeners = 200'000;
   std::string text;

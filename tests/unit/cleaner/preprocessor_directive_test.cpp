@@ -1,4 +1,4 @@
-// One directive line by itself: its words, and whether it opens a live branch.
+// One directive line: its words, and whether it opens an active branch.
 
 #include <cstdint>
 #include <limits>
@@ -85,7 +85,7 @@ constexpr StateCase kStates[] = {
     {"#else", 2, "", false},
     {"#else", -2, "", false},
 
-    // -1 makes every answer false, and no other number does.
+    // Only -1 makes every answer false.
     {"#include <a.h>", -1, "", false},
     {"#define A", -1, "", false},
     {"#ifdef X", -1, "X", false},

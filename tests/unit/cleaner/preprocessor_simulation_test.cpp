@@ -1,5 +1,5 @@
-// The line-wise directive pass. A row's output has exactly the line feeds of its text, which is
-// checked for each row besides the bytes themselves.
+// The line-wise directive pass. Each row's output must have exactly the line feeds of its text,
+// which is checked in addition to the bytes.
 
 #include <algorithm>
 #include <cstddef>
@@ -20,10 +20,10 @@ using support::names;
 
 struct Case {
   std::string_view why;
-  std::string_view known;  // the names that conditions are held against
+  std::string_view known;  // names for conditions
   std::string_view text;
   std::string_view output;
-  std::string_view gained;  // the names that the running list gains
+  std::string_view gained;  // names added to the running list
 };
 
 constexpr Case kPlainLines[] = {
@@ -218,7 +218,7 @@ constexpr Case kNesting[] = {
      "A,Q"},
 };
 
-// required: the line behind a condition in a dead branch is read as a directive's text, whatever it
+// required: the line after a condition in an inactive branch is read as a directive, whatever it
 // begins with.
 constexpr Case kSwallowedLines[] = {
     {"a plain line", "", "#ifdef A\n#ifdef B\nx\n#endif\n#endif\ny\n"sv, "\n\n\n\n\ny\n"sv, "A,B"},
@@ -251,7 +251,7 @@ constexpr Case kSwallowedLines[] = {
     {"the text may end with it", "", "#ifdef A\n#ifdef B\nx"sv, "\n\n"sv, "A,B"},
 };
 
-// A closer without an opener is dropped like an unknown directive.
+// An unmatched #elif, #else or #endif is dropped like an unknown directive.
 constexpr Case kStrays[] = {
     {"an end", "", "#endif\n  a\n"sv, "\na\n"sv, ""},
     {"several ends", "", "#endif\n#endif\n#endif\na\n"sv, "\n\n\na\n"sv, ""},
@@ -283,7 +283,7 @@ void expectSimulated(const Case& row, std::size_t linesBefore) {
             std::count(row.text.begin(), row.text.end(), '\n'));
 }
 
-// The state behind an empty line is the one in which a text starts.
+// The state after an empty line is the initial state.
 template <std::size_t kCount>
 void expectSimulatedAnywhere(const Case (&rows)[kCount]) {
   for (const Case& row : rows)
@@ -299,14 +299,14 @@ TEST(PreprocessorSimulation, Nesting) { expectSimulatedAnywhere(kNesting); }
 TEST(PreprocessorSimulation, SwallowedLines) { expectSimulatedAnywhere(kSwallowedLines); }
 TEST(PreprocessorSimulation, Strays) { expectSimulatedAnywhere(kStrays); }
 
-TEST(PreprocessorSimulation, NamesGoBehindWhatTheListHolds) {
+TEST(PreprocessorSimulation, NamesAreAppendedToTheList) {
   std::vector<std::string> defines = names("B,B,a");
   EXPECT_EQ(Cleaner().PreProcessorSimulation("#if A\n#endif\n#ifdef B\nb\n#endif\n", {}, defines),
             "\n\n\n\n\n");
   EXPECT_EQ(defines, names("B,B,a,A"));
 }
 
-// A condition without a name finds nothing, not even the empty name.
+// A condition without a name matches nothing, not even the empty name.
 TEST(PreprocessorSimulation, NoNameIsNotTheEmptyName) {
   std::vector<std::string> defines;
   EXPECT_EQ(

@@ -26,7 +26,7 @@ TEST(AnswerTable, KnowsNothingAtFirst) {
     EXPECT_EQ(table.of(id).known, 0) << id;
 }
 
-TEST(AnswerTable, KeepsWhatWasNotedOfANumber) {
+TEST(AnswerTable, KeepsTheAnswersNotedForANumber) {
   AnswerTable table(5);
   table.note(7, askedStatement());
   EXPECT_EQ(table.of(7).known, askedStatement().answers().known);
@@ -35,7 +35,7 @@ TEST(AnswerTable, KeepsWhatWasNotedOfANumber) {
   EXPECT_EQ(table.of(8).known, 0);
 }
 
-TEST(AnswerTable, LeavesOutNumbersBeforeItsFirst) {
+TEST(AnswerTable, IgnoresNumbersBelowItsFirst) {
   AnswerTable table(5);
   table.note(4, askedStatement());
   table.note(std::numeric_limits<std::int32_t>::min(), askedStatement());
@@ -53,7 +53,7 @@ TEST(AnswerTable, CountsFromItsFirstNumber) {
   EXPECT_EQ(table.of(first + 2).known, 0);
 }
 
-// What is known is not worked out again: a statement that is told the opposite believes it.
+// Known answers are not recomputed: a statement given a wrong answer returns it.
 TEST(Statement, TakesOverKnownAnswers) {
   Statement statement;
   statement.reset("while (a) {", askedStatement().answers());
@@ -65,7 +65,7 @@ TEST(Statement, TakesOverKnownAnswers) {
   EXPECT_TRUE(detect::isLoop(statement));
 }
 
-TEST(Statement, GivesPartsOneByOneOrAllAtOnce) {
+TEST(Statement, ReturnsPartsOneByOneOrAllAtOnce) {
   Statement statement("a = 'b';");
   ASSERT_NE(statement.part(1), nullptr);
   EXPECT_EQ(statement.part(1)->str(), "=");

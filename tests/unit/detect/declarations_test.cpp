@@ -9,7 +9,7 @@ namespace {
 
 using namespace std::string_view_literals;
 
-// One statement and what three detectors say of it.
+// One statement and the answers of three detectors.
 struct DeclarationCase {
   std::string_view text;
   bool function;
@@ -20,7 +20,7 @@ struct DeclarationCase {
 
 constexpr DeclarationCase kFunctionHeads[] = {
     {"function foo(a, b) {", true, false, "foo"},
-    {"function (a) {", true, false, "(", "required: the part behind the word is the name"},
+    {"function (a) {", true, false, "(", "required: the part after the word is the name"},
     {"function() {", true, false, "("},
     {"function", true, false, ""},
     {"function* gen() {", true, false, "*", "required: of a generator the star is the name"},
@@ -34,7 +34,7 @@ constexpr DeclarationCase kFunctionHeads[] = {
     {"async function f(a = 1)", true, false, "f"},
     {"async\n function f", true, false, "f"},
     {"async foo() {", true, false, "foo"},
-    {"async foo.bar() {", false, false, "foo.bar", "a name with a dot is taken for a call"},
+    {"async foo.bar() {", false, false, "foo.bar", "a name with a dot is treated as a call"},
     {"async  (x) => {", true, false, "async"},
     {"async", false, false, ""},
     {"async.function", false, false, ""},
@@ -56,7 +56,7 @@ constexpr DeclarationCase kFunctionHeads[] = {
     {"x function", false, false, ""},
     {"async x function", false, false, ""},
     {"export async x function", false, false, ""},
-    {"\"function\" x", false, false, "", "a string is no word"},
+    {"\"function\" x", false, false, "", "a string is not a word"},
 };
 
 constexpr DeclarationCase kAfterAComma[] = {
@@ -104,7 +104,7 @@ constexpr DeclarationCase kAssignments[] = {
     {"x = (", false, true, "="},
     {"x = [(a) => b]", false, true, "[", "the parenthesis must follow the ="},
     {"x = y(a) => b", false, true, "y"},
-    {"x = async(y)", true, false, "async", "required: no arrow is asked for behind async"},
+    {"x = async(y)", true, false, "async", "required: no arrow is asked for after async"},
     {"x = async (", true, false, "async"},
     {"x = async", false, true, ""},
     {"x = async y => z", false, true, ""},
@@ -118,7 +118,7 @@ constexpr DeclarationCase kAssignments[] = {
     {"a ! = (b) => c", false, true, "="},
     {"a > = (b) => c", false, true, "="},
     {"a < = (b) => c", false, true, "="},
-    {"a + = (b) => c", true, false, "=", "but not behind any other byte"},
+    {"a + = (b) => c", true, false, "=", "but not after any other byte"},
     {"a == (b) => c", false, false, "=="},
     {"a += (b) => c", false, true, "+="},
     {"a => (b) => c", false, false, "=>"},
@@ -138,7 +138,7 @@ constexpr DeclarationCase kBodies[] = {
     {"foo({ a) b", false, false, "foo", "the { must follow the )"},
     {"{ foo(x)", false, false, "foo"},
     {"x) (y {", false, false, "x)", "the ) must follow the ("},
-    {"a.b(function() {", false, false, "a.b", "a name behind a dot is a method call"},
+    {"a.b(function() {", false, false, "a.b", "a name after a dot is a method call"},
     {"a.b(c).d(e) {", false, false, "a.b"},
     {"a1.b(c) {", true, false, "a1.b", "required: a1.b is one word"},
     {"a.b1(c) {", false, false, "a.b1"},
@@ -200,7 +200,7 @@ constexpr DeclarationCase kVariables[] = {
     {"var x = 1;", false, true, "x"},
     {"let y", false, true, "y"},
     {"const x", false, true, "x"},
-    {"var", false, false, "", "one part is no variable"},
+    {"var", false, false, "", "one part is not a variable"},
     {"let", false, false, ""},
     {"const", false, false, ""},
     {"var;", false, true, ";"},
@@ -224,8 +224,8 @@ constexpr DeclarationCase kVariables[] = {
 
 constexpr DeclarationCase kBareAssignments[] = {
     {"x = 1", false, true, ""},
-    {"x =", false, false, "", "nothing stands behind the operator"},
-    {"= 1", false, false, "", "nothing stands before it"},
+    {"x =", false, false, "", "nothing comes after the operator"},
+    {"= 1", false, false, "", "nothing comes before it"},
     {"=", false, false, ""},
     {"x=1", false, true, ""},
     {"x = ;", false, true, ""},
@@ -237,7 +237,7 @@ constexpr DeclarationCase kBareAssignments[] = {
     {"x %= 2", false, false, "", "required: not in the list of operators"},
     {"x >>= 1", false, false, ""},
     {"x **= 2", false, false, ""},
-    {"x ^= 1", false, true, "", "required: ^ is a word and the = stands alone"},
+    {"x ^= 1", false, true, "", "required: ^ is a word and the = is a part of its own"},
     {"x &= 1", false, true, ""},
     {"x |= 1", false, true, ""},
     {"x ||= y", false, true, ""},
@@ -254,7 +254,7 @@ constexpr DeclarationCase kBareAssignments[] = {
     {"x+=-1", false, false, ""},
     {"a.b = 5;", false, true, ""},
     {"a = b;", false, true, ""},
-    {"= x = y", false, false, "", "only the first operator is looked at"},
+    {"= x = y", false, false, "", "only the first operator is checked"},
     {"x = y =", false, true, ""},
     {"x => = y", false, true, "", "=> is no such operator"},
     {"foo(a = 1);", false, true, "foo", "required: within a call as well"},
@@ -286,14 +286,14 @@ constexpr DeclarationCase kNames[] = {
     {"async async foo()", false, false, "foo"},
     {"asyncx (y)", false, false, "asyncx"},
     {"x async y()", false, false, "y"},
-    {"a\fb(c)", false, false, "a\fb", "a form feed inside is no space"},
+    {"a\fb(c)", false, false, "a\fb", "a form feed inside is not a space"},
     {"a \f(b)", false, false, "a"},
-    {"a \fb(c)", false, false, "b", "the kept word is trimmed once more"},
+    {"a \fb(c)", false, false, "b", "the kept word is trimmed again"},
     {"caf\xC3\xA9(x)", false, false, "caf\xC3\xA9"},
     {"a\0b(c)"sv, false, false, "a\0b"sv, "the search for the ( passes a NUL byte"},
 };
 
-// Every table, with a name for the failure message.
+// Visits every table, with a name for the failure message.
 template <typename Check>
 void forEachDeclaration(Check check) {
   const auto run = [&check](std::string_view table, const auto& cases) {
@@ -330,7 +330,7 @@ TEST(FunctionName, Tables) {
   });
 }
 
-TEST(FunctionName, NeverReadsItsSecondArgument) {
+TEST(FunctionName, IgnoresItsSecondArgument) {
   forEachDeclaration([](const DeclarationCase& row) {
     EXPECT_EQ(functionName(std::string(row.text), "function other(x) {"), row.name);
   });

@@ -1,6 +1,5 @@
-// Holds the detectors, which look for a sign of their answer before they split a statement, pass
-// over its parts once and keep answers for the next question, against the plain reading of their
-// rules.
+// Compares the detectors, which run cheap checks before they split a statement, pass over its parts
+// once and keep answers for the next question, with the reference implementation.
 #include <cstddef>
 #include <iterator>
 #include <random>
@@ -40,7 +39,7 @@ constexpr Question kQuestions[] = {
     {"import", DetectJSImports, detect::isImport, reference::detectJSImports},
     {"invoked function", DetectIIFE, detect::isInvokedFunction, reference::detectIIFE}};
 
-// How often each answer came up.
+// Counts how often each answer came up.
 struct Tally {
   int yes[std::size(kQuestions)] = {};
   int all = 0;
@@ -131,7 +130,7 @@ TEST(DetectorsPlainReading, OfModulePatterns) {
   });
 }
 
-// One statement after the other in the same storage, asked in any order and more than once.
+// One statement after another in the same storage, asked in any order and repeatedly.
 TEST(DetectorsPlainReading, OfQuestionsInAnyOrder) {
   std::mt19937 random(20240302);
   detect::Statement statement;

@@ -1,5 +1,5 @@
-// Holds the reading of tags and page text, which works on slices, against the plain reading of its
-// rules.
+// Compares the reading of tags and page text, which works on slices, with the reference
+// implementation.
 #include "html/attributes.h"
 
 #include <cstddef>

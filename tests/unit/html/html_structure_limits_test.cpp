@@ -1,5 +1,5 @@
-// The limits of the page parser: bytes a page, bytes a tag, a text and an inline script, and open
-// elements. What is over a limit is cut or dropped without a word.
+// The limits of the page parser: bytes of a page, a tag, a text and an inline script, and open
+// elements. Anything over a limit is cut or dropped silently.
 #include "html/html_structure.h"
 
 #include <cstddef>
@@ -24,10 +24,10 @@ constexpr int kMaxOpenElements = 1'000;  // the root is the first
 
 std::string blanks(std::size_t count) { return std::string(count, ' '); }
 
-// So many bytes of page that give nothing.
+// That many bytes of page without any node.
 std::string emptyPage(std::size_t bytes) { return "<!--" + blanks(bytes - 5) + ">"; }
 
-// A page whose byte number mark of tail is the first that is not looked at.
+// A page in which byte number mark of tail is the first that is ignored.
 std::string pageToLimit(const std::string& tail, std::size_t mark) {
   return emptyPage(kMaxPageBytes - mark) + tail;
 }
@@ -39,7 +39,7 @@ TEST(PageLimits, ATagMayEndOnTheLastByteOfThePage) {
             "htmlelement\"a\"@0(htmlelement\"b\"@0)");
 }
 
-TEST(PageLimits, ATagThatEndsBehindThePageIsNotLookedAt) {
+TEST(PageLimits, ATagThatEndsAfterThePageIsIgnored) {
   EXPECT_EQ(pageRunOf(pageToLimit("<a>", 2)).nodes(), "");
   EXPECT_EQ(pageRunOf(pageToLimit("<a>", 1)).nodes(), "");
   EXPECT_EQ(pageRunOf(pageToLimit("<a>", 0)).nodes(), "");
@@ -51,7 +51,7 @@ TEST(PageLimits, TextNeedsATagThatBeginsInThePage) {
   EXPECT_EQ(pageRunOf(pageToLimit("text<a>", 4)).top->contents, "HTMLDocument");
 }
 
-TEST(PageLimits, AClosingTagHasToEndInThePage) {
+TEST(PageLimits, AClosingTagMustEndInThePage) {
   EXPECT_EQ(pageRunOf(pageToLimit("</a></b>", 4)).errors, strayTagWarnings(1));
   EXPECT_EQ(pageRunOf(pageToLimit("</a></b>", 7)).errors, strayTagWarnings(1));
   EXPECT_EQ(pageRunOf(pageToLimit("</a></b>", 3)).errors, "");
@@ -85,7 +85,7 @@ TEST(PageLimits, ATagOfTenThousandBytesIsReadWhole) {
             "htmlelement\"a\"@0 htmlelement\"b\"@0");
 }
 
-TEST(PageLimits, ALongerTagIsCutAndLeftAtItsTrueEnd) {
+TEST(PageLimits, ALongerTagIsCutAndSkippedToItsEnd) {
   const std::string name(kMaxTagBytes, 'x');
   EXPECT_EQ(pageRunOf("<" + name + "yz><b>").nodes(),
             "htmlelement\"" + name + "\"@0(htmlelement\"b\"@0)");
@@ -98,12 +98,12 @@ TEST(PageLimits, ALongerTagIsCutAndLeftAtItsTrueEnd) {
       << "the slash is cut off, so the element is open";
   EXPECT_EQ(pageRunOf(tagOf("a", "/y", kMaxTagBytes + 1) + "<b>").nodes(),
             "htmlelement\"a\"@0 htmlelement\"b\"@0")
-      << "the byte behind the slash is cut off, so the element is void";
+      << "the byte after the slash is cut off, so the element is void";
   EXPECT_EQ(pageRunOf("<a>" + tagOf("/", "x", 3 * kMaxTagBytes) + "<b>").nodes(),
             "htmlelement\"a\"@0 htmlelement\"b\"@0");
 }
 
-TEST(PageLimits, AScriptTagIsCutBeforeItsSrcIsSought) {
+TEST(PageLimits, AScriptTagIsCutBeforeTheSearchForItsSrc) {
   const std::string text = "x();</script>";
   EXPECT_EQ(pageRunOf(tagOf("script", "src=", kMaxTagBytes) + text).nodes(),
             "htmlelement\"script[src]: \"x();\"\"@0");
@@ -121,7 +121,7 @@ TEST(PageLimits, TenThousandBytesOfATextAreRead) {
             "htmlelement\"p: \"a\"\"@0(htmlelement\"b\"@0)");
 }
 
-TEST(PageLimits, TextBehindThemIsNone) {
+TEST(PageLimits, TextAfterThemIsIgnored) {
   EXPECT_EQ(pageRunOf("<p>" + blanks(kMaxTextBytes) + "x<b>").nodes(),
             "htmlelement\"p\"@0(htmlelement\"b\"@0)");
   EXPECT_EQ(pageRunOf("<p>" + blanks(kMaxTextBytes) + "x<b></b>late</p>").nodes(),
@@ -129,7 +129,7 @@ TEST(PageLimits, TextBehindThemIsNone) {
       << "a blank text leaves room for a later one";
 }
 
-TEST(PageLimits, TextIsCountedBehindTheLineFeedsItBeginsWith) {
+TEST(PageLimits, TextIsCountedAfterItsLeadingLineFeeds) {
   const std::string lines(3, '\n');
   EXPECT_EQ(pageRunOf("<p>" + lines + blanks(kMaxTextBytes - 1) + "x<b>").nodes(),
             "htmlelement\"p: \"x\"\"@0(htmlelement\"b\"@3)");
@@ -137,7 +137,7 @@ TEST(PageLimits, TextIsCountedBehindTheLineFeedsItBeginsWith) {
             "htmlelement\"p\"@0(htmlelement\"b\"@3)");
   EXPECT_EQ(pageRunOf("<p> " + std::string(kMaxTextBytes - 2, '\n') + "x<b>").nodes(),
             "htmlelement\"p: \"x\"\"@0(htmlelement\"b\"@9998)")
-      << "line feeds behind its first byte count";
+      << "line feeds after its first byte count";
   EXPECT_EQ(pageRunOf("<p> " + std::string(kMaxTextBytes - 1, '\n') + "x<b>").nodes(),
             "htmlelement\"p\"@0(htmlelement\"b\"@9999)");
 }
@@ -147,7 +147,7 @@ TEST(PageLimits, TheLinesOfALongTextAreAllCounted) {
             "htmlelement\"p\"@0(htmlelement\"b\"@2)");
 }
 
-// So many bytes of blank lines of 1,024 bytes each.
+// That many bytes of blank lines of 1,024 bytes each.
 std::string blankLines(std::size_t bytes) {
   std::string text;
   while (text.size() < bytes) text += blanks(1023) + "\n";
@@ -160,7 +160,7 @@ TEST(PageLimits, AScriptOfOneMebibyteIsReadWhole) {
             "htmlelement\"script\"@0(class\"script\"@1(line\"abc\"@1024))");
 }
 
-TEST(PageLimits, ALongerScriptIsCutAndLeftAtItsTrueEnd) {
+TEST(PageLimits, ALongerScriptIsCutAndSkippedToItsEnd) {
   EXPECT_EQ(
       pageRunOf("<script>" + blankLines(kMaxScriptBytes - 3) + "abcde\nf\n</script><p>").nodes(),
       "htmlelement\"script\"@0(class\"script\"@1(line\"abc\"@1024)) htmlelement\"p\"@1025");
@@ -186,14 +186,14 @@ TEST(PageLimits, AnElementOverTheLimitTakesNoChildren) {
   const support::PageRun run = pageRunOf(open + "<b><i>one<u>two</u>three</b><s>");
   const ObjectBranch* last = innermost(run.top, kMaxOpenElements - 3);
   ASSERT_NE(last, nullptr);
-  // b is the last that is pushed. i and u stand in it, but take neither text nor children: "</u>"
+  // b is the last element pushed. i and u are inside it, but take neither text nor children: "</u>"
   // closes b, and "</b>" the a around it.
   EXPECT_EQ(support::dumpTree(last),
             "htmlelement\"a\"@0(htmlelement\"a: \"three\"\"@0(htmlelement\"b: \"one\"\"@0("
             "htmlelement\"i\"@0 htmlelement\"u\"@0)) htmlelement\"s\"@0)");
 }
 
-TEST(PageLimits, AScriptOverTheLimitHasItsTextAllTheSame) {
+TEST(PageLimits, AScriptOverTheElementLimitIsStillParsed) {
   const support::PageRun run =
       pageRunOf(repeat("<a>", kMaxOpenElements - 1) + "<script src=u><script>x();</script><b>");
   const ObjectBranch* last = innermost(run.top, kMaxOpenElements - 1);
@@ -203,7 +203,7 @@ TEST(PageLimits, AScriptOverTheLimitHasItsTextAllTheSame) {
             "htmlelement\"script\"@0(class\"script\"@1(line\"x();\"@1)) htmlelement\"b\"@0)");
 }
 
-TEST(PageLimits, ClosingTagsBehindTheLimitPopWhatIsOpen) {
+TEST(PageLimits, ClosingTagsOverTheLimitPopOpenElements) {
   const int tooMany = 5;
   const std::string text = repeat("<a>", kMaxOpenElements - 1 + tooMany);
   EXPECT_EQ(pageRunOf(text + repeat("</a>", kMaxOpenElements - 1)).errors, "");
@@ -211,7 +211,7 @@ TEST(PageLimits, ClosingTagsBehindTheLimitPopWhatIsOpen) {
             strayTagWarnings(tooMany));
 }
 
-TEST(PageLimits, NothingIsSaidAboutWhatIsCut) {
+TEST(PageLimits, CuttingIsSilent) {
   const std::string text = tagOf("a", "x", kMaxTagBytes + 1) + blanks(kMaxTextBytes + 1) +
                            "<script>" + blankLines(kMaxScriptBytes + 1) + "</script>" +
                            repeat("<a>", kMaxOpenElements + 1);

@@ -1,5 +1,5 @@
-// Holds the page parser, which remembers what it has found and which elements show a text, against
-// the plain reading of its rules, which looks again each time.
+// Compares the page parser, which remembers closing script tags and which elements have a text,
+// with the reference implementation, which searches again each time.
 #include "html/html_structure.h"
 
 #include <cstddef>
@@ -22,7 +22,7 @@ namespace {
 
 using Pieces = std::span<const std::string_view>;
 
-// Both readings of each text it is given, and what they came to in all.
+// Parses each text both ways and counts what the texts contained.
 class Comparison {
  public:
   void operator()(const std::string& text) {
@@ -45,7 +45,7 @@ class Comparison {
   int texts() const { return texts_; }
 
  private:
-  // Numbered from 1, since a node numbered 0 would not be destroyed.
+  // Numbered from 1, since a node numbered 0 is never destroyed.
   static ObjectBranch* newTop() {
     currentIndex = 1;
     return support::addNode(nullptr, kBranchClass, "class", "Top", "a.html");
@@ -57,14 +57,14 @@ class Comparison {
   int texts_ = 0;    // pages with a text outside all elements
 };
 
-// Random texts with before in front.
+// Compares random texts, each preceded by before.
 void compareRandomTexts(Pieces pieces, std::size_t count, int texts, const std::string& before,
                         Comparison& compare) {
   support::forRandomTexts(pieces, count, texts,
                           [&](const std::string& text) { compare(before + text); });
 }
 
-// Runs the texts and holds what was written to standard error against the plain count.
+// Runs the texts and checks the number of warnings on standard error.
 template <typename Run>
 Comparison compared(Run run) {
   Comparison comparison;

@@ -1,4 +1,4 @@
-// Script elements: which of them hold their own text, how far that text goes, and its line numbers.
+// Script elements: which of them have inline text, where that text ends, and its line numbers.
 #include "html/html_structure.h"
 
 #include <cstddef>
@@ -81,7 +81,7 @@ constexpr ScriptCase kInline[] = {
     {"<script>a</script>b<p>",
      "htmlelement\"script\"@0(class\"script\"@1(line\"a\"@1)) "
      "htmlelement\"p\"@0",
-     "text behind it is not its own"},
+     "text after it is not its own"},
     {"<p><script>1</script><script>2</script>",
      "htmlelement\"p\"@0(htmlelement\"script\"@0(class\"script\"@1(line\"1\"@1)) "
      "htmlelement\"script\"@0(class\"script\"@1(line\"2\"@1)))",
@@ -99,7 +99,7 @@ constexpr ScriptCase kInline[] = {
      "htmlelement\"script\"@0(class\"script\"@1(line\"a\0\xE9\"@1))"sv, "odd bytes"},
 };
 
-TEST(PageScript, WithItsOwnTextIsParsed) { expectScripts(kInline); }
+TEST(PageScript, WithInlineTextIsParsed) { expectScripts(kInline); }
 
 constexpr ScriptCase kOrdinary[] = {
     {"<script src=\"a.js\"></script><p>",
@@ -111,7 +111,7 @@ constexpr ScriptCase kOrdinary[] = {
      "htmlelement\"p\"@0",
      "but read as page text"},
     {"<script src>x();</script>", "htmlelement\"script\"@0(class\"script src\"@1(line\"x();\"@1))",
-     "required: without the sign it is no src"},
+     "required: without the sign it is not a src"},
     {"<script src=>x</script>", "htmlelement\"script[src]: \"x\"\"@0", "an empty one is"},
     {"<script data-src=\"a\">x</script>", "htmlelement\"script[src]: \"x\"\"@0(link\"src: a\"@0)",
      "required: any name that ends so"},
@@ -142,7 +142,7 @@ constexpr ScriptCase kOrdinary[] = {
     {"<style>x();</script><p>", "htmlelement\"style: \"x();\"\"@0 htmlelement\"p\"@0", ""},
 };
 
-TEST(PageScript, WithoutTextOfItsOwnIsAnOrdinaryElement) { expectScripts(kOrdinary); }
+TEST(PageScript, WithoutInlineTextIsAnOrdinaryElement) { expectScripts(kOrdinary); }
 
 constexpr ScriptCase kLines[] = {
     {"<script>\nvar x = 1;\n</script>\n<p>",

@@ -1,5 +1,4 @@
-// Tags and the elements that they become: names, void elements, links, how elements nest by their
-// closing tags, and line numbers.
+// Tags and their elements: names, void elements, links, nesting by closing tags, and line numbers.
 #include "html/html_structure.h"
 
 #include <cstddef>
@@ -38,7 +37,7 @@ void expectPages(const PageCase (&rows)[count]) {
   }
 }
 
-// Behind <TAG><i>, whether the second element stands beside the first or in it.
+// After <TAG><i>, whether the second element is a sibling or a child of the first.
 struct TagCase {
   std::string_view tag;
   bool isVoid;
@@ -84,11 +83,11 @@ constexpr TagCase kTags[] = {
     {"div/", true, "div", "a slash at the end makes any element void"},
     {"div /", true, "div"},
     {"div//", true, "div/", "one slash goes"},
-    {"div/ ", false, "div/", "a space behind the slash"},
+    {"div/ ", false, "div/", "a space after the slash"},
     {"a/b", false, "a/b"},
     {"", false, "", "an empty tag is an open element"},
     {" ", false, ""},
-    {" /div", false, "", "no closing tag behind a space"},
+    {" /div", false, "", "no closing tag after a space"},
     {"a<b", false, "a<b", "a < in a tag begins no other"},
     {"<", false, "<"},
     {"!doctype html", false, "!doctype", "required: case-sensitive, and left open"},
@@ -141,7 +140,7 @@ constexpr std::string_view kIgnored[] = {
     "?xml version=\"1.0\"?",
 };
 
-TEST(PageElement, IsNotMadeOfCommentsDocumentTypesAndInstructions) {
+TEST(PageElement, IsNotMadeFromCommentsDocumentTypesOrInstructions) {
   for (const std::string_view tag : kIgnored) {
     SCOPED_TRACE(tag);
     const support::PageRun run = pageRunOf("<p><" + std::string(tag) + "></p><i>");
@@ -161,7 +160,7 @@ constexpr PageCase kTexts[] = {
     {"<!--", "", ""},
     {"</a", "", "nothing is closed, so nothing is said"},
     {"<p></p", "htmlelement\"p\"@0", ""},
-    {"<b><i", "htmlelement\"b\"@0", "what came before stands"},
+    {"<b><i", "htmlelement\"b\"@0", "the earlier text is kept"},
     {"<i<b>", "htmlelement\"i<b\"@0", "the first > ends the tag"},
     {"<input value=\"a>b\">", "htmlelement\"input\"@0", "required: a > in a value ends the tag"},
     {"<p title=\"a>b\">", "htmlelement\"p\"@0", ""},
@@ -254,7 +253,7 @@ constexpr PageCase kLines[] = {
 
 TEST(PageLine, CountsTheLineFeedsOutsideTags) { expectPages(kLines); }
 
-TEST(PageLine, StartsAtTheNumberGiven) {
+TEST(PageLine, StartsAtTheGivenNumber) {
   EXPECT_EQ(pageRunOf("<a>\n<b href=x>", 7).nodes(),
             "htmlelement\"a\"@7(htmlelement\"b\"@8(link\"href: x\"@8))");
   EXPECT_EQ(pageRunOf("<a>\n\n\n<b>", -2).nodes(), "htmlelement\"a\"@-2(htmlelement\"b\"@1)");
@@ -353,7 +352,7 @@ TEST(PageStructure, WithoutRootDoesNothing) {
   EXPECT_EQ(currentIndex, 3);
 }
 
-TEST(PageStructure, HangsBehindTheChildrenThatTheRootHasAndKeepsNothing) {
+TEST(PageStructure, AppendsToTheRootsChildrenAndKeepsNoState) {
   ObjectBranch* top = pageRunOf("<a><b>").top;
   ParseHTMLStructure("<i>", top, "a.html", 0);
   EXPECT_EQ(support::dumpChildren(top),

@@ -25,8 +25,8 @@ constexpr TextCase kTexts[] = {
     {"<p>a</p>", "htmlelement\"p: \"a\"\"@0"},
     {"<p> \n a \t b\r\n</p>", "htmlelement\"p: \"a b\"\"@0", "trimmed and reduced"},
     {"<p></p>", "htmlelement\"p\"@0"},
-    {"<p> \t\r\n\f\v</p>", "htmlelement\"p\"@0", "white space is no text"},
-    {"<p> \n </p>x", "htmlelement\"p\"@0", "text behind the last tag is dropped"},
+    {"<p> \t\r\n\f\v</p>", "htmlelement\"p\"@0", "white space is not text"},
+    {"<p> \n </p>x", "htmlelement\"p\"@0", "text after the last tag is dropped"},
     {"<p>x", "htmlelement\"p\"@0", "also in an open element"},
     {"<p>x<", "htmlelement\"p: \"x\"\"@0", "but not in front of an unfinished tag"},
     {"<p>x<b", "htmlelement\"p: \"x\"\"@0"},
@@ -34,7 +34,7 @@ constexpr TextCase kTexts[] = {
     {"<p>a<b>c</b>d</p>", "htmlelement\"p: \"a\"\"@0(htmlelement\"b: \"c\"\"@0)",
      "only the first text is kept"},
     {"<p><b></b>d</p>", "htmlelement\"p: \"d\"\"@0(htmlelement\"b\"@0)",
-     "wherever it stands in the element"},
+     "wherever it is in the element"},
     {"<p> <b></b>\n<i></i>d<u></u>e</p>",
      "htmlelement\"p: \"d\"\"@0(htmlelement\"b\"@0 htmlelement\"i\"@1 htmlelement\"u\"@1)",
      "white space is not the first text"},
@@ -81,7 +81,7 @@ constexpr TextCase kTexts[] = {
     {"<li>a<li>b</li>c</li>", "htmlelement\"li: \"a\"\"@0(htmlelement\"li: \"b\"\"@0)"},
 };
 
-TEST(PageText, OfAnElementIsItsFirst) {
+TEST(PageText, OfAnElementIsItsFirstText) {
   for (const TextCase& row : kTexts) {
     SCOPED_TRACE(testing::PrintToString(row.text) + ": " + std::string(row.why));
     EXPECT_EQ(pageRunOf(row.text).nodes(), row.nodes);
@@ -92,7 +92,7 @@ constexpr TextCase kRootTexts[] = {
     {"Hi<a>", "HTMLDocument: \"Hi\""},
     {"Hi<", "HTMLDocument: \"Hi\"", "a tag need not follow whole"},
     {"Hi</a>", "HTMLDocument: \"Hi\"", "also before a closing tag too many"},
-    {"Hi", "HTMLDocument", "text behind the last tag is dropped"},
+    {"Hi", "HTMLDocument", "text after the last tag is dropped"},
     {"<a></a>Hi", "HTMLDocument"},
     {"<a></a>Hi<b>", "HTMLDocument: \"Hi\""},
     {"<a>Ho</a>Hi<b>", "HTMLDocument: \"Hi\""},
@@ -104,7 +104,7 @@ constexpr TextCase kRootTexts[] = {
     {"<?php if ($a > 1) echo '<b>'; ?>", "HTMLDocument: \"1) echo '\""},
 };
 
-TEST(PageText, OutsideAllElementsIsTheRoots) {
+TEST(PageText, OutsideAllElementsBelongsToTheRoot) {
   for (const TextCase& row : kRootTexts) {
     SCOPED_TRACE(testing::PrintToString(row.text) + ": " + std::string(row.why));
     EXPECT_EQ(pageRunOf(row.text).top->contents, row.nodes);

@@ -1,5 +1,5 @@
-// The batch driver: what it prints for one file, how it differs from the C face, and the file
-// chores beside it.
+// The batch driver: what it prints for a file, how it differs from ParseJS, and its helpers for
+// files.
 #include "plugin/batch_driver.h"
 
 #include <dirent.h>
@@ -50,7 +50,7 @@ Names sorted(Names names) {
   return names;
 }
 
-// Leaves something in each variable of the run that the driver may touch.
+// Sets each variable of the run that the driver may change.
 class LeftOvers {
  public:
   LeftOvers() {
@@ -141,7 +141,7 @@ TEST(IsJavaScriptFile, Table) {
   }
 }
 
-// A directory with everything in it that the listing has to tell apart.
+// A directory with every kind of entry that the listing must distinguish.
 class ListedDirectory : public testing::Test {
  protected:
   ListedDirectory() {
@@ -157,8 +157,8 @@ class ListedDirectory : public testing::Test {
     std::filesystem::create_symlink("gone", root_.path("src/to_nothing.js"));
   }
 
-  // The names that belong into the listing, each behind the prefix, in byte order. A link that
-  // leads nowhere is no directory and so stands with the files.
+  // The names expected in the listing, each after the prefix, in byte order. A dangling link is not
+  // a directory and is listed as a file.
   static Names behind(const std::string& prefix) {
     Names names;
     for (const char* name : {".hidden.ts", ".js", "a b.tsx", "a.js", "b.html", "c.php",
@@ -171,19 +171,19 @@ class ListedDirectory : public testing::Test {
   TempDir root_;
 };
 
-TEST_F(ListedDirectory, GivesTheBatchFilesRightInIt) {
+TEST_F(ListedDirectory, ListsTheBatchFilesDirectlyInIt) {
   const std::string path = root_.path("src");
   EXPECT_EQ(sorted(GetFilesInDirectory(path)), behind(path + "/"));
 }
 
-TEST_F(ListedDirectory, TakesThePathWithOrWithoutASlash) {
+TEST_F(ListedDirectory, AcceptsAPathWithOrWithoutASlash) {
   const std::string path = root_.path("src");
   EXPECT_EQ(GetFilesInDirectory(path + "/"), GetFilesInDirectory(path));
   EXPECT_EQ(sorted(GetFilesInDirectory(path + "//")), behind(path + "//"))
-      << "a path that ends in a slash is taken as it stands";
+      << "a path that ends in a slash is kept as it is";
 }
 
-TEST_F(ListedDirectory, TakesARelativePathAsItStands) {
+TEST_F(ListedDirectory, KeepsARelativePath) {
   const std::filesystem::path before = std::filesystem::current_path();
   std::filesystem::current_path(root_.path(""));
   EXPECT_EQ(sorted(GetFilesInDirectory("src")), behind("src/"));
@@ -192,7 +192,7 @@ TEST_F(ListedDirectory, TakesARelativePathAsItStands) {
   std::filesystem::current_path(before);
 }
 
-TEST_F(ListedDirectory, KeepsTheOrderOfTheSystem) {
+TEST_F(ListedDirectory, KeepsTheSystemsOrder) {
   for (int i = 0; i < 40; ++i) root_.write("src/" + std::to_string(i * 7919 % 101) + ".js", "x");
   const std::string path = root_.path("src");
   Names expected;
@@ -207,7 +207,7 @@ TEST_F(ListedDirectory, KeepsTheOrderOfTheSystem) {
   EXPECT_EQ(GetFilesInDirectory(path), expected);
 }
 
-TEST_F(ListedDirectory, IsEmptyAndSilentWhereNothingOpens) {
+TEST_F(ListedDirectory, IsEmptyAndSilentIfItDoesNotOpen) {
   std::filesystem::create_directory(root_.path("empty"));
   for (const std::string& path : {root_.path("gone"), root_.path("src/a.js"), root_.path("empty"),
                                   root_.path("src/to_nothing.js"), std::string()}) {
@@ -217,14 +217,14 @@ TEST_F(ListedDirectory, IsEmptyAndSilentWhereNothingOpens) {
   }
 }
 
-TEST(ProcessSingleFile, SaysThatAFileDoesNotOpen) {
+TEST(ProcessSingleFile, ReportsAFileThatDoesNotOpen) {
   const TempDir root;
   const std::string path = root.path("gone.js");
   EXPECT_EQ(processPrinted(path), banner(path) + "Error: Could not open file " + path + "\n");
   EXPECT_EQ(processPrinted(""), "\n=== Processing:  ===\nError: Could not open file \n");
 }
 
-TEST(ProcessSingleFile, SaysThatAFileIsEmpty) {
+TEST(ProcessSingleFile, ReportsAnEmptyFile) {
   const TempDir root;
   std::filesystem::create_directory(root.path("dir.js"));
   for (const std::string& path : {root.write("a.js", ""), root.write("a.html", ""),
@@ -249,7 +249,7 @@ TEST(ProcessSingleFile, PrintsTheRecordLinesBetweenBannerAndCleanup) {
                                       path + "\n" + std::string(kCleanup));
 }
 
-TEST(ProcessSingleFile, TakesTheRouteOfTheExtension) {
+TEST(ProcessSingleFile, PicksTheRouteByTheExtension) {
   const TempDir root;
   // A page: the file, its two wrappers, the element.
   const std::string page = root.write("a.html", "<p>x</p>\n");
@@ -292,7 +292,7 @@ TEST(ProcessSingleFile, CleansTheTextFirst) {
       << "a directive line of 51 bytes is reported once";
 }
 
-TEST(ProcessSingleFile, DoesNotReadItsSecondArgument) {
+TEST(ProcessSingleFile, IgnoresItsSecondArgument) {
   const TempDir root;
   const std::string path = root.write("a.js", "a();\n");
   const std::string other = root.write("other.js", "b();\n");
@@ -319,7 +319,7 @@ TEST(ProcessSingleFile, NumbersEveryRunFromZero) {
   EXPECT_EQ(objectCount, 7) << "as many as the nodes";
 }
 
-TEST(ProcessSingleFile, ResetsTheCountersWhateverComesOfIt) {
+TEST(ProcessSingleFile, ResetsTheCountersOnEveryOutcome) {
   const TempDir root;
   for (const std::string& path : {root.path("gone.js"), root.write("empty.js", "")}) {
     SCOPED_TRACE(path);
@@ -338,7 +338,7 @@ TEST(ProcessSingleFile, ResetsTheCountersWhateverComesOfIt) {
   EXPECT_TRUE(AllBranches.empty());
 }
 
-TEST(ProcessSingleFile, SaysThatARunFailed) {
+TEST(ProcessSingleFile, ReportsAFailedRun) {
   const TempDir root;
   const std::string path = root.write("a.js", "a();\n");
   const LeftOvers leftOvers;
@@ -354,9 +354,9 @@ TEST(ProcessSingleFile, SaysThatARunFailed) {
 }
 
 #ifdef __GLIBCXX__
-// Runs the file's text out of memory when the tree has its root already: the root's text takes the
-// file's name, and no other block of a run has that size. (Other libraries round sizes up.)
-TEST(ProcessSingleFile, LeavesTheTreeOfAFailedRunAlone) {
+// Runs out of memory for the file's text after the root is attached: the root's text is the file's
+// name, and no other block of a run has that size. (Other libraries round sizes up.)
+TEST(ProcessSingleFile, KeepsTheTreeOfAFailedRun) {
   const TempDir root;
   const std::string name = std::string(150, 'n') + ".js";
   const std::string path = root.write(name, "a();\n");
@@ -376,7 +376,7 @@ TEST(ProcessSingleFile, LeavesTheTreeOfAFailedRunAlone) {
 }
 #endif
 
-// The two callers of the pipeline, side by side.
+// The pipeline's two callers, compared.
 TEST(ProcessSingleFile, DiffersFromParseJS) {
   const TempDir root;
   const std::string gone = root.path("gone.js");
@@ -408,7 +408,7 @@ TEST(ProcessSingleFile, DiffersFromParseJS) {
   EXPECT_EQ(objectCount, nodes);
 }
 
-TEST(ProcessSingleFile, KnowsNoDefinesOfAnEarlierRun) {
+TEST(ProcessSingleFile, ForgetsTheDefinesOfEarlierRuns) {
   const TempDir root;
   const std::string path = root.write("a.js", "a();\n");
   const std::string lines =
@@ -422,7 +422,7 @@ TEST(ProcessSingleFile, KnowsNoDefinesOfAnEarlierRun) {
                                       std::string(kCleanup));
 }
 
-TEST(ProcessSingleFile, LeavesTheAnswerOfParseJSAlone) {
+TEST(ProcessSingleFile, KeepsTheAnswerOfParseJS) {
   const TempDir root;
   const std::string path = root.write("a.js", "a();\n");
   const char* answer = nullptr;
@@ -434,7 +434,7 @@ TEST(ProcessSingleFile, LeavesTheAnswerOfParseJSAlone) {
   CleanupJS();
 }
 
-TEST(WriteAFile, ReplacesWhatTheFileHeld) {
+TEST(WriteAFile, ReplacesTheFilesContent) {
   const TempDir root;
   const std::string path = root.path("a");
   writeafile("first, and longer", path);
@@ -445,7 +445,7 @@ TEST(WriteAFile, ReplacesWhatTheFileHeld) {
   EXPECT_EQ(bytesOf(path), "");
 }
 
-TEST(AppendAFile, WritesBehindWhatTheFileHeld) {
+TEST(AppendAFile, AppendsToTheFile) {
   const TempDir root;
   const std::string path = root.path("a");
   appendafile("first", path);
@@ -459,7 +459,7 @@ TEST(AppendAFile, WritesBehindWhatTheFileHeld) {
   EXPECT_EQ(bytesOf(path), "third4");
 }
 
-TEST(WriteAFile, WritesEveryByteAsItStands) {
+TEST(WriteAFile, WritesEveryByteUnchanged) {
   const TempDir root;
   const std::string path = root.path("a");
   const std::string odd("\0\r\n\n\x80\xFF\x1A", 7);
@@ -469,7 +469,7 @@ TEST(WriteAFile, WritesEveryByteAsItStands) {
   EXPECT_EQ(bytesOf(path), odd + odd);
 }
 
-TEST(WriteAFile, SaysNothingWhereNothingOpens) {
+TEST(WriteAFile, FailsSilentlyIfTheFileDoesNotOpen) {
   const TempDir root;
   std::filesystem::create_directory(root.path("dir"));
   for (const std::string& path : {root.path("gone/a"), root.path("dir"), std::string()}) {
@@ -499,7 +499,7 @@ TEST(ExtractNamespaceName, Table) {
       {"namespace ", ""},
       {"namespace\tA", ""},
       {"namespace\nA", ""},
-      {"namespace  A", "", "the name begins right behind the first blank"},
+      {"namespace  A", "", "the name begins right after the first blank"},
       {"namespace A", "A"},
       {"using namespace std;", "std"},
       {"mynamespace x", "x", "required: no word boundary"},
@@ -514,7 +514,7 @@ TEST(ExtractNamespaceName, Table) {
       {"namespace $a", ""},
       {"namespace A\0B"sv, "A", "NUL ends the name"},
       {"\0namespace A"sv, "A", "but not the search"},
-      {"namespace a\xC3\xA9", "a", "bytes beyond ASCII are no letters"},
+      {"namespace a\xC3\xA9", "a", "bytes beyond ASCII are not letters"},
   };
   for (const TextCase& row : kCases) {
     SCOPED_TRACE(testing::PrintToString(row.text) + " " + std::string(row.why));
@@ -526,7 +526,7 @@ TEST(GetFileNameWithoutExtension, Table) {
   constexpr TextCase kCases[] = {
       {"/a/b.tar.gz", "b.tar"},
       {"C:\\x\\y.js", "y", "a backslash separates too"},
-      {"/a/.hidden", "", "all behind the last dot is extension"},
+      {"/a/.hidden", "", "all after the last dot is extension"},
       {"/a.b/c", "c", "a dot in a folder is none in the file"},
       {"a.b\\c", "c"},
       {"a.js", "a"},
@@ -537,7 +537,7 @@ TEST(GetFileNameWithoutExtension, Table) {
       {"..", "."},
       {"", ""},
       {"/", ""},
-      {"a.b/", "", "nothing behind the last separator"},
+      {"a.b/", "", "nothing after the last separator"},
       {"a\\b/c.d", "c", "the later separator counts, whichever it is"},
       {"a/b\\c.d", "c", "the later separator counts, whichever it is"},
       {"a b.js ", "a b", "nothing is trimmed"},
@@ -559,7 +559,7 @@ TEST(SanitizeFileName, Table) {
       {"@AZ[`az{/09:", "AZaz09", "the neighbours of the ranges go"},
       {"^_`", "_"},
       {"a\0b"sv, "ab"},
-      {"caf\xC3\xA9", "caf", "bytes beyond ASCII are no letters"},
+      {"caf\xC3\xA9", "caf", "bytes beyond ASCII are not letters"},
       {"../etc/passwd", "etcpasswd"},
   };
   for (const TextCase& row : kCases) {

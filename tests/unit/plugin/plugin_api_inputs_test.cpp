@@ -1,5 +1,5 @@
-// Whole files that somebody may hand over by mistake or on purpose: odd bytes and line ends, very
-// long lines, very many lines, and files that are cut short.
+// Unusual files, by mistake or on purpose: odd bytes and line ends, very long lines, very many
+// lines, and truncated files.
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -27,7 +27,7 @@ std::string parse(const std::string& name, std::string_view bytes) {
   return answer;
 }
 
-// CONTENTS@LINE of the records of a script file behind its three scope records.
+// Returns CONTENTS@LINE of a script file's records after its three scope records.
 std::string linesOf(std::string_view bytes) {
   const std::string answer = parse("a.js", bytes);
   const Values contents = valuesOf(answer, "contents");
@@ -89,14 +89,15 @@ TEST(Inputs, OddFilesOfTheScriptRoute) {
 TEST(Inputs, EveryByteValueOnce) {
   std::string bytes;
   for (int value = 0; value < 256; ++value) bytes += static_cast<char>(value);
-  // The line feed and the carriage return end a line each. The double quote opens a string that is
-  // never closed, in which the ; makes the next [ look like the start of a statement: it is lost.
+  // The line feed and the carriage return each end a line. The double quote opens a string that is
+  // never closed, in which the ; makes the next [ look like the start of a statement: it is
+  // dropped.
   EXPECT_EQ(linesOf(bytes),
             "\"!\\\"#$%&\\'()*+,-./0123456789:;<=>?@ABCDEFGHIJKLMNOPQRSTUVWXYZ\\\\]^_`"
             "abcdefghijklmnopqrstuvwxyz{|}~\"@3");
 }
 
-TEST(Inputs, BinaryFilesGetAnArrayOnEveryRoute) {
+TEST(Inputs, BinaryFilesReturnAnArrayOnEveryRoute) {
   std::string bytes;
   for (int i = 0; i < 4096; ++i) bytes += static_cast<char>(i * 7919 % 256);
   for (const char* name : {"a.js", "a.html", "a.txt", "a"}) {
@@ -106,7 +107,7 @@ TEST(Inputs, BinaryFilesGetAnArrayOnEveryRoute) {
   }
 }
 
-TEST(Inputs, FilesOfBlanksAndCommentsGetAnArrayOnEveryRoute) {
+TEST(Inputs, FilesOfBlanksAndCommentsReturnAnArrayOnEveryRoute) {
   const struct {
     const char* name;
     Values contents;
@@ -135,7 +136,7 @@ TEST(Inputs, ALongCommentLeavesNothing) {
       << "required: the first byte of a block comment stays";
 }
 
-TEST(Inputs, OfTwoHundredThousandLinesHalfAreRead) {
+TEST(Inputs, HalfOfTwoHundredThousandLinesAreRead) {
   std::string bytes;
   for (int i = 1; i <= 200000; ++i) bytes += "f(" + std::to_string(i) + ");\n";
   const std::string answer = parse("a.js", bytes);
@@ -147,17 +148,17 @@ TEST(Inputs, OfTwoHundredThousandLinesHalfAreRead) {
   EXPECT_EQ(valuesOf(answer, "nodeID").back(), "100002");
 }
 
-TEST(Inputs, HeadsWithoutEndNestToTheLimit) {
+TEST(Inputs, UnclosedHeadsNestToTheLimit) {
   std::string bytes;
   for (int i = 0; i < 3000; ++i) bytes += "function f() {\n";
   const Values parents = valuesOf(parse("a.js", bytes), "parentID");
   ASSERT_EQ(parents.size(), 3u + 3000u);
-  EXPECT_EQ(parents[3 + 998], "1000") << "the last scope that fits hangs under the one before it";
+  EXPECT_EQ(parents[3 + 998], "1000") << "the last scope that fits is under the one before it";
   EXPECT_EQ(parents[3 + 999], "1001");
   EXPECT_EQ(parents.back(), "1001") << "the rest are siblings in it";
 }
 
-TEST(Inputs, AFileCutShortAnywhereGetsAnArray) {
+TEST(Inputs, ATruncatedFileReturnsAnArray) {
   const std::string whole =
       "/* c */ import a from 'a';\r\nclass B {\n\tm(x) {\n\t\treturn `${x}`; // d\n\t}\n}\n"
       "#ifdef X\nif (a) { b(\"}\"); } else {\n#endif\nconst f = y => {\n};\n";

@@ -1,5 +1,5 @@
-// The C face: its answers and error answers, what a run resets and prints, and the life of the
-// returned buffers.
+// The C interface: its answers and error answers, what a run resets and prints, and the lifetime of
+// the returned buffers.
 #include "plugin/plugin_api.h"
 
 #include <cstdint>
@@ -32,8 +32,8 @@ std::string parsePrinted(const std::string& path) {
   return support::stdoutOf([&] { ParseJS(path.c_str(), nullptr); });
 }
 
-TEST(ParseJS, SaysThatAFileDoesNotOpen) {
-  const std::string path = TempDir().path("gone.js");  // its directory is gone too
+TEST(ParseJS, ReportsAFileThatDoesNotOpen) {
+  const std::string path = TempDir().path("gone.js");  // its directory no longer exists
   EXPECT_EQ(parse(path), "[{\"error\": \"Could not open file: " + path + "\"}]");
   EXPECT_EQ(parse(""), "[{\"error\": \"Could not open file: \"}]");
 }
@@ -60,7 +60,7 @@ TEST(ParseJS, EscapesThePathInErrorAnswers) {
   }
 }
 
-TEST(ParseJS, GivesThePathUnchangedInEveryRecord) {
+TEST(ParseJS, WritesThePathUnchangedInEveryRecord) {
   const TempDir directory;
   for (const PathCase& row : kPaths) {
     const std::string path = directory.write(row.name, "a();\n");
@@ -73,7 +73,7 @@ TEST(ParseJS, GivesThePathUnchangedInEveryRecord) {
   EXPECT_EQ(valuesOf(parse(detour), "contents").front(), "\"a.js\"");
 }
 
-TEST(ParseJS, SaysThatAFileIsEmpty) {
+TEST(ParseJS, ReportsAnEmptyFile) {
   const TempDir directory;
   for (const char* name : {"a.js", "a.html", "a.txt"}) {
     const std::string path = directory.write(name, "");
@@ -88,7 +88,7 @@ TEST(ParseJS, ReadsADirectoryAsAnEmptyFile) {
   EXPECT_EQ(parse(path), "[{\"error\": \"File is empty: " + path + "\"}]");
 }
 
-TEST(ParseJS, SaysThatAFileItMayNotReadDoesNotOpen) {
+TEST(ParseJS, ReportsAFileItMayNotReadAsNotOpening) {
   if (geteuid() == 0) GTEST_SKIP() << "root may read everything";
   const TempDir directory;
   const std::string path = directory.write("secret.js", "a();\n");
@@ -107,7 +107,7 @@ TEST(ParseJS, MakesNoNodeAndPrintsNothingForAnErrorAnswer) {
   }
 }
 
-TEST(ParseJS, ResetsTheStateOfTheRunWhateverComesOfIt) {
+TEST(ParseJS, ResetsTheRunStateOnEveryOutcome) {
   const TempDir directory;
   for (const std::string& path :
        {directory.path("gone.js"), directory.write("empty.js", ""), directory.write("a.js", "a")}) {
@@ -156,7 +156,7 @@ TEST(ParseJS, PrintsTheOldNumbersWhereNodesWereDropped) {
 
 struct DefinesCase {
   const char* defines;
-  const char* contents;  // of the defines record; null for none
+  const char* contents;  // of the defines record; null if there is none
   const char* why;
 };
 
@@ -168,7 +168,7 @@ constexpr DefinesCase kDefines[] = {
     {"A", "A", "no line feed is needed"},
     {"A\n", "A", ""},
     {"\nA", "A", ""},
-    {"A\n\nB\n", "A\\nB", "the empty line is no entry"},
+    {"A\n\nB\n", "A\\nB", "the empty line is not an entry"},
     {"B\nA\nB", "B\\nA\\nB", "in order, and twice if given twice"},
     {"A\r\nB", "A\\r\\nB", "a carriage return is part of its entry"},
     {"A\n  \nB", "A\\n  \\nB", "a line of blanks is an entry"},
@@ -179,7 +179,7 @@ constexpr DefinesCase kDefines[] = {
     {"caf\xC3\xA9", "caf\xC3\xA9", "defines are not cleaned"},
 };
 
-TEST(ParseJS, GivesTheDefinesARecord) {
+TEST(ParseJS, WritesARecordForTheDefines) {
   const TempDir directory;
   const std::string path = directory.write("a.js", "a();\n");
   for (const DefinesCase& row : kDefines) {
@@ -238,7 +238,7 @@ TEST(ParseJS, AnswersTheSameInEitherOrder) {
   for (std::size_t i = 0; i < paths.size(); ++i) EXPECT_EQ(parse(paths[i]), answers[i]) << paths[i];
 }
 
-TEST(ParseJS, LeavesTheSamplePathAlone) {
+TEST(ParseJS, DoesNotChangeTheSamplePath) {
   const TempDir directory;
   const std::string before = startPath;
   parse(directory.write("a.js", "a();\n"));
@@ -308,8 +308,8 @@ TEST(Info, IsABannerWithAnAddress) {
 }
 
 TEST(Info, MakesANewBufferAndKeepsTheOldOne) {
-  // required: CleanupJS frees the latest only. The first one is lost to it; the static keeps leak
-  // checkers content.
+  // required: CleanupJS frees only the latest buffer. The first one leaks; the static pointer hides
+  // it from leak checkers.
   static const char* first = Info();
   const char* second = Info();
   EXPECT_NE(first, second);

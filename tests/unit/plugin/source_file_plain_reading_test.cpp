@@ -1,4 +1,4 @@
-// Holds the reading of a file, which is told the size and reads large blocks, against a plain
+// Compares the reading of a file, which queries its size and reads large blocks, with a plain
 // stream.
 #include "plugin/source_file.h"
 

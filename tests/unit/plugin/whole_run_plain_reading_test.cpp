@@ -1,5 +1,5 @@
-// Holds whole runs against the plain reading of everything that they do, on files of all three
-// routes: the answer, what is written to both streams, and the state that a run leaves.
+// Compares whole runs with the reference implementation, on files of all three routes: the answer,
+// the output on both streams, and the state that a run leaves.
 #include <cstddef>
 #include <filesystem>
 #include <iterator>
@@ -69,7 +69,7 @@ class WholeRun : public testing::TestWithParam<Route> {
     const support::NodeSweep sweep;
     const std::string path = directory_.write(file, bytes);
     const std::string answer = ParseJS(path.c_str(), defines);
-    std::filesystem::remove(path);  // to write over it would be far slower
+    std::filesystem::remove(path);  // much faster than overwriting it
     const auto nextId = currentIndex;
     const auto count = objectCount;
     std::string plainChunk;

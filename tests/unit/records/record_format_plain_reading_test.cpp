@@ -1,4 +1,4 @@
-// Holds escaping, which copies whole runs of ordinary bytes, against the plain reading of its rule.
+// Compares escaping, which copies whole runs of ordinary bytes, with the reference implementation.
 #include "records/record_format.h"
 
 #include <string>

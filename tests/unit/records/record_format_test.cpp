@@ -49,7 +49,7 @@ constexpr EscapeCase kEscapes[] = {
     {"a\0b'\0"sv, "a\0b\\'\0"sv, "a NUL is a byte like others"},
 };
 
-TEST(EscapeString, PutsABackslashBeforeWhatNeedsOne) {
+TEST(EscapeString, PutsABackslashBeforeSpecialBytes) {
   for (const EscapeCase& row : kEscapes) {
     SCOPED_TRACE(testing::PrintToString(std::string(row.text)) + "  // " + row.why);
     EXPECT_EQ(EscapeString(std::string(row.text)), row.escaped);
@@ -70,7 +70,7 @@ TEST(EscapeString, ChangesSixOfAllBytes) {
   }
 }
 
-TEST(EscapeString, OfALongTextIsThatOfItsBytes) {
+TEST(EscapeString, EscapesALongTextByteByByte) {
   constexpr std::string_view kAlphabet = "\"'\\\n\r\tax/\0\xE9 "sv;
   std::mt19937 random(7);
   for (int round = 0; round < 2000; ++round) {
@@ -133,7 +133,7 @@ TEST(Record, WritesFifteenKeysInOrder) {
   EXPECT_EQ(out.view(), "[\n" + expected + "\n") << "what is there already stays";
 }
 
-TEST(Record, OfABareNodeHoldsTheDefaults) {
+TEST(Record, OfABareNodeContainsTheDefaults) {
   EXPECT_EQ(recordOf(ObjectBranch{}, 0, true),
             "  {\n"
             "    \"lineNumber\": 0,\n"
@@ -191,7 +191,7 @@ constexpr ChildListCase kChildLists[] = {
     {{7, 8}, 78, "   \n      7,\n      8\n    ],\n", "another id"},
 };
 
-TEST(Record, ListsTheChildrenButTheHiddenOne) {
+TEST(Record, ListsAllChildrenExceptTheHiddenOne) {
   for (const ChildListCase& row : kChildLists) {
     SCOPED_TRACE(testing::PrintToString(row.children) + " hidden " + std::to_string(row.hidden) +
                  "  // " + row.why);
@@ -233,7 +233,7 @@ constexpr TagsCase kTags[] = {
      "required: no comma"},
 };
 
-TEST(Record, PutsTheTagTextBetweenTheBracketsAsItStands) {
+TEST(Record, WritesTheTagTextUnchangedBetweenTheBrackets) {
   for (const TagsCase& row : kTags) {
     SCOPED_TRACE(std::string(row.contents) + "  // " + row.why);
     ObjectBranch* root = support::addNode(nullptr, kBranchFilePath, "filepath", "a");

@@ -1,4 +1,4 @@
-// The one child that no child list names: the last function marked TTTTT.
+// The one child that no child list contains: the last function marked TTTTT.
 #include <cstddef>
 #include <string>
 #include <vector>
@@ -21,7 +21,8 @@ using support::valuesOf;
 
 using Values = std::vector<std::string>;
 
-// The child list of the record with that number, from the bracket to the blanks before its end.
+// Returns the child list of the record with that number, from the bracket to the blanks before its
+// end.
 std::string childListOf(const std::string& answer, int id) {
   const std::size_t record = answer.find("    \"nodeID\": " + std::to_string(id) + ",\n");
   const std::string head = "\"childNodeIDs\": ";
@@ -56,7 +57,7 @@ TEST(RecordPassHiddenChild, HidesTheLastMarkedFunctionFromItsParent) {
        "the last one wins"},
       {{{"line", "a"}, {"function", "function TTTT() {"}},
        "[   \n      2,\n      3\n    ",
-       "four are no mark"},
+       "four are not a marker"},
       {{{"line", "a"}, {"function", "function ttttt() {"}},
        "[   \n      2,\n      3\n    ",
        "the case counts"},

@@ -1,5 +1,5 @@
-// Holds the record pass and the writing of records, which keep tables and fill one block of memory,
-// against the plain reading of their rules: the text, what is printed, and what becomes of every
+// Compares the record pass and the writing of records, which use tables and a single block of
+// memory, with the reference implementation: the text, the output, and the final state of every
 // node.
 #include "records/record_pass.h"
 
@@ -70,7 +70,7 @@ std::string difference(const Passed& real, const Passed& plain) {
   return "the counters";
 }
 
-// Changes the plan so that its numbers are in no order, far apart or, now and then, used twice.
+// Shuffles the plan's numbers: out of order, far apart or, occasionally, duplicated.
 void renumber(support::TreePlan& plan, std::mt19937& random) {
   const std::int32_t step = random() % 2 == 0 ? 7 : 100'000;
   const std::int32_t shift = static_cast<std::int32_t>(random() % 20) - 10;
@@ -87,7 +87,7 @@ TEST(RecordPassPlainReading, OfRandomTrees) {
     for (int i = support::textCount(80'000); i > 0 && first.empty(); --i) {
       const support::NodeSweep sweep;
       support::TreePlan plan = support::randomPlan(kTexts, 12, random);
-      // Now and then a text that no block of memory was meant for.
+      // Occasionally a text that is larger than any expected block.
       if (random() % 64 == 0)
         plan[random() % plan.size()].contents.append(random() % 20'000,
                                                      random() % 2 == 0 ? '"' : 'a');

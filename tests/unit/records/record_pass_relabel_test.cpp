@@ -1,5 +1,4 @@
-// What the record pass makes of each node's text: the label, the tags and the function name that a
-// host sees.
+// How the record pass sets a node's label, tags and function name from its text.
 #include <cstdint>
 #include <string>
 #include <utility>
@@ -57,7 +56,7 @@ constexpr RelabelCase kCases[] = {
     {"for (i = 0; i < n; i++) {", "class", "function", "loop", "", "old", ""},
     {"for (const a of exports.b) {", "class", "function", "define", "", "old", "import first"},
     {"do {", "class", "loop", "loop", "", "old", ""},
-    // Functions: the name is written anew, with an empty one too.
+    // Functions: the name is replaced, even by an empty one.
     {"function foo(a) {", "class", "function", "function", "", "foo", ""},
     {"function foo(a) {", "function", "line", "function", "", "foo", "whatever the parser said"},
     {"function classify() {", "class", "class", "function", "", "classify", "a class node too"},
@@ -67,7 +66,7 @@ constexpr RelabelCase kCases[] = {
     {"x: function() {", "class", "line", "function", "", "function", "required: that name"},
     {"} catch (e) {", "class", "function", "function", "", "catch", "begins with }: no logic"},
     {"function", "class", "line", "function", "", "", "no name empties the field"},
-    // Constructors: the part behind a leading "function" begins with a capital.
+    // Constructors: the part after a leading "function" begins with a capital.
     {"function Foo(a) {", "class", "function", "function", kConstructor, "Foo", ""},
     {"function Foo", "class", "line", "function", kConstructor, "Foo", "two parts are enough"},
     {"function Z() {", "class", "function", "function", kConstructor, "Z", ""},
@@ -88,7 +87,7 @@ constexpr RelabelCase kCases[] = {
     {"function foo(a) {", "Namespace", "function", "function", "", "foo", ""},
     {"function Foo() {", "namespace", "function", "function",
      "\n      \"constructor\"\n\n      \"global-function\"\n", "Foo", "required: no comma"},
-    // Wrapped functions, where something else in them makes them functions at all.
+    // Wrapped functions that something else in their text makes functions.
     {"(function() { x = (a) => a", "class", "line", "function", kIife, "", ""},
     {"(async () => { x = (a) => a", "class", "line", "function", kIife, "", ""},
     {"(() => { x = (a) => a", "class", "line", "function", kIife, "", ""},
@@ -96,7 +95,7 @@ constexpr RelabelCase kCases[] = {
     {"(function() { x = (a) => a", "namespace", "line", "function",
      "\n      \"iife\"\n\n      \"global-function\"\n", "", ""},
     {"(function() {", "class", "line", "line", "", "old", "required: not a function by itself"},
-    // Variables: the label goes by the parent's.
+    // Variables: the label depends on the parent's.
     {"var x = 1;", "class", "classvar", "classvar", kVariable, "old", ""},
     {"var x = 1;", "function", "classvar", "line", kVariable, "old", ""},
     {"x = 1;", "namespace", "classvar", "line", kVariable, "old", ""},
@@ -111,7 +110,7 @@ constexpr RelabelCase kCases[] = {
     {"return a = 1;", "class", "line", "classvar", kVariable, "old", ""},
     {"class A { x = 1", "class", "class", "classvar", kVariable, "old", "a class node too"},
     {"namespace a = b", "class", "namespace", "namespace", "", "old", "a namespace node stays"},
-    // Nothing holds: the label stays as the parser had it.
+    // No rule applies: the parser's label stays.
     {"return x;", "function", "line", "line", "", "old", ""},
     {"a();", "class", "container", "container", "", "old", ""},
     {"el.classList.add(x);", "class", "class", "class", "", "old", ""},
@@ -121,7 +120,7 @@ constexpr RelabelCase kCases[] = {
     {"Import a", "class", "line", "line", "", "old", ""},
 };
 
-TEST(Relabel, TheFirstRuleThatHoldsDecides) {
+TEST(Relabel, TheFirstMatchingRuleDecides) {
   for (const RelabelCase& row : kCases) {
     SCOPED_TRACE(std::string(row.contents) + " under " + row.parentLabel + "  // " + row.why);
     ObjectBranch* parent = addNode(newRoot(), kBranchContainer, row.parentLabel, "parent");
@@ -151,7 +150,7 @@ constexpr TagCase kTagCases[] = {
     {"a();", "\n      \"src\"\n", "\n      \"src\"\n"},
 };
 
-TEST(Relabel, AddsToTheTagsThatAreThere) {
+TEST(Relabel, AddsToExistingTags) {
   for (const TagCase& row : kTagCases) {
     SCOPED_TRACE(std::string(row.contents) + " with " + testing::PrintToString(row.before));
     ObjectBranch* root = newRoot();
@@ -212,7 +211,7 @@ TEST(Relabel, TheRootKeepsItsLabelWhateverItsName) {
   }
 }
 
-TEST(Relabel, AnOrphanKeepsWhatTheParserGaveIt) {
+TEST(Relabel, AnOrphanKeepsTheParsersFields) {
   ObjectBranch* root = newRoot();
   ObjectBranch* orphan = addNode(addLine(root, "{"), kBranchClass, "class", "x = 1");
   ObjectBranch* below = addLine(orphan, "x = 1");

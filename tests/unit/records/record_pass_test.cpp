@@ -1,4 +1,4 @@
-// Which nodes get a record, what numbers and links they leave the pass with, and what it prints.
+// Which nodes get a record, their final numbers and links, and what the pass prints.
 #include "records/record_pass.h"
 
 #include <string>
@@ -49,7 +49,7 @@ constexpr SkipCase kSkips[] = {
     {"} ;", false},
     {"{ }", false},
     {")\n;", false},
-    // A byte off.
+    // One byte off.
     {"{{", false},
     {"}}", false},
     {"})", false},
@@ -73,7 +73,7 @@ constexpr SkipCase kSkips[] = {
     {"}\0"sv, false},
 };
 
-TEST(ShouldSkipNode, IsTrueOfElevenTexts) {
+TEST(ShouldSkipNode, IsTrueForElevenTexts) {
   for (const SkipCase& row : kSkips) {
     ObjectBranch node;
     node.contents = row.contents;
@@ -81,7 +81,7 @@ TEST(ShouldSkipNode, IsTrueOfElevenTexts) {
   }
 }
 
-TEST(ShouldSkipNode, LooksAtTheTextAlone) {
+TEST(ShouldSkipNode, DependsOnTheTextOnly) {
   ObjectBranch child;
   ObjectBranch node;
   node.contents = "};";
@@ -189,7 +189,7 @@ TEST(RecordPass, PrintsNegativeAndFarApartNumbersAsTheyAre) {
   EXPECT_EQ(valuesOf(run.answer, "nodeID"), (Values{"0", "1", "2"}));
 }
 
-TEST(RecordPass, UsesUpOneNumberAndOneAllocation) {
+TEST(RecordPass, UsesOneNumberAndOneAllocation) {
   ObjectBranch* root = newRoot();
   addLine(root, "a");
   objectCount = 40;
@@ -198,7 +198,7 @@ TEST(RecordPass, UsesUpOneNumberAndOneAllocation) {
   EXPECT_EQ(objectCount, 41);
 }
 
-TEST(RecordPass, LeavesTheOtherFieldsAlone) {
+TEST(RecordPass, KeepsTheOtherFields) {
   ObjectBranch* root = newRoot();
   ObjectBranch* node = addNode(root, kBranchFunction, "function", "if (x) {", "dir/b.js");
   node->lineNumber = 12;
@@ -224,7 +224,7 @@ TEST(RecordPass, OrphansTheChildrenOfADroppedNode) {
   EXPECT_EQ(valuesOf(run.answer, "parentID"), (Values{"-1", "-1", "1", "0"}));
   EXPECT_EQ(valuesOf(run.answer, "branchTypeAsString"),
             (Values{"\"filepath\"", "\"line\"", "\"logic\"", "\"line\""}))
-      << "the orphan is not relabelled, what stands below it is";
+      << "the orphan is not relabelled, but the nodes below it are";
   EXPECT_EQ(orphan->parent, nullptr);
   EXPECT_EQ(below->parent, orphan);
   EXPECT_EQ(root->children, std::vector<ObjectBranch*>{last}) << "an orphan is not lifted up";
@@ -256,7 +256,7 @@ TEST(RecordPass, KeepsTheSubtreeOfAWrapperWithoutACode) {
   EXPECT_TRUE(root->children.empty());
 }
 
-TEST(RecordPass, DropsARootWhoseNameSaysNothing) {
+TEST(RecordPass, DropsARootWithASkippedName) {
   ObjectBranch* root = newRoot(";");
   ObjectBranch* a = addLine(root, "x = 1");
   addLine(a, "y = 1");
@@ -279,7 +279,7 @@ TEST(RecordPass, OfNothingButDroppedNodesIsAnEmptyArray) {
   EXPECT_EQ(run.printed, "");
 }
 
-TEST(RecordPass, ForgetsTheParentOfARootThatHangsSomewhere) {
+TEST(RecordPass, ForgetsTheParentOfANestedRoot) {
   ObjectBranch* outer = newRoot("outer");
   ObjectBranch* root = addNode(outer, kBranchFilePath, "filepath", "inner");
   addLine(root, "a");
@@ -288,7 +288,7 @@ TEST(RecordPass, ForgetsTheParentOfARootThatHangsSomewhere) {
   EXPECT_EQ(root->parent, nullptr);
 }
 
-TEST(RecordPass, PassesOverNullChildren) {
+TEST(RecordPass, SkipsNullChildren) {
   ObjectBranch* root = newRoot();
   root->children.push_back(nullptr);
   ObjectBranch* a = addLine(root, "a");
@@ -298,7 +298,7 @@ TEST(RecordPass, PassesOverNullChildren) {
   EXPECT_EQ(valuesOf(run.answer, "nodeID"), (Values{"0", "1"}));
 }
 
-TEST(RecordPass, ListsANumberOnceAndStillWalksBelowItsSecondBearer) {
+TEST(RecordPass, ListsANumberOnceButWalksBelowBothNodes) {
   ObjectBranch* root = newRoot();                 // 0
   ObjectBranch* first = addLine(root, "first");   // 1
   ObjectBranch* second = addLine(root, "again");  // 2, numbered as the first

@@ -18,7 +18,7 @@ using support::RecordRun;
 using support::recordRunOf;
 using support::valuesOf;
 
-TEST(RecordPassTrees, GoesDownADeepTree) {
+TEST(RecordPassTrees, HandlesADeepTree) {
   constexpr int kDepth = 200000;
   ObjectBranch* root = newRoot();
   ObjectBranch* deepest = root;

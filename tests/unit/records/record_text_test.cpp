@@ -18,7 +18,7 @@ TEST(RecordText, IsEmptyAtFirst) {
   EXPECT_STREQ(taken.get(), "");
 }
 
-TEST(RecordText, KeepsWhatIsAppendedWhileItGrows) {
+TEST(RecordText, KeepsItsTextWhileItGrows) {
   RecordText text;
   std::string expected;
   for (int i = 0; i < 2'000; ++i) {
@@ -28,10 +28,10 @@ TEST(RecordText, KeepsWhatIsAppendedWhileItGrows) {
   }
   EXPECT_EQ(text.view(), expected);
   const MallocText taken = std::move(text).take().text;
-  EXPECT_EQ(std::string(taken.get()), expected) << "with a NUL right behind it";
+  EXPECT_EQ(std::string(taken.get()), expected) << "with a NUL right after it";
 }
 
-TEST(RecordText, TakesWhatWasWrittenInPlace) {
+TEST(RecordText, CommitsTextWrittenInPlace) {
   RecordText text;
   text.append("ab");
   char* const to = text.reserve(10);
@@ -56,7 +56,7 @@ TEST(RecordText, CanBeUsedAgainOnceTaken) {
   EXPECT_STREQ(first.get(), "first");
 }
 
-TEST(RecordText, GoesOnInTheMemoryOfAnEarlierOne) {
+TEST(RecordText, ReusesTheMemoryOfAnEarlierOne) {
   RecordText earlier;
   earlier.append(std::string(1'000, 'x'));
   auto [memory, capacity] = std::move(earlier).take();
@@ -69,7 +69,7 @@ TEST(RecordText, GoesOnInTheMemoryOfAnEarlierOne) {
   EXPECT_EQ(std::string(std::move(text).take().text.get()), std::string(1'000, 'y'));
 }
 
-TEST(RecordText, BeginsWithoutAnEarlierOne) {
+TEST(RecordText, StartsWithoutEarlierMemory) {
   RecordText text(nullptr, 77);
   text.append("a");
   EXPECT_EQ(text.view(), "a");

@@ -1,4 +1,4 @@
-// Holds the splitting of leaves, which works on slices, against the plain reading of its rules.
+// Compares the splitting of leaves, which works on slices, with the reference implementation.
 #include <random>
 #include <set>
 #include <string>
@@ -18,8 +18,8 @@ namespace {
 using std::string_view_literals::operator""sv;
 using support::addNode;
 
-// A tree with the text in two leaves, one of them further down, and in a node above a leaf. Its
-// numbers begin at 1 so that it can be destroyed.
+// A tree with the text in two leaves, one of them deeper, and in a node above a leaf. Its numbers
+// start at 1 so that it can be destroyed.
 ObjectBranch* newTree(const std::string& text, const std::string& label) {
   currentIndex = 1;
   objectCount = 0;

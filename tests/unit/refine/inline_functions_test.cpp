@@ -38,7 +38,7 @@ constexpr SplitCase kSplits[] = {
     {"while (x) { y(); }", R"_(loop"while ( x )"@7(line"y ( ) ;"@7))_", ""},
     {"var f = function (a) { return a; };",
      R"_(container"var f = function ( a )"@7(line"return a ;"@7))_",
-     "required: without its brace this is no function; the last ; is no statement"},
+     "required: without its brace this is not a function; the last ; is not a statement"},
     {"class A { m() { return 1; } }",
      R"_(class"class A"@7(container"m ( )"@7(line"return 1 ;"@7)))_", ""},
     {"var f = (a) => { g(); }", R"(function"var f = ( a ) =>"@7(line"g ( ) ;"@7))", ""},
@@ -224,7 +224,7 @@ struct LeafCase {
   const char* why;
 };
 
-// Before the split all have the code 4.
+// Before the split all have code 4.
 constexpr LeafCase kLeaves[] = {
     {"", "define", "define", 4, ""},
     {"a", "define", "define", 4, ""},
@@ -237,7 +237,7 @@ constexpr LeafCase kLeaves[] = {
     {"x = 1", "class", "classvar", 12, ""},
     {"x = 1", "error: NULL parent branch", "classvar", 12, ""},
     {"x = 1;", "define", "define", 4, "nothing is left over"},
-    {"a; x = 1", "define", "classvar", 12, "the text behind the last cut decides"},
+    {"a; x = 1", "define", "classvar", 12, "the text after the last cut decides"},
     {"x = 1; a", "define", "define", 4, ""},
     {"f(); g", "define", "define", 4, ""},
     {"a; return", "define", "line", 3, ""},
@@ -255,7 +255,7 @@ constexpr LeafCase kLeaves[] = {
     {"x = 1 \0{"sv, "define", "classvar", 12, "a NUL ends the text"},
 };
 
-TEST(GenerateInlineFunctions, LabelsTheLeafByWhatIsLeftOver) {
+TEST(GenerateInlineFunctions, LabelsTheLeafByTheRemainder) {
   for (const LeafCase& row : kLeaves) {
     SCOPED_TRACE(testing::PrintToString(std::string(row.contents)) + ", " + row.label + "  // " +
                  row.why);
@@ -269,7 +269,7 @@ TEST(GenerateInlineFunctions, LabelsTheLeafByWhatIsLeftOver) {
   }
 }
 
-TEST(GenerateInlineFunctions, OfNothing) {
+TEST(GenerateInlineFunctions, IgnoresANullNode) {
   currentIndex = 5;
   GenerateInlineFunctions(nullptr, true);
   EXPECT_EQ(currentIndex, 5);
@@ -288,7 +288,7 @@ TEST(GenerateInlineFunctions, SplitsLeavesOnly) {
             R"(line"g;"@0(line"g"@0)))");
 }
 
-TEST(GenerateInlineFunctions, StartsEachLeafAnew) {
+TEST(GenerateInlineFunctions, StartsOverForEachLeaf) {
   ObjectBranch* root = addNode(nullptr, kBranchFilePath, "filepath", "a.txt");
   for (const char* contents : {"a { left", "b; left", "} left", "c;"})
     addNode(root, kBranchLine, "line", contents);
@@ -298,20 +298,20 @@ TEST(GenerateInlineFunctions, StartsEachLeafAnew) {
             R"(line"c;"@0(line"c"@0))");
 }
 
-TEST(GenerateInlineFunctions, DoesNotSplitWhatItMade) {
+TEST(GenerateInlineFunctions, DoesNotSplitNewNodes) {
   ObjectBranch* leaf = newLeaf("x { a; b; c; }");
   GenerateInlineFunctions(leaf, true);
   EXPECT_EQ(dumpChildren(leaf), R"(container"x"@7(line"a ; b ; c ;"@7))");
 }
 
-TEST(GenerateInlineFunctions, TakesARootWithoutChildrenForALeaf) {
+TEST(GenerateInlineFunctions, TreatsAChildlessRootAsALeaf) {
   ObjectBranch* root = addNode(nullptr, kBranchFilePath, "filepath", "x = 1");
   GenerateInlineFunctions(root, true);
   EXPECT_EQ(root->branchTypeAsString, "classvar");
   EXPECT_EQ(root->branchType, kBranchClassVar);
 }
 
-TEST(GenerateInlineFunctions, DoesNotReadTheBool) {
+TEST(GenerateInlineFunctions, IgnoresTheBool) {
   ObjectBranch* first = newLeaf("a; x { b } y = 1");
   GenerateInlineFunctions(first, true);
   ObjectBranch* second = newLeaf("a; x { b } y = 1");

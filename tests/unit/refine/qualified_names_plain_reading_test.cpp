@@ -1,5 +1,5 @@
-// Holds the long names, whose climbs remember what they have read, and the walk for class nodes
-// against the plain reading of their rules.
+// Compares the long names, whose climbs remember what they have read, and the walk for class nodes
+// with the reference implementation.
 #include "refine/qualified_names.h"
 
 #include <cstddef>

@@ -75,7 +75,7 @@ TEST(QualifiedNames, ClassNames) {
 
 // ---- climbForLongName ----
 
-// A node in the tree of a script file: root, namespace, the file's class, the node.
+// A node in a script file's tree: root, namespace, the file's class, the node.
 ObjectBranch* nodeInScript(std::string_view contents, const std::string& path) {
   ObjectBranch* root = addNode(nullptr, kBranchFilePath, "filepath", "greet.js", path);
   ObjectBranch* scope = addNode(root, kBranchNamespace, "namespace", "namespace global", path);
@@ -160,7 +160,7 @@ TEST(QualifiedNames, LongNames) {
 
 TEST(QualifiedNames, LongNameOfNull) { EXPECT_EQ(climbForLongName(nullptr), "global"); }
 
-// A node under others, the outermost first.
+// A node below its ancestors, outermost first.
 struct AncestryCase {
   std::string_view why;
   std::vector<std::string> texts;
@@ -194,7 +194,7 @@ TEST(QualifiedNames, LongNamesFromAbove) {
   }
 }
 
-// The node and nine ancestors are looked at, and no more.
+// The climb reads the node and nine ancestors, and no more.
 TEST(QualifiedNames, TheClimbIsTenNodesLong) {
   struct Case {
     std::string_view top;
@@ -213,8 +213,8 @@ TEST(QualifiedNames, TheClimbIsTenNodesLong) {
   }
 }
 
-// The module is named after the file of the node that exports; whether it is a page is told by the
-// node itself.
+// The module is named after the file of the exporting node; the node itself decides whether it is a
+// page.
 TEST(QualifiedNames, PathsOfTwoNodes) {
   ObjectBranch* exporting = addNode(nullptr, kBranchLine, "line", "export const x;", "/src/lib.js");
   EXPECT_EQ(climbForLongName(addNode(exporting, kBranchLine, "line", "y;", "/src/a.html")), "lib");
@@ -260,7 +260,7 @@ constexpr LettersCase kLetters[] = {
     {"Greet", false},
 };
 
-TEST(QualifiedNames, AnyTextWithTheLettersBecomesAClass) {
+TEST(QualifiedNames, AnyTextThatContainsClassBecomesAClass) {
   for (const LettersCase& row : kLetters) {
     ObjectBranch* node = addNode(nullptr, kBranchLoop, "loop", std::string(row.contents));
     SpelunkForClasses(node);
@@ -309,7 +309,7 @@ TEST(QualifiedNames, ExpandGoesDownToTheFirstClassOnEachPath) {
   ASSERT_EQ(root->children.size(), 3U);
   EXPECT_EQ(root->children[1], nullptr) << "an empty entry stays";
   root->children.erase(root->children.begin() + 1);
-  EXPECT_EQ(support::dumpTree(root), kExpanded) << "the root is not looked at";
+  EXPECT_EQ(support::dumpTree(root), kExpanded) << "the root is ignored";
   EXPECT_EQ(root->branchType, 11U);
   const ObjectBranch* a = root->children[0];
   EXPECT_EQ(a->branchType, 13U);
@@ -317,7 +317,7 @@ TEST(QualifiedNames, ExpandGoesDownToTheFirstClassOnEachPath) {
   EXPECT_EQ(a->children[0]->children[0]->branchType, 3U);
 }
 
-TEST(QualifiedNames, SpelunkLooksAtTheNodeItself) {
+TEST(QualifiedNames, SpelunkChecksTheNodeItself) {
   ObjectBranch* root = treeWithClasses();
   SpelunkForClasses(root);
   root->children.erase(root->children.begin() + 1);
@@ -326,7 +326,7 @@ TEST(QualifiedNames, SpelunkLooksAtTheNodeItself) {
             "line\"d\"@0(loop\"e\"@0(line\"class f\"@0) line\"class g\"@0))");
 }
 
-TEST(QualifiedNames, SpelunkPassesOverEmptyEntries) {
+TEST(QualifiedNames, SpelunkSkipsNullEntries) {
   ObjectBranch* top = addNode(nullptr, kBranchLine, "line", "a");
   top->children.push_back(nullptr);
   addNode(top, kBranchLine, "line", "class b");
@@ -335,8 +335,8 @@ TEST(QualifiedNames, SpelunkPassesOverEmptyEntries) {
   EXPECT_EQ(top->children[1]->branchType, 7U);
 }
 
-// The wrappers of the scanner route: a class wrapper gets its code here, unless the wrapper above
-// it holds the letters.
+// The wrappers of the scanner route: a class wrapper gets its code here, unless the text of the
+// wrapper above it contains "class".
 TEST(QualifiedNames, Wrappers) {
   struct Case {
     std::string_view outer;

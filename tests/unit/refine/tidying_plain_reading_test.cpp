@@ -1,4 +1,4 @@
-// Holds the passes that tidy a tree against the plain reading of their rules.
+// Compares the passes that tidy a tree with the reference implementation.
 #include "refine/tidying.h"
 
 #include <cstddef>

@@ -65,7 +65,7 @@ constexpr TextCase kTexts[] = {
     {" \v } \f "sv, true},
     {"  }; "sv, true},
 
-    // The record pass leaves these out, this pass does not.
+    // The record pass skips these, this pass does not.
     {"{}"sv, false},
     {"("sv, false},
     {")"sv, false},
@@ -110,7 +110,7 @@ TEST(RemoveBraceOnlyNodes, Texts) {
   }
 }
 
-TEST(RemoveBraceOnlyNodes, TheNodeItselfIsNotLookedAt) {
+TEST(RemoveBraceOnlyNodes, TheNodeItselfIsNotChecked) {
   ObjectBranch* top = line(nullptr, "{");
   line(top, "a");
   line(top, "}");
@@ -143,7 +143,7 @@ TEST(RemoveBraceOnlyNodes, Siblings) {
   }
 }
 
-TEST(RemoveBraceOnlyNodes, EmptyEntriesGo) {
+TEST(RemoveBraceOnlyNodes, NullEntriesAreRemoved) {
   ObjectBranch* top = root();
   top->children = {nullptr, nullptr};
   ObjectBranch* a = line(top, "a");
@@ -173,9 +173,9 @@ TEST(RemoveBraceOnlyNodes, AtEveryDepth) {
             "l\"});\"@0(l\"b\"@0))");
 }
 
-// required: what hangs below a brace leaves the tree with it, but is neither moved up nor
+// required: the subtree below a brace leaves the tree with it; it is neither moved up nor
 // destroyed.
-TEST(RemoveBraceOnlyNodes, TheWholeSubtreeLeaves) {
+TEST(RemoveBraceOnlyNodes, TheWholeSubtreeIsRemoved) {
   currentIndex = 20;
   objectCount = 30;
   ObjectBranch* top = root();
@@ -301,7 +301,7 @@ TEST(AppendAllDefines, NoMemoryForTheNode) {
   EXPECT_EQ(objectCount, 3);
 }
 
-// A run without defines makes the node and loses it again.
+// A run without defines makes the node and removes it again.
 TEST(AppendAllDefines, ANodeWithoutTextIsBraceOnly) {
   ObjectBranch* top = root();
   line(top, "a");

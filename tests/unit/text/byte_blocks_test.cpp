@@ -16,9 +16,9 @@ using text::kBlockBytes;
 
 constexpr std::size_t kMaxBytes = 3 * kBlockBytes + 3;
 
-// The one special byte at each place of texts of each length, so that it is met in a whole block,
-// in the last one and in a text that fills none.
-TEST(ByteBlocks, FindAByteWhereverItStands) {
+// The one special byte at each position of texts of each length, so that it is in a whole block, in
+// the last one and in a text shorter than a block.
+TEST(ByteBlocks, FindAByteAtAnyPosition) {
   const auto isQuote = [](Bytes bytes) { return bytes.are('"') | bytes.are('\xFF'); };
   for (std::size_t size = 0; size <= kMaxBytes; ++size) {
     std::string text(size, 'a');
@@ -43,9 +43,9 @@ TEST(ByteBlocks, CompareBytesAsSignedValues) {
   }
 }
 
-// Needles whose anchor is the first, a middle and the last byte but one, at each place, whole and
-// with each byte changed.
-TEST(Needle, IsFoundWhereverItStands) {
+// Needles whose anchor is the first, a middle and the last byte but one, at each position,
+// unchanged and with each byte changed.
+TEST(Needle, IsFoundAtAnyPosition) {
   constexpr text::Needle kNeedles[] = {"class", "function", "=>", "TTTTT", "{", "module.exports"};
   for (const text::Needle& needle : kNeedles) {
     const std::string_view sought = needle.text();
@@ -68,8 +68,8 @@ TEST(Needle, IsFoundWhereverItStands) {
   }
 }
 
-// Many near misses before the hit, so that a block is looked through more than once.
-TEST(Needle, IsFoundBehindItsOwnBeginnings) {
+// Many near misses before the hit, so that several candidates in a block are compared.
+TEST(Needle, IsFoundAfterNearMisses) {
   constexpr text::Needle kNeedle = "aab";
   for (std::size_t size = 0; size < kMaxBytes; ++size) {
     std::string text(size, 'a');

@@ -19,7 +19,7 @@ TEST(GetFileExtension, Table) {
   constexpr PathCase kCases[] = {
       {"a/b.min.js", "js"},
       {"noext", ""},
-      {"name.", "", "a final dot gives an empty extension"},
+      {"name.", "", "a final dot yields an empty extension"},
       {".js", "js", "a leading dot counts"},
       {"dir.d/file", "d/file", "required: directories are not stripped first"},
       {"dir.d\\file", "d\\file", "required: directories are not stripped first"},

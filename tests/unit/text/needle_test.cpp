@@ -22,14 +22,14 @@ struct Row {
   std::string_view why;
 };
 
-TEST(Needle, IsFoundWhereverItStands) {
+TEST(Needle, IsFoundAtAnyPosition) {
   constexpr Needle kNeedle = "export ";
   constexpr Row kRows[] = {
       {"export ", true, "the whole text"},
       {"export x", true, "at the start"},
       {"an export ", true, "at the end"},
-      {"xxexport x", true, "behind bytes that look like its middle"},
-      {"eexport ", true, "a start that begins anew"},
+      {"xxexport x", true, "after bytes that look like its middle"},
+      {"eexport ", true, "a false start"},
       {"", false, "an empty text"},
       {"export", false, "a byte short"},
       {"exporx ", false, "one byte off"},
@@ -48,8 +48,8 @@ TEST(Needle, OfOneByte) {
   EXPECT_TRUE(contains(std::string_view("a\0", 2), std::string_view("\0", 1)));
 }
 
-// Each text fills a block of its own, so that a sanitizer sees a look beyond its last byte.
-TEST(Needle, IsLookedForWithinTheText) {
+// Each text fills its own allocation, so that a sanitizer detects a read past its end.
+TEST(Needle, IsSearchedWithinTheTextOnly) {
   constexpr Needle kNeedles[] = {"=>", "export ", "aab"};
   for (const Needle& needle : kNeedles) {
     for (std::size_t size = needle.text().size(); size <= 80; ++size) {
@@ -84,7 +84,7 @@ TEST(Needle, AgreesWithAPlainSearch) {
     for (int round = 0; round < 20'000; ++round) {
       std::string haystack;
       while (haystack.size() < 30) {
-        // Mostly pieces of the needle, so that whole ones come up.
+        // Mostly pieces of the needle, so that whole ones occur.
         const std::size_t from = random() % bytes.size();
         haystack += bytes.substr(from, 1 + random() % bytes.size());
       }

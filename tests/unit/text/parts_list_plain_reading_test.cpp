@@ -1,4 +1,4 @@
-// Holds the word splitter, whose parts are slices, against the plain reading of its rules.
+// Compares the word splitter, whose parts are slices, with the reference implementation.
 #include "text/parts_list.h"
 
 #include <string>

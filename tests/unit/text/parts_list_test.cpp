@@ -111,12 +111,12 @@ TEST(PartsList, Dots) {
       {"(1).a", {"(", "1", ")", ".", "a"}},
       {"0.a9.b", {"0.a9.b"}},
       {"a9.b.c", {"a9.b", ".", "c"}},
-      {"/.a", {"/", ".", "a"}, "the bytes beside the digits are no digits"},
+      {"/.a", {"/", ".", "a"}, "the bytes beside the digits are not digits"},
       {"2:.a", {"2", ":", ".", "a"}},
   });
 }
 
-TEST(PartsList, GluedOperators) {
+TEST(PartsList, JoinedOperators) {
   expectParts({
       {"i++;", {"i", "++", ";"}},
       {"a===b", {"a", "===", "b"}},

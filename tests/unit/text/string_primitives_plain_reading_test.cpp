@@ -1,5 +1,5 @@
-// Holds the string primitives and file names, which work on slices, against the plain reading of
-// their rules.
+// Compares the string primitives and file names, which work on slices, with the reference
+// implementation.
 #include <string>
 #include <string_view>
 

@@ -14,7 +14,7 @@ namespace {
 
 using namespace std::string_view_literals;
 
-// Every text over the alphabet of at most maxLength bytes, the empty one first.
+// Returns every text over the alphabet of at most maxLength bytes, starting with the empty one.
 std::vector<std::string> everyText(std::string_view alphabet, std::size_t maxLength) {
   std::vector<std::string> texts{""};
   std::size_t first = 0;
@@ -26,7 +26,7 @@ std::vector<std::string> everyText(std::string_view alphabet, std::size_t maxLen
   return texts;
 }
 
-TEST(BothAreSpaces, TwoBlanksAndNothingElse) {
+TEST(BothAreSpaces, OnlyForTwoBlanks) {
   struct Case {
     char a;
     char b;
@@ -194,8 +194,8 @@ TEST(TrimAndReduce, IsTrimAfterTheConversion) {
   }
 }
 
-// The result is a slice of the text itself, unless something inside has to be collapsed.
-TEST(TrimAndReduceView, CopiesOnlyWhatHasToChange) {
+// The result is a slice of the text itself, unless something inside needs collapsing.
+TEST(TrimAndReduceView, CopiesOnlyIfNeeded) {
   for (const std::string& original : everyText("ab \t\f\n", 6)) {
     const std::string trimmed = trim(original);
     const bool changes = ConvertWhiteSpacesToSingleSpace(trimmed) != trimmed;
@@ -209,7 +209,7 @@ TEST(TrimAndReduceView, CopiesOnlyWhatHasToChange) {
 TEST(FirstWord, Table) {
   constexpr TextCase kCases[] = {
       {"", ""},
-      {"foo(bar)", "foo", "stops at the first byte that is no word byte"},
+      {"foo(bar)", "foo", "stops at the first byte that is not a word byte"},
       {"#include <x>", "#include", "# is a word byte"},
       {"a_b1#c.d", "a_b1#c"},
       {"$x = 1", "", "$ is not"},
@@ -336,7 +336,7 @@ TEST(Contains, AnywhereInTheText) {
   }
 }
 
-TEST(ContainsWord, IsNoWordSearch) {
+TEST(ContainsWord, IgnoresWordBoundaries) {
   for (const SearchCase& row : kSearchCases) {
     SCOPED_TRACE(testing::PrintToString(row.needle) + " in " +
                  testing::PrintToString(row.haystack) + " " + std::string(row.why));
@@ -368,7 +368,7 @@ constexpr OutsideCase kOutsideCases[] = {
     {"", "?", false},
     {"", "", false, "an empty needle is contained but equals no byte"},
     {"a", "", false},
-    {R"(a = "?" ? 1 : 2)", "?", true, "the second mark stands outside the quotes"},
+    {R"(a = "?" ? 1 : 2)", "?", true, "the second mark is outside the quotes"},
     {R"("?")", "?", false},
     {R"(x="?)", "?", false, "an open quote runs to the end"},
     {R"("a" ? "b")", "?", true},

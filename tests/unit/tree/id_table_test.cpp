@@ -53,7 +53,7 @@ TEST(IdTable, NegativeAndFarIds) {
     EXPECT_EQ(table.find(id), IdTable::kAbsent) << id;
 }
 
-// Ids that came when they were far away must stay found once the dense ones have caught up.
+// Ids inserted while they were far away must still be found once the dense ids reach them.
 TEST(IdTable, FarIdsThatTheDenseOnesReach) {
   constexpr std::int32_t kCount = 50'000;
   IdTable table;

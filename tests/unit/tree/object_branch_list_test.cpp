@@ -27,7 +27,7 @@ TEST(ObjectBranchList, PreOrder) {
   EXPECT_EQ(list, (List{root, a, c, b})) << "a second time adds nothing";
 }
 
-TEST(ObjectBranchList, GoesDownFromAnyNode) {
+TEST(ObjectBranchList, StartsAtAnyNode) {
   ObjectBranch* root = nodeOf(0);
   ObjectBranch* a = nodeOf(1, root);
   ObjectBranch* b = nodeOf(2, a);
@@ -57,7 +57,7 @@ TEST(ObjectBranchList, NullChildrenAndNullEntries) {
   EXPECT_EQ(list, (List{nullptr, root, a}));
 }
 
-// Presence is a matter of the number and not of the node.
+// Presence depends on the number, not on the node.
 TEST(ObjectBranchList, AListedNumberAddsNothingButItsChildren) {
   ObjectBranch* root = nodeOf(0);
   ObjectBranch* first = nodeOf(5, root);
@@ -89,7 +89,7 @@ TEST(ObjectBranchList, OneNodeTwice) {
   EXPECT_EQ(list, (List{root, a, b}));
 }
 
-// required: nodes that nobody numbered share the number -1, so only the first is listed.
+// required: unnumbered nodes share the number -1, so only the first is listed.
 TEST(ObjectBranchList, UnnumberedNodes) {
   ObjectBranch* root = allocateObjectBranch();
   nodeOf(-1, root);
@@ -112,7 +112,7 @@ TEST(ObjectBranchList, NumbersFarApart) {
   EXPECT_EQ(list, expected);
 }
 
-// A number that was far away from all others when it was listed stays listed.
+// A number that was far away from all others when listed stays listed.
 TEST(ObjectBranchList, AFarNumberThatTheOthersReach) {
   constexpr std::int32_t kFar = 50'000;
   ObjectBranch* root = nodeOf(0);

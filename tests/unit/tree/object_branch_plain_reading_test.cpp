@@ -1,5 +1,5 @@
-// Holds the flat list of a tree, which looks numbers up in a table, and the teardown, which keeps
-// its own stack, against the plain reading of their rules.
+// Compares the flat list of a tree, which uses a table of numbers, and the teardown, which keeps
+// its own stack, with the reference implementation.
 #include <cstddef>
 #include <cstdint>
 #include <random>
@@ -25,12 +25,12 @@ TEST(AddObjectToVectorPlainReading, OfRandomTreesAndLists) {
   for (int i = support::textCount(100'000); i > 0 && !HasFatalFailure(); --i) {
     const support::NodeSweep sweep;
     support::TreePlan plan = support::randomPlan(kTexts, 20, random);
-    // Numbers near and far, below zero, and used more than once.
+    // Numbers near and far, negative, and duplicated.
     const std::int32_t step = random() % 2 == 0 ? 1 : 5'000;
     for (support::NodePlan& node : plan)
       node.id = step * (static_cast<std::int32_t>(random() % 30) - 3);
     const std::vector<ObjectBranch*> nodes = support::growTree(plan);
-    // Shared and null children, but no node above itself.
+    // Shared and null children, but no cycles.
     for (std::size_t extra = random() % 3; extra > 0 && nodes.size() > 1; --extra) {
       const std::size_t above = random() % (nodes.size() - 1);
       const std::size_t below = above + 1 + random() % (nodes.size() - above - 1);
@@ -46,7 +46,7 @@ TEST(AddObjectToVectorPlainReading, OfRandomTreesAndLists) {
   }
 }
 
-// What is left of a tree: for each node whether it was visited and whether it is alive.
+// The state of a tree afterwards: for each node whether it was visited and whether it is alive.
 template <typename Delete>
 std::string leftOf(const support::TreePlan& plan, const std::vector<std::size_t>& extraChildren,
                    Delete deleteTree) {

@@ -1,4 +1,4 @@
-// What of a tree goes and what stays when it is torn down.
+// Which nodes of a tree are destroyed by the teardown and which stay.
 
 #include <unistd.h>
 
@@ -39,7 +39,7 @@ TEST(ObjectBranchTeardown, TheRootOfARunOnlyLosesItsChildren) {
   EXPECT_EQ(visited, (std::set<ObjectBranch*>{root}));
 }
 
-TEST(ObjectBranchTeardown, AnyOtherNodeGoesWithAllBelow) {
+TEST(ObjectBranchTeardown, AnyOtherNodeIsDestroyedWithItsSubtree) {
   ObjectBranch* parent = nodeOf(4);
   ObjectBranch* node = nodeOf(5, parent);
   ObjectBranch* child = nodeOf(6, node);
@@ -51,13 +51,13 @@ TEST(ObjectBranchTeardown, AnyOtherNodeGoesWithAllBelow) {
   DeleteNodeTree(node, visited);
   EXPECT_EQ(watch.releases(), (std::vector<int>{1, 1, 1, 0}));
   EXPECT_EQ(visited, (std::set<ObjectBranch*>{node, child, unnumbered}));
-  EXPECT_EQ(parent->children, (List{node})) << "the parent is not told";
+  EXPECT_EQ(parent->children, (List{node})) << "the parent is not changed";
   EXPECT_EQ(allAllocatedNodes.size(), registered);
   EXPECT_EQ(allAllocatedNodes.count(node) + allAllocatedNodes.count(child), 2U);
   EXPECT_EQ(objectCount, 9);
 }
 
-TEST(ObjectBranchTeardown, StopsAtTheNumberZeroWhereverItStands) {
+TEST(ObjectBranchTeardown, StopsAtNumberZeroAnywhere) {
   ObjectBranch* node = nodeOf(5);
   ObjectBranch* zero = nodeOf(0, node);
   ObjectBranch* below = nodeOf(7, zero);
@@ -80,7 +80,7 @@ TEST(ObjectBranchTeardown, ANodeThatIsItsOwnChild) {
   EXPECT_EQ(watch.releases(), (std::vector<int>{1, 1}));
 }
 
-TEST(ObjectBranchTeardown, ACircleAndANodeReachedTwice) {
+TEST(ObjectBranchTeardown, ACycleAndASharedNode) {
   ObjectBranch* top = nodeOf(5);
   ObjectBranch* left = nodeOf(6, top);
   ObjectBranch* right = nodeOf(7, top);
@@ -94,7 +94,7 @@ TEST(ObjectBranchTeardown, ACircleAndANodeReachedTwice) {
   EXPECT_EQ(visited, (std::set<ObjectBranch*>{top, left, right, shared}));
 }
 
-TEST(ObjectBranchTeardown, VisitedNodesArePassedOver) {
+TEST(ObjectBranchTeardown, VisitedNodesAreSkipped) {
   ObjectBranch* node = nodeOf(5);
   ObjectBranch* spared = nodeOf(6, node);
   ObjectBranch* below = nodeOf(7, spared);

@@ -16,7 +16,7 @@
 
 namespace {
 
-// The record is plain, and its numbers have promised widths.
+// The record is plain, and the widths of its numbers are documented.
 static_assert(!std::is_polymorphic_v<ObjectBranch> && std::is_aggregate_v<ObjectBranch>);
 static_assert(std::is_same_v<decltype(ObjectBranch::branchType), std::uint32_t>);
 static_assert(std::is_same_v<decltype(ObjectBranch::lineNumber), std::int32_t>);
@@ -161,10 +161,10 @@ TEST(ObjectBranch, SafeStringAllocWithoutMemory) {
   GTEST_SKIP() << "the sanitizer ends the program at a request of that size";
 #else
   constexpr std::size_t kLargest = std::numeric_limits<std::size_t>::max();
-  for (const std::size_t size : {kLargest - 1, kLargest}) {  // with its zero byte, the last is 0
+  for (const std::size_t size : {kLargest - 1, kLargest}) {  // + 1 wraps the last to 0
     std::string message;
     try {
-      // Volatile, or a compiler may see that nobody needs the memory and leave the request out.
+      // volatile, or the compiler may drop the unused allocation.
       char* volatile memory = safeStringAlloc(size);
       std::free(memory);
     } catch (const std::runtime_error& error) {

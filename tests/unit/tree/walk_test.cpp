@@ -18,7 +18,7 @@ ObjectBranch* node(ObjectBranch* parent, const std::string& contents) {
   return addNode(parent, kBranchLine, "line", contents);
 }
 
-// The texts of the nodes in the order of the visits; below a node whose text is in stops nothing is
+// Returns the texts of the nodes in visiting order; nodes below one whose text is in stops are not
 // visited.
 std::string visited(ObjectBranch* top, const std::string& stops = "") {
   std::string texts;
@@ -46,7 +46,7 @@ TEST(Walk, OneNode) { EXPECT_EQ(visited(node(nullptr, "a")), "a"); }
 
 TEST(Walk, Null) { EXPECT_EQ(visited(nullptr), ""); }
 
-TEST(Walk, NullChildrenArePassedOver) {
+TEST(Walk, NullChildrenAreSkipped) {
   ObjectBranch* a = node(nullptr, "a");
   a->children = {nullptr, nullptr};
   ObjectBranch* b = node(a, "b");
@@ -56,7 +56,7 @@ TEST(Walk, NullChildrenArePassedOver) {
   EXPECT_EQ(visited(a), "abc");
 }
 
-TEST(Walk, StopsWhereTheVisitSaysSo) {
+TEST(Walk, StopsWhereTheVisitDeclines) {
   EXPECT_EQ(visited(smallTree(), "b"), "abefgh");
   EXPECT_EQ(visited(smallTree(), "f"), "abcdef");
   EXPECT_EQ(visited(smallTree(), "bf"), "abef");
@@ -66,7 +66,7 @@ TEST(Walk, StopsWhereTheVisitSaysSo) {
 
 TEST(Walk, DoesNotGoUp) { EXPECT_EQ(visited(smallTree()->children[0]), "bcd"); }
 
-// Far more children than the list has room for, so that it moves in memory.
+// More children than the list has room for, so that it is reallocated.
 TEST(Walk, AVisitMayGrowTheListOfItsNode) {
   ObjectBranch* a = smallTree();
   std::string texts;
