@@ -30,7 +30,8 @@ std::vector<std::string> namesOf(const RunOptions& options) {
   std::vector<std::string> names = options.files;
   if (options.list) {
     auto listed = readNameList(*options.list, options.listNameEnd);
-    if (hasWindowsLineEnds(listed)) printMessage("list " + *options.list + ": lines " + kLineEndHint);
+    if (hasWindowsLineEnds(listed))
+      printMessage("list " + *options.list + ": lines " + kLineEndHint);
     std::move(listed.begin(), listed.end(), std::back_inserter(names));
   }
   return names;

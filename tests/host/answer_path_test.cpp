@@ -47,8 +47,8 @@ TEST(WithPath, ChangesThePathOfEachRecordAndNothingElse) {
 TEST(WithPath, ChangesThePathAtTheEndOfAnError) {
   EXPECT_EQ(host::withPath(R"([{"error": "File is empty: /t/\"a.js"}])", "/t/\"a.js", "'a.js"),
             R"([{"error": "File is empty: \'a.js"}])");
-  for (const std::string_view other :
-       {R"([{"error": "Parser exception: x"}])", R"([{"error": "not /t/a.js"}])", R"({"x": 1})", ""}) {
+  for (const std::string_view other : {R"([{"error": "Parser exception: x"}])",
+                                       R"([{"error": "not /t/a.js"}])", R"({"x": 1})", ""}) {
     EXPECT_EQ(host::withPath(other, "/t/a.js", "b"), other);
   }
 }

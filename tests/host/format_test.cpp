@@ -57,10 +57,7 @@ TEST(RawFormat, IsTheAnswerAsItIs) {
   const std::string_view answer = "[\n\x01 anything";
   EXPECT_EQ(write("raw", {.path = "a.js", .answer = answer}), answer);
   const std::string_view error = "[{\"error\": \"File is empty: a.js\"}]";
-  EXPECT_EQ(write("raw", {.path = "a.js",
-                          .status = FileStatus::kEmpty,
-                          .answer = error}),
-            error);
+  EXPECT_EQ(write("raw", {.path = "a.js", .status = FileStatus::kEmpty, .answer = error}), error);
 }
 
 TEST(RawFormat, HasNothingForAFileThatFailedWithoutAnAnswer) {

@@ -72,11 +72,11 @@ TEST(NamePatterns, KnowDirectoriesInWhichARuleMatchesAll) {
     bool mayMatch;
   };
   const std::vector<Row> rows = {
-      {"dist\n", "dist/", false},         {"dist/*\n", "dist/", true},
-      {"dist/*\n", "lib/dist/", true},    {"dist/*\n", "lib/", false},
-      {"dist/*\n", "", false},            {"/dist/**\n", "dist/deep/", true},
-      {"a/b*/**\n", "a/bc/d/", true},     {"a/b*/**\n", "a/c/", false},
-      {"Dist/*\n", "dIst/", true},        {"[d]ist/*\n", "dist/", true},
+      {"dist\n", "dist/", false},      {"dist/*\n", "dist/", true},
+      {"dist/*\n", "lib/dist/", true}, {"dist/*\n", "lib/", false},
+      {"dist/*\n", "", false},         {"/dist/**\n", "dist/deep/", true},
+      {"a/b*/**\n", "a/bc/d/", true},  {"a/b*/**\n", "a/c/", false},
+      {"Dist/*\n", "dIst/", true},     {"[d]ist/*\n", "dist/", true},
   };
   for (const Row& row : rows) {
     NamePatterns patterns;

@@ -252,8 +252,7 @@ TEST_F(Diagnostics, GoToFilesOfAnyName) {
 }
 
 TEST_F(Diagnostics, OfAVersionAreKeptApartToo) {
-  EXPECT_EQ(runOdd({"--version", "--diagnostics", "lines"}),
-            (Outcome{0, kVersions, ""}));
+  EXPECT_EQ(runOdd({"--version", "--diagnostics", "lines"}), (Outcome{0, kVersions, ""}));
   EXPECT_EQ(contentsOf("lines"), "loaded\ncleaned up\nunloaded\n");
 }
 
@@ -281,8 +280,7 @@ TEST_F(Diagnostics, ThatCannotBeWrittenEndTheRun) {
   const std::string message = "quorl-js: diagnostics could not be written: /dev/full\n";
   EXPECT_EQ(runOdd({"noisy", "g", "--diagnostics", "/dev/full"}),
             (Outcome{2, "[\nnoisy|\n]\n", message}));
-  EXPECT_EQ(runOdd({"--version", "--diagnostics", "/dev/full"}),
-            (Outcome{2, kVersions, message}));
+  EXPECT_EQ(runOdd({"--version", "--diagnostics", "/dev/full"}), (Outcome{2, kVersions, message}));
 }
 
 // ---- Standard output that takes nothing
@@ -318,7 +316,9 @@ TEST_F(OutputFailure, OfAReaderWhoHasGoneIsSilent) {
     const Outcome outcome = runOdd(arguments, StandardOutput::kAbandonedPipe);
     EXPECT_EQ(outcome.status, 128 + SIGPIPE);
     // A file may fail before it is seen that there is no reader.
-    if (arguments.front() != "no-memory") EXPECT_EQ(outcome.err, "");
+    if (arguments.front() != "no-memory") {
+      EXPECT_EQ(outcome.err, "");
+    }
   }
 }
 
@@ -330,8 +330,9 @@ TEST_F(OutputFailure, OfAReaderWhoLeavesInTheMiddleIsSilent) {
 
 // Whoever starts the program may ignore SIGPIPE, as many interpreters do.
 TEST_F(OutputFailure, OfAReaderWhoHasGoneIsSilentEvenIfTheSignalIsIgnored) {
-  EXPECT_EQ(runProgram("/bin/sh", {"-c", "trap '' PIPE; exec \"$@\"", "sh", QUORL_JS_PATH,
-                                   "--plugin", ODD_PLUGIN_PATH, "f"},
+  EXPECT_EQ(runProgram("/bin/sh",
+                       {"-c", "trap '' PIPE; exec \"$@\"", "sh", QUORL_JS_PATH, "--plugin",
+                        ODD_PLUGIN_PATH, "f"},
                        StandardOutput::kAbandonedPipe),
             (Outcome{128 + SIGPIPE, "", ""}));
 }

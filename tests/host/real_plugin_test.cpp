@@ -156,8 +156,8 @@ TEST_F(RealPlugin, HasDiagnosticLinesThatCannotBeWritten) {
 }
 
 TEST_F(RealPlugin, TellsItsVersionAndWhereItIs) {
-  const std::string first =
-      "quorl-js " QUORL_VERSION "\nQuorl JavaScript Parser Plugin v1.0 - HTML/JS Support\nplug-in: ";
+  const std::string first = "quorl-js " QUORL_VERSION
+                            "\nQuorl JavaScript Parser Plugin v1.0 - HTML/JS Support\nplug-in: ";
   EXPECT_EQ(run({"--version"}), (Outcome{0, first + QUORL_PLUGIN_PATH + "\n", ""}));
   EXPECT_EQ(run({"-V"}), (Outcome{0, first + QUORL_PLUGIN_PATH + "\n", ""}));
 }

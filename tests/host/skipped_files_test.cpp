@@ -1,5 +1,5 @@
-// What a walk leaves out: what git ignores, binary files, and what globs say. The module is one whose
-// answers are known byte by byte, and which opens no file.
+// What a walk leaves out: what git ignores, binary files, and what globs say. The module is one
+// whose answers are known byte by byte, and which opens no file.
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -22,8 +22,8 @@ namespace {
 namespace fs = std::filesystem;
 using host_test::joined;
 using host_test::Outcome;
-using host_test::runProgram;
 using host_test::RunningProgram;
+using host_test::runProgram;
 using host_test::Words;
 using host_test::writeFile;
 
@@ -75,20 +75,71 @@ using Summary = SkippedFiles;
 
 TEST_F(IgnoredFiles, AreWhatGitSays) {
   if (!isGitInstalled()) GTEST_SKIP() << "no git";
-  const std::vector<std::string> rules = {
-      "*.log",      "build/",        "/top.js",        "sub/deep/*.js", "**/gen",  "doc/**/x.js",
-      "*.py[cod]",  "!keep.log",     "*~",             "a?.txt",        "\\#odd",  "tail/*",
-      "!tail/b.js", "name with blank", "trailing.js  ", "# comment",     "lib/*/z", "*\n!*.js\n!*/",
-      "/*\n!/sub",  "**",            "[!a-z].js",      "UPPER.js",      "sub",     "sub/",
-      "/sub/deep",  "*.js\n!sub/a.js", "foo/*\n!foo/bar.js", "gen/**",   "?",       "a*c*e.js"};
-  const Words files = {
-      "a.log",      "keep.log",     "top.js",        "sub/top.js",   "sub/deep/a.js",
-      "sub/a.js",   "build",        "sub/build/b.js", "gen/g.js",    "sub/gen/g.js",
-      "doc/x.js",   "doc/1/2/x.js", "m.pyc",         "m.py",         "m.js~",
-      "ab.txt",     "abc.txt",      "#odd",          "tail/a.js",    "tail/b.js",
-      "name with blank", "trailing.js", "lib/y/z",   "lib/y/q.js",   "1.js",
-      "b.js",       "upper.js",     "UPPER.js",      "foo/bar.js",   "foo/baz.js",
-      "sub/deep/er/c.js", "abcde.js", "x",           "\xff.log",     "sub/\xc3\xa9.js"};
+  const std::vector<std::string> rules = {"*.log",
+                                          "build/",
+                                          "/top.js",
+                                          "sub/deep/*.js",
+                                          "**/gen",
+                                          "doc/**/x.js",
+                                          "*.py[cod]",
+                                          "!keep.log",
+                                          "*~",
+                                          "a?.txt",
+                                          "\\#odd",
+                                          "tail/*",
+                                          "!tail/b.js",
+                                          "name with blank",
+                                          "trailing.js  ",
+                                          "# comment",
+                                          "lib/*/z",
+                                          "*\n!*.js\n!*/",
+                                          "/*\n!/sub",
+                                          "**",
+                                          "[!a-z].js",
+                                          "UPPER.js",
+                                          "sub",
+                                          "sub/",
+                                          "/sub/deep",
+                                          "*.js\n!sub/a.js",
+                                          "foo/*\n!foo/bar.js",
+                                          "gen/**",
+                                          "?",
+                                          "a*c*e.js"};
+  const Words files = {"a.log",
+                       "keep.log",
+                       "top.js",
+                       "sub/top.js",
+                       "sub/deep/a.js",
+                       "sub/a.js",
+                       "build",
+                       "sub/build/b.js",
+                       "gen/g.js",
+                       "sub/gen/g.js",
+                       "doc/x.js",
+                       "doc/1/2/x.js",
+                       "m.pyc",
+                       "m.py",
+                       "m.js~",
+                       "ab.txt",
+                       "abc.txt",
+                       "#odd",
+                       "tail/a.js",
+                       "tail/b.js",
+                       "name with blank",
+                       "trailing.js",
+                       "lib/y/z",
+                       "lib/y/q.js",
+                       "1.js",
+                       "b.js",
+                       "upper.js",
+                       "UPPER.js",
+                       "foo/bar.js",
+                       "foo/baz.js",
+                       "sub/deep/er/c.js",
+                       "abcde.js",
+                       "x",
+                       "\xff.log",
+                       "sub/\xc3\xa9.js"};
   makeFiles([&] {
     Words paths;
     for (const std::string& file : files) paths.push_back("tree/" + file);
@@ -101,9 +152,9 @@ TEST_F(IgnoredFiles, AreWhatGitSays) {
       SCOPED_TRACE(std::string(list) + ": " + rule);
       fs::create_directories(".git/info");
       writeFile(list, rule + "\n");
-      const Outcome listed = runProgram(
-          "/usr/bin/env", {"git", "-c", "core.quotePath=false", "ls-files", "-z", "--others",
-                           "--exclude-standard"});
+      const Outcome listed =
+          runProgram("/usr/bin/env", {"git", "-c", "core.quotePath=false", "ls-files", "-z",
+                                      "--others", "--exclude-standard"});
       ASSERT_EQ(listed.status, 0);
       std::set<std::string> expected;
       std::istringstream names(listed.out);
@@ -121,8 +172,8 @@ TEST_F(IgnoredFiles, AreWhatGitSays) {
 TEST_F(IgnoredFiles, AreThoseOfEveryListOfRules) {
   if (!isGitInstalled()) GTEST_SKIP() << "no git";
   makeRepository("tree");
-  makeFiles({"tree/a.js", "tree/a.log", "tree/b.tmp", "tree/c.bak", "tree/sub/d.js",
-             "tree/sub/e.js"});
+  makeFiles(
+      {"tree/a.js", "tree/a.log", "tree/b.tmp", "tree/c.bak", "tree/sub/d.js", "tree/sub/e.js"});
   writeFile("tree/.gitignore", "*.log\n");
   fs::create_directories("tree/.git/info");
   writeFile("tree/.git/info/exclude", "*.tmp\n");
@@ -188,8 +239,7 @@ TEST_F(BinaryFiles, AreThoseWithANulByteInTheFirstEightKilobytes) {
   writeFile("tree/d.js", std::string(8192, 'x') + nul);
   writeFile("tree/e.js", "");
   writeFile("tree/f.js", "\xff\xfe\x01");
-  EXPECT_EQ(filesRead({"-r", "tree"}),
-            (Words{"tree/a.js", "tree/d.js", "tree/e.js", "tree/f.js"}));
+  EXPECT_EQ(filesRead({"-r", "tree"}), (Words{"tree/a.js", "tree/d.js", "tree/e.js", "tree/f.js"}));
   EXPECT_EQ(filesRead({"-r", "tree/b.js", "tree"}),
             (Words{"tree/b.js", "tree/a.js", "tree/d.js", "tree/e.js", "tree/f.js"}));
   EXPECT_EQ(filesRead({"-r", "--binary", "tree"}),
@@ -218,8 +268,7 @@ TEST_F(GlobOptions, SelectFilesAndPruneDirectories) {
     Words files;
   };
   const std::vector<Row> rows = {
-      {{"--include=*.js"},
-       {"tree/a.js", "tree/doc/c.js", "tree/gen/doc/f.js", "tree/gen/e.js"}},
+      {{"--include=*.js"}, {"tree/a.js", "tree/doc/c.js", "tree/gen/doc/f.js", "tree/gen/e.js"}},
       {{"--include", "*.ts", "--include", "doc/*.js"}, {"tree/b.ts", "tree/doc/c.js"}},
       {{"--include=*.{ts,md}"}, {"tree/b.ts", "tree/doc/d.md"}},
       {{"--exclude=gen"}, {"tree/a.js", "tree/b.ts", "tree/doc/c.js", "tree/doc/d.md"}},

@@ -16,8 +16,8 @@ namespace {
 namespace fs = std::filesystem;
 using host_test::contentsOf;
 using host_test::Outcome;
-using host_test::runProgram;
 using host_test::RunningProgram;
+using host_test::runProgram;
 using host_test::Words;
 using host_test::writeFile;
 
@@ -40,9 +40,9 @@ class StandardInput : public host_test::QuorlJs {
 constexpr const char* kText = "function f() {\n  return \"/a.js\";\n}\n";
 
 TEST_F(StandardInput, IsAnsweredLikeAFileOfThatName) {
-  std::vector<std::string> names = {"a.js",   "page.html", "notes",        "dir/sub/b.js",
-                                    "../c.js", "./d.ts",   "it's \"q\".js", "back\\slash.js",
-                                    " blank .js", "line\nfeed.js", "-x.js", "[a,b].js"};
+  std::vector<std::string> names = {
+      "a.js",          "page.html",      "notes",      "dir/sub/b.js",  "../c.js", "./d.ts",
+      "it's \"q\".js", "back\\slash.js", " blank .js", "line\nfeed.js", "-x.js",   "[a,b].js"};
 #ifndef __APPLE__  // whose file system takes UTF-8 names only
   names.emplace_back("\xff\xfe.js");
 #endif
@@ -82,23 +82,24 @@ TEST_F(StandardInput, MayBeEmptyOrTooLarge) {
 TEST_F(StandardInput, IsNamedInWarningsAndOutputFiles) {
   fs::create_directory("out");
   const Outcome outcome = runOver("<p></i></i>", {"--stdin=b.html", "--out-dir=out"});
-  EXPECT_EQ(outcome,
-            (Outcome{0, "", "quorl-js: b.html: 2 warnings: Attempting to pop from empty element "
-                            "stack\n"}));
+  EXPECT_EQ(outcome, (Outcome{0, "",
+                              "quorl-js: b.html: 2 warnings: Attempting to pop from empty element "
+                              "stack\n"}));
   EXPECT_NE(contentsOf("out/b.html.records").find("\"filePath\": \"b.html\",\n"),
             std::string::npos);
 }
 
 TEST_F(StandardInput, IsRefusedWithoutAGoodNameAndBesideFiles) {
   for (const char* name : {"", "dir/", ".", "..", "dir/.."}) {
-    EXPECT_EQ(runOver("a", {std::string("--stdin=") + name}),
-              (Outcome{2, "", std::string("quorl-js: --stdin: '") + name +
-                                  "' is no name for a file\n"}));
+    EXPECT_EQ(
+        runOver("a", {std::string("--stdin=") + name}),
+        (Outcome{2, "", std::string("quorl-js: --stdin: '") + name + "' is no name for a file\n"}));
   }
   for (const char* other : {"a.js", "--files-from=input"}) {
     EXPECT_EQ(runOver("a", {"--stdin=b.js", other}),
-              (Outcome{2, "", "quorl-js: --stdin: not with FILE or --files-from; see quorl-js "
-                              "--help\n"}));
+              (Outcome{2, "",
+                       "quorl-js: --stdin: not with FILE or --files-from; see quorl-js "
+                       "--help\n"}));
   }
   const std::string tooLong(300, 'x');
   EXPECT_EQ(runOver("a", {"--stdin=" + tooLong}),
@@ -115,10 +116,10 @@ TEST_F(StandardInput, IsRefusedWithoutAGoodNameAndBesideFiles) {
 
 TEST_F(StandardInput, LeavesNothingBehindAfterASignal) {
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-    RunningProgram program("/usr/bin/env",
-                           {"TMPDIR=scratch", "sh", "-c", "echo a | { exec \"$@\"; }", "sh",
-                            QUORL_JS_PATH, "--plugin", ODD_PLUGIN_PATH, "--stdin=stay",
-                            "--timeout=0"});
+    RunningProgram program(
+        "/usr/bin/env",
+        {"TMPDIR=scratch", "sh", "-c", "echo a | { exec \"$@\"; }", "sh", QUORL_JS_PATH, "--plugin",
+         ODD_PLUGIN_PATH, "--stdin=stay", "--timeout=0"});
     program.waitForFile("staying");
     program.sendToGroup(signal);
     program.errorsToTheEnd();

@@ -16,14 +16,14 @@ TEST(Suggestion, IsTheNearestWord) {
   };
   const std::vector<std::string_view> formats = {"raw", "json", "ndjson", "tree"};
   const std::vector<Row> rows = {
-      {"jsno", formats, "json"},        // two letters swapped
-      {"jso", formats, "json"},         // one missing
-      {"jsonn", formats, "json"},       // one too many
-      {"jsan", formats, "json"},        // one wrong
-      {"JSON", formats, "json"},        // case
-      {"njson", formats, "json"},       // as near as ndjson, which comes later
+      {"jsno", formats, "json"},   // two letters swapped
+      {"jso", formats, "json"},    // one missing
+      {"jsonn", formats, "json"},  // one too many
+      {"jsan", formats, "json"},   // one wrong
+      {"JSON", formats, "json"},   // case
+      {"njson", formats, "json"},  // as near as ndjson, which comes later
       {"ndjsno", formats, "ndjson"},
-      {"ndjs", formats, "ndjson"},      // two mistakes in six letters
+      {"ndjs", formats, "ndjson"},  // two mistakes in six letters
       {"rw", formats, "raw"},
       {"ray", formats, "raw"},
       {"xay", formats, ""},

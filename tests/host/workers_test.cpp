@@ -654,9 +654,11 @@ TEST_F(Warnings, ComeAsOneLineForEachFile) {
       {"differing, and a last line without its end",
        {"mixed-warnings"},
        "quorl-js: mixed-warnings: 2 warnings, first: one\\x1b\n"},
-      {"many", {"flood-stderr"},
+      {"many",
+       {"flood-stderr"},
        "quorl-js: flood-stderr: 20000 warnings: " + std::string(99, 'e') + "\n"},
-      {"a line without end", {"long-warning"},
+      {"a line without end",
+       {"long-warning"},
        "quorl-js: long-warning: 1 warning: " + std::string(200, 'w') + "\n"},
   };
   for (const Row& row : rows) {
@@ -671,10 +673,10 @@ TEST_F(Warnings, ComeAsOneLineForEachFile) {
 }
 
 TEST_F(Warnings, BeforeACrashAreNotLost) {
-  EXPECT_EQ(runOdd({"last-words"}),
-            (Outcome{1, errorAnswer("last-words: " + kKilled),
-                     "quorl-js: last-words: 1 warning: farewell\n"
-                     "quorl-js: last-words: " + kKilled + "\n"}));
+  EXPECT_EQ(runOdd({"last-words"}), (Outcome{1, errorAnswer("last-words: " + kKilled),
+                                             "quorl-js: last-words: 1 warning: farewell\n"
+                                             "quorl-js: last-words: " +
+                                                 kKilled + "\n"}));
 }
 
 #ifdef __linux__
