@@ -318,7 +318,9 @@ TEST_F(OutputFailure, OfAReaderWhoHasGoneIsSilent) {
     const Outcome outcome = runOdd(arguments, StandardOutput::kAbandonedPipe);
     EXPECT_EQ(outcome.status, 128 + SIGPIPE);
     // A file may fail before it is seen that there is no reader.
-    if (arguments.front() != "no-memory") EXPECT_EQ(outcome.err, "");
+    if (arguments.front() != "no-memory") {
+      EXPECT_EQ(outcome.err, "");
+    }
   }
 }
 
