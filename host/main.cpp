@@ -1,6 +1,8 @@
-// quorl-js: the plug-in for the command line. It uses the module through its C face only, in
-// processes of their own: the module writes on standard output, keeps what it has read and may end
-// its process, and none of that is to reach who runs this program.
+// quorl-js: the plug-in on the command line. It uses the module through its C header only, in
+// worker processes: the module writes to standard output, keeps what it has read and may crash, and
+// none of that is to reach the user.
+
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -20,20 +22,24 @@
 #include "run/file_run.h"
 #include "run/output.h"
 #include "system/failure.h"
+#include "system/io.h"
 #include "system/messages.h"
 #include "system/signals.h"
 
 namespace host {
 namespace {
 
+std::string manPageOfInput() { return manPage(readToEnd(STDIN_FILENO, "standard input")); }
+
 struct GeneratedText {
   std::string_view kind;
   std::string (*make)();
 };
 
+// What the build makes out of the tables of options.
 constexpr std::array kGeneratedTexts = {
     GeneratedText{"bash", bashCompletion}, GeneratedText{"fish", fishCompletion},
-    GeneratedText{"man", manPage}, GeneratedText{"tables", markdownTables},
+    GeneratedText{"man", manPageOfInput}, GeneratedText{"tables", markdownTables},
     GeneratedText{"zsh", zshCompletion}};
 
 std::string generatedText(const std::string& kind) {
@@ -45,18 +51,15 @@ std::string generatedText(const std::string& kind) {
 }
 
 int run(const RunOptions& options) {
-  const bool writesAnswers = !options.help && !options.generate && !options.version;
-  if (writesAnswers && options.outDirectory) return runFiles(options, nullptr);
+  if (!options.help && !options.generate && !options.version) return runFiles(options);
   Output output;
   int status = kSuccess;
   if (options.help) {
     output.write(helpText(kProgram));
   } else if (options.generate) {
     output.write(generatedText(*options.generate));
-  } else if (options.version) {
-    status = printVersions(options, output);
   } else {
-    status = runFiles(options, &output);
+    status = printVersions(options, output);
   }
   output.close();
   return status;
@@ -73,6 +76,8 @@ int main(int argc, char** argv) {
   try {
     if (argc > 1 && argv[1] == std::string_view("merge")) return host::runMerge(argc - 1, argv + 1);
     return host::run(host::parseRunOptions(argc, argv));
+  } catch (const host::BrokenPipe&) {
+    host::endByBrokenPipe();
   } catch (const std::exception& failure) {
     host::printMessage(failure.what());
     return host::kRunFailed;

@@ -5,6 +5,9 @@
 #include <iterator>
 #include <utility>
 
+#include "cli/suggestion.h"
+#include "system/text_parts.h"
+
 namespace host {
 namespace {
 
@@ -17,7 +20,8 @@ void addOption(CLI::App& app, const Option& option) {
     app.add_flag(names)->disable_flag_override();
   } else {
     CLI::Option* const added = app.add_option(names)->type_name(std::string(option.argument));
-    if (option.mayRepeat) added->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    added->multi_option_policy(option.mayRepeat ? CLI::MultiOptionPolicy::TakeAll
+                                                : CLI::MultiOptionPolicy::TakeLast);
   }
   if (!option.neededName.empty()) {  // it stands before this one in the table
     app.get_option(std::string(option.name))->needs(app.get_option(std::string(option.neededName)));
@@ -54,10 +58,17 @@ std::vector<std::string> withEmptyValues(const CLI::App& app, std::vector<std::s
   return result;
 }
 
+// The name of the option that the unknown one was probably meant to be.
+std::string suggestedOption(const Command& command, std::string_view unknown) {
+  std::vector<std::string_view> names;
+  for (const Option& option : command.options) names.push_back(option.name);
+  return suggestion(unknown.substr(0, unknown.find('=')), names);
+}
+
 }  // namespace
 
 ArgumentParser::ArgumentParser(const Command& command, int argc, const char* const* argv)
-    : helpHint_("; see " + std::string(command.name) + " --help") {
+    : command_(command) {
   CLI::App app;
   for (const Option& option : command.options) addOption(app, option);
   for (const Option& option : command.hiddenOptions) addOption(app, option);
@@ -76,7 +87,8 @@ ArgumentParser::ArgumentParser(const Command& command, int argc, const char* con
     isHelpWanted_ = true;
     return;
   } catch (const CLI::ExtrasError&) {
-    throw failure("unknown option " + app.remaining().front());
+    const std::string unknown = app.remaining().front();
+    throw failure("unknown option " + unknown, suggestedOption(command, unknown));
   } catch (const CLI::ParseError& error) {
     throw failure(error.what());
   }
@@ -93,7 +105,7 @@ ArgumentParser::ArgumentParser(const Command& command, int argc, const char* con
 std::optional<std::string> ArgumentParser::valueOf(std::string_view option) const {
   const auto entry = values_.find(option);
   if (entry == values_.end()) return std::nullopt;
-  return entry->second.front();
+  return entry->second.back();
 }
 
 std::vector<std::string> ArgumentParser::valuesOf(std::string_view option) const {
@@ -101,8 +113,23 @@ std::vector<std::string> ArgumentParser::valuesOf(std::string_view option) const
   return entry == values_.end() ? std::vector<std::string>() : entry->second;
 }
 
-Failure ArgumentParser::failure(const std::string& message) const {
-  return Failure(message + helpHint_);
+Failure ArgumentParser::failure(const std::string& message, const std::string& hint) const {
+  return Failure(message +
+                 (hint.empty() ? "; see " + std::string(command_.name) + " --help" : hint));
+}
+
+Failure ArgumentParser::invalidValue(std::string_view option, std::string_view value) const {
+  const auto row = std::find_if(command_.options.begin(), command_.options.end(),
+                                [option](const Option& known) { return known.name == option; });
+  const std::string message = std::string(option) + ": invalid value '" + std::string(value) + "'";
+  if (row->words == nullptr) return Failure(message + "; use " + std::string(row->values));
+  const std::vector<std::string_view> words = row->words();
+  return Failure(message + suggestion(value, words) + " (one of " + joined(words, ", ") + ")");
+}
+
+std::optional<std::string> outputFileOf(const ArgumentParser& arguments) {
+  const std::optional<std::string> file = arguments.valueOf("--output");
+  return file == "-" ? std::nullopt : file;
 }
 
 }  // namespace host

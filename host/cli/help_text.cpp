@@ -5,20 +5,13 @@
 #include <string_view>
 
 #include "cli/option_table.h"
+#include "system/text_parts.h"
 
 namespace host {
 namespace {
 
 constexpr std::size_t kLineBytes = 79;
 constexpr std::string_view kMargin = "  ";  // before a label, and between it and its text
-
-std::string labelOf(const Option& option) {
-  std::string label;
-  if (!option.shortName.empty()) label.append(option.shortName).append(", ");
-  label += option.name;
-  if (!option.argument.empty()) label.append(" ").append(option.argument);
-  return label;
-}
 
 // Appends the text, broken at blanks, whose first line is indented already.
 void appendWrapped(std::string& out, std::string_view text, std::size_t indent) {
@@ -41,11 +34,8 @@ void appendEntry(std::string& out, std::string_view label, std::string_view text
 
 void appendExample(std::string& out, const Example& example) {
   out.append(kMargin).append(example.purpose).append("\n");
-  std::string_view rest = example.commands;
-  while (!rest.empty()) {
-    const std::string_view line = rest.substr(0, rest.find('\n'));
+  for (const std::string_view line : partsOf(example.commands, '\n')) {
     out.append(kMargin).append(kMargin).append(line).append("\n");
-    rest.remove_prefix(std::min(line.size() + 1, rest.size()));
   }
 }
 
@@ -53,8 +43,9 @@ void appendExample(std::string& out, const Example& example) {
 
 std::string helpText(const Command& command) {
   std::size_t labelBytes = 0;
-  for (const Option& option : command.options)
+  for (const Option& option : command.options) {
     labelBytes = std::max(labelBytes, labelOf(option).size());
+  }
 
   std::string text;
   for (const std::string_view synopsis : command.synopses) {
@@ -62,8 +53,9 @@ std::string helpText(const Command& command) {
   }
   text += "\n";
   appendWrapped(text, command.purpose, 0);
-  text += "\nOptions:\n";
+  if (command.options.front().group.empty()) text += "\nOptions:\n";
   for (const Option& option : command.options) {
+    if (!option.group.empty()) text.append("\n").append(option.group).append(":\n");
     appendEntry(text, labelOf(option), option.help, labelBytes);
   }
   appendEntry(text, labelOf(command.endOfOptions), command.endOfOptions.help, labelBytes);

@@ -2,174 +2,255 @@
 
 #include <array>
 
+#include "formats/format.h"
+#include "records/labels.h"
+#include "system/text_parts.h"
+
 namespace host {
 namespace {
 
-constexpr std::array<std::string_view, 3> kSynopses = {
+using Words = std::vector<std::string_view>;
+
+Words labelWords() { return {kLabels.begin(), kLabels.end()}; }
+
+constexpr std::string_view kSizes = "a size such as 64M or 2GiB, or 0 for no limit";
+
+constexpr std::array<std::string_view, 4> kSynopses = {
     "quorl-js FILE... [OPTION]...", "quorl-js --files-from LIST [FILE]... [OPTION]...",
-    "quorl-js merge SHARD... [OPTION]..."};
+    "quorl-js --stdin NAME [OPTION]...", "quorl-js merge SHARD... [OPTION]..."};
 
 constexpr std::array kOptions = {
     Option{.name = "--recursive",
-           .help = "take the regular files below each FILE that is a directory; they come in byte "
-                   "order of their paths, links to directories below it are not followed, and "
-                   "entries with a leading dot or the name node_modules are left out"},
+           .shortName = "-r",
+           .group = "Input",
+           .help = "Read directories recursively",
+           .details = "Files come in byte order of their paths. Links to directories are not "
+                      "followed. Skipped are entries that start with a dot, entries named "
+                      "node_modules, what git ignores, and binary files. A FILE that is named is "
+                      "always read."},
     Option{.name = "--hidden",
            .neededName = "--recursive",
-           .help = "with --recursive, take entries with a leading dot too"},
+           .help = "With --recursive, include entries that start with a dot"},
     Option{.name = "--node-modules",
            .neededName = "--recursive",
-           .help = "with --recursive, take entries called node_modules too"},
+           .help = "With --recursive, include entries named node_modules"},
+    Option{.name = "--no-ignore",
+           .neededName = "--recursive",
+           .help = "With --recursive, include what git ignores",
+           .details = "Without it, the .gitignore files, info/exclude and core.excludesFile of a "
+                      "git work tree apply below its root, even to files that git tracks. A "
+                      "directory that is named is walked even if git ignores it; then no rule "
+                      "applies below it."},
+    Option{.name = "--binary",
+           .neededName = "--recursive",
+           .help = "With --recursive, include binary files",
+           .details = "A file is binary if its first 8 KiB hold a NUL byte."},
+    Option{.name = "--include",
+           .argument = "GLOB",
+           .mayRepeat = true,
+           .neededName = "--recursive",
+           .help = "With --recursive, read only files that match GLOB (repeatable)",
+           .details = "A GLOB without a slash matches the name of an entry, one with a slash its "
+                      "path below the FILE that is walked. * and ? stop at a slash, ** spans "
+                      "directories, {a,b} matches a or b. A slash at the end matches directories "
+                      "only."},
+    Option{.name = "--exclude",
+           .argument = "GLOB",
+           .mayRepeat = true,
+           .neededName = "--recursive",
+           .help = "With --recursive, skip files and directories that match GLOB (repeatable)",
+           .details = "It wins over --include."},
     Option{.name = "--files-from",
            .argument = "LIST",
            .completion = Completion::kFiles,
-           .help = "read the names of further FILEs from the file LIST; they stand one a line, "
-                   "empty lines are skipped, and a LIST of - is standard input"},
+           .help = "Read file names from LIST, one per line (- is stdin)",
+           .details = "Empty lines are skipped. The files of the command line come first."},
     Option{.name = "--null",
            .shortName = "-0",
            .neededName = "--files-from",
-           .help = "names in LIST end in NUL bytes instead of line feeds"},
+           .help = "Split LIST at NUL bytes instead of line feeds"},
+    Option{.name = "--stdin",
+           .argument = "NAME",
+           .completion = Completion::kFiles,
+           .help = "Read standard input as a file called NAME",
+           .details = "NAME selects how the text is read, and stands in the output. No file of "
+                      "that name has to exist. Not to be combined with FILE or --files-from."},
     Option{.name = "--format",
            .argument = "FORMAT",
-           .words = "raw json ndjson tree",
-           .help = "the form of the output: raw (the plug-in's own text, as without this option), "
-                   "json (one document), ndjson (one object a line) or tree (an outline to read)"},
-    Option{
-        .name = "--depth", .argument = "N", .help = "of an outline, the N uppermost levels only"},
+           .words = formatNames,
+           .group = "Output",
+           .help = "Choose the output format: raw, json, ndjson or tree (default: raw)",
+           .details = "raw is the plug-in's own text, json one document, ndjson one object per "
+                      "line, tree an outline to read."},
     Option{.name = "--only",
            .argument = "LABEL",
+           .words = labelWords,
            .mayRepeat = true,
-           .help = "of an outline, the records with that label only; several stand with commas "
-                   "between them or each with an --only of its own"},
-    Option{.name = "--times",
-           .help = "give in json and ndjson how long the plug-in took over each file"},
+           .help = "Print only records with this label (repeatable, or comma-separated)",
+           .details = "error stands for every label that begins with it. In json and ndjson a "
+                      "record keeps its numbers, so parentID and childNodeIDs may name records "
+                      "that are not printed. Not for raw."},
+    Option{.name = "--depth",
+           .argument = "N",
+           .values = "a number",
+           .help = "Print only the top N levels",
+           .details = "The record of the file itself is level 0. Not for raw."},
+    Option{.name = "--times", .help = "Include each file's parse time (json, ndjson)"},
+    Option{.name = "--output",
+           .shortName = "-o",
+           .argument = "FILE",
+           .completion = Completion::kFiles,
+           .help = "Write to FILE, which is replaced when the output is complete",
+           .details = "The output is written to a new file beside FILE and renamed. With exit "
+                      "status 2, and after a signal, FILE is as it was. A FILE that is no regular "
+                      "file is written directly; - is standard output."},
     Option{.name = "--out-dir",
            .argument = "DIR",
            .completion = Completion::kDirectories,
-           .help = "write the output for each FILE to a file of its own in the directory DIR; "
-                   "nothing goes to standard output, no walk goes into DIR, and the file is named "
-                   "after FILE as given, with bytes other than A-Z, a-z, 0-9, \".\", \"_\" and "
-                   "\"-\" as %XX, and .records or, for another format than raw, the format's "
-                   "name behind it"},
+           .help = "Write one output file per input file, to the directory DIR",
+           .details = "The name is the path of the input file, with bytes other than A-Z, a-z, "
+                      "0-9, \".\", \"_\" and \"-\" as %XX, and .records at its end or, for "
+                      "formats other than raw, the name of the format. No walk enters DIR."},
+    Option{.name = "--color",
+           .argument = "WHEN",
+           .words =
+               [] {
+                 return Words{"auto", "always", "never"};
+               },
+           .help = "Color the tree: auto, always or never (default: auto)",
+           .details = "auto means: on a terminal, unless the environment variable NO_COLOR is "
+                      "set."},
     Option{.name = "--defines",
            .argument = "NAME",
            .mayRepeat = true,
-           .help = "a name for the record of the defines; may be given several times"},
+           .group = "Plug-in",
+           .help = "Add NAME to the record of defines (repeatable)"},
     Option{.name = "--plugin",
            .argument = "PATH",
            .completion = Completion::kFiles,
-           .help = "the plug-in module to load instead of the one that came with quorl-js"},
+           .help = "Load the plug-in from PATH (default: the one installed with quorl-js)"},
     Option{.name = "--diagnostics",
            .argument = "WHERE",
            .completion = Completion::kFiles,
-           .words = "none stderr",
-           .help = "where the plug-in's diagnostic lines go: none (as without this option), "
-                   "stderr, or the name of a file, which is overwritten and may not be one to "
-                   "read; for their order, files are read one at a time with the last two"},
+           .words =
+               [] {
+                 return Words{"none", "stderr"};
+               },
+           .help = "Write the plug-in's diagnostic lines to a file or to stderr (default: none)",
+           .details = "The file is overwritten, and may not be an input. To keep the lines in "
+                      "order, files are parsed one at a time."},
     Option{.name = "--jobs",
            .shortName = "-j",
            .argument = "N",
-           .help = "read N files at a time, 1 to 256; without this option, as many as there are "
-                   "processor cores to use"},
+           .values = "a number from 1 to 256",
+           .group = "Limits",
+           .help = "Parse N files in parallel, 1 to 256 (default: number of CPU cores)"},
     Option{.name = "--timeout",
            .argument = "SECONDS",
-           .help = "the most time for a file, also as a fraction; 60 without this option, and 0 "
-                   "for no limit"},
+           .values = "seconds such as 30 or 2.5, or 0 for no limit",
+           .help = "Give up on a file after SECONDS (default: 60; 0 = never)"},
     Option{.name = "--max-memory",
            .argument = "SIZE",
-           .help = "limit the memory for a file, that is, the address space of its worker, to "
-                   "SIZE, at least 64M (default: the workers share the memory of the machine or "
-                   "control group, and a file that needs more than a share gets all of it; 0 = no "
-                   "limit)"},
+           .values = "a size of at least 64M such as 512M or 2GiB, or 0 for no limit",
+           .help = "Limit the address space of a worker to SIZE, at least 64M (default: a share of "
+                   "the machine's memory; 0 = no limit)",
+           .details =
+               "By default the workers share the memory of the machine or control group, and "
+               "a file that needs more than a share is parsed again with all of it."},
     Option{.name = "--max-output",
            .argument = "SIZE",
-           .help = "the longest text that the plug-in may give for a file; no limit without this "
-                   "option, nor with 0"},
+           .values = kSizes,
+           .help = "Fail files whose raw answer is larger than SIZE (default: no limit)"},
     Option{.name = "--max-size",
            .argument = "SIZE",
-           .help = "the largest file that is read; 256M without this option, and 0 for no limit"},
+           .values = kSizes,
+           .help = "Skip files larger than SIZE (default: 256M; 0 = no limit)"},
     Option{.name = "--strict",
-           .help = "let the run fail by what is only told otherwise: an entry below a directory "
-                   "that is no regular file, a file that needed a second attempt or changed while "
-                   "it was read, nothing to read at all"},
+           .group = "Messages",
+           .help =
+               "Treat warnings as errors: irregular or changed files, second attempts, an empty "
+               "run"},
     Option{.name = "--quiet",
            .shortName = "-q",
-           .help = "tell nothing of single files on standard error, and let the plug-in tell "
-                   "nothing there either; the exit status stays"},
+           .help = "Suppress messages about individual files, including the plug-in's own",
+           .details = "The exit status is unchanged."},
     Option{.name = "--no-progress",
-           .help = "do not show how far the run is; that is shown on standard error if it is a "
-                   "terminal and the output goes elsewhere"},
-    Option{.name = "--color",
-           .argument = "WHEN",
-           .words = "auto always never",
-           .help = "colour the outline: auto (as without this option: on a terminal, unless the "
-                   "environment variable NO_COLOR is set), always or never"},
-    Option{.name = "--help", .help = "print this text and stop"},
+           .help = "Hide the progress line",
+           .details = "It is shown on standard error if that is a terminal and the output goes "
+                      "elsewhere."},
+    Option{.name = "--help", .shortName = "-h", .help = "Print this help"},
     Option{.name = "--version",
-           .help = "print the versions of quorl-js and of the plug-in and stop"},
+           .shortName = "-V",
+           .help = "Print the versions of quorl-js and the plug-in, and the plug-in's path"},
 };
 
 constexpr std::array kHiddenOptions = {
     Option{.name = "--generate",
            .argument = "KIND",
-           .help = "print a text that is made from these tables and stop; for the build"},
+           .help = "Print a text that is made from these tables"},
 };
 
 constexpr std::array kStatuses = {
-    ExitStatus{"0", "every file was read"},
+    ExitStatus{"0", "Every file was read. An empty file counts as read."},
     ExitStatus{"1",
-               "a file was not: its error answer is written as its answer, the message to standard "
-               "error; a directory that cannot be read and a FILE that is neither a regular file "
-               "nor a directory count too, and see --strict"},
+               "Some file was not: one that failed, a directory that could not be listed, a FILE "
+               "that is no regular file; with --strict, a warning. The output is complete."},
     ExitStatus{"2",
-               "wrong usage, no working plug-in, a LIST that cannot be read, or output that could "
-               "not be written"},
+               "The run failed: wrong usage, no working plug-in, an unreadable LIST, output that "
+               "could not be written."},
 };
 
 constexpr std::array kExamples = {
-    Example{"The records of two files, one after the other:", "quorl-js a.js b.html"},
-    Example{"All functions below a directory, out of lines of JSON:",
-            "quorl-js --recursive src --format ndjson |\n"
-            "  jq 'select(.branchTypeAsString == \"function\").contents'"},
-    Example{"The classes and functions of a file, to look at:",
-            "quorl-js a.js --format tree --only class,function"},
-    Example{"All files below a directory, with an answer file for each:",
-            "mkdir records\nquorl-js --recursive src --out-dir records"},
-    Example{"The scripts that git knows, whatever their names hold:",
-            "git ls-files -z '*.js' | quorl-js --files-from - --null"},
-    Example{"Files that nobody vouches for, with less for each:",
-            "quorl-js --recursive uploads --timeout 5 --max-memory 512M --max-size 1M"},
-    Example{"Defines, and the plug-in's diagnostic lines in a file:",
+    Example{"Print the records of two files:", "quorl-js a.js b.html"},
+    Example{"Print the outline of a file:", "quorl-js a.js --format tree"},
+    Example{"List the classes and functions below a directory:",
+            "quorl-js -r src --format tree --only class,function"},
+    Example{"Write the records of a project to a file:",
+            "quorl-js -r . --format ndjson -o records.ndjson"},
+    Example{"Write one file of records per source file:",
+            "mkdir records\nquorl-js -r src --out-dir records"},
+    Example{"Read the scripts that git tracks, whatever their names:",
+            "git ls-files -z '*.js' | quorl-js --files-from - -0"},
+    Example{"Read the text of an editor's buffer:", "quorl-js --stdin src/a.js <buffer"},
+    Example{"Read untrusted files, with tighter limits:",
+            "quorl-js -r uploads --timeout 5 --max-memory 512M --max-size 1M"},
+    Example{"Pass defines, and keep the plug-in's diagnostic lines:",
             "quorl-js a.js --defines DEBUG --defines 'LEVEL 2' --diagnostics lines.txt"},
 };
 
 constexpr std::array<std::string_view, 1> kMergeSynopses = {
-    "quorl-js merge [--files-from LIST [-0]] SHARD..."};
+    "quorl-js merge [--files-from LIST [-0]] [-o FILE] SHARD..."};
 
 constexpr std::array kMergeOptions = {
     Option{.name = "--files-from",
            .argument = "LIST",
            .completion = Completion::kFiles,
-           .help = "the names of all files, one a line, a LIST of - being standard input: the "
-                   "files come in its order, and each must be in a SHARD as often as in LIST; "
-                   "without LIST they come in the order of the SHARDs"},
+           .help = "Write files in the order of LIST, one name per line (- is stdin)",
+           .details = "Each file must be in a SHARD as often as in LIST. Without LIST, files come "
+                      "in the order of the SHARDs."},
     Option{.name = "--null",
            .shortName = "-0",
            .neededName = "--files-from",
-           .help = "names in LIST end in NUL bytes instead of line feeds"},
-    Option{.name = "--help", .help = "print this text and stop"},
+           .help = "Split LIST at NUL bytes instead of line feeds"},
+    Option{.name = "--output",
+           .shortName = "-o",
+           .argument = "FILE",
+           .completion = Completion::kFiles,
+           .help = "Write to FILE, which is replaced when the output is complete",
+           .details = "FILE may not be a SHARD."},
+    Option{.name = "--help", .shortName = "-h", .help = "Print this help"},
 };
 
 constexpr std::array kMergeStatuses = {
-    ExitStatus{"0", "every file was answered"},
-    ExitStatus{"1", "the line of a file tells that it was not"},
+    ExitStatus{"0", "Every file was read."},
+    ExitStatus{"1", "Some file was not, as its line says."},
     ExitStatus{"2",
-               "wrong usage, a SHARD or LIST that cannot be read, is cut or does not fit the "
-               "others, or output that could not be written"},
+               "The command failed: wrong usage, a SHARD or LIST that is unreadable, cut or does "
+               "not fit the others, output that could not be written."},
 };
 
 constexpr std::array kMergeExamples = {
-    Example{"The outputs of several machines, in the order of the list that they shared out:",
+    Example{"Join the outputs of several machines, in the order of the list they shared:",
             "quorl-js merge --files-from list shards/*.ndjson >records.ndjson"},
 };
 
@@ -179,10 +260,10 @@ constinit const Command kProgram = {
     "quorl-js",
     "FILE",
     kSynopses,
-    "Prints the structure records of each FILE on standard output, one answer after the other. "
-    "merge joins the output of several ndjson runs; see quorl-js merge --help.",
+    "Print the structure records of each FILE. merge joins the ndjson output of several runs; see "
+    "quorl-js merge --help.",
     kOptions,
-    {.name = "--", .help = "every argument behind it is a FILE"},
+    {.name = "--", .help = "Treat every further argument as a FILE"},
     kStatuses,
     kExamples,
     kHiddenOptions};
@@ -191,17 +272,30 @@ constinit const Command kMerge = {
     "quorl-js merge",
     "SHARD",
     kMergeSynopses,
-    "Joins the ndjson outputs of several runs into one with one header and the files numbered "
-    "anew, and writes it to standard output. A SHARD is a regular file, since it is read twice, "
-    "and may hold several outputs, one after the other. Nothing is written when a SHARD is cut or "
-    "lacks a file that its header tells of, or is empty and there is no LIST.",
+    "Join the ndjson outputs of several runs into one, with one header and the files renumbered. A "
+    "SHARD is a regular file, since it is read twice; it may hold several outputs. Nothing is "
+    "written if a SHARD is cut, lacks a file that its header announces, or is empty while there is "
+    "no LIST.",
     kMergeOptions,
-    {.name = "--", .help = "every argument behind it is a SHARD"},
+    {.name = "--", .help = "Treat every further argument as a SHARD"},
     kMergeStatuses,
     kMergeExamples};
 
+std::string labelOf(const Option& option) {
+  std::string label;
+  if (!option.shortName.empty()) label.append(option.shortName).append(", ");
+  label += option.name;
+  if (!option.argument.empty()) label.append(" ").append(option.argument);
+  return label;
+}
+
 std::string_view summary(const Option& option) {
-  return option.help.substr(0, option.help.find_first_of(":;"));
+  const std::string_view text = option.help.substr(0, option.help.find_first_of(":;("));
+  return text.substr(0, text.find_last_not_of(' ') + 1);
+}
+
+std::string joinedWords(const Option& option) {
+  return option.words == nullptr ? std::string() : joined(option.words(), " ");
 }
 
 }  // namespace host

@@ -1,13 +1,15 @@
-// What the program tells of its command line. Each text stands here once: the reading of the
-// arguments, --help, the completions and the manual page are made from these tables.
+// The command line as tables. Each text stands here once: the argument parser, --help, the
+// completions, the manual page and the tables of docs/cli.md are made from it.
 #pragma once
 
 #include <span>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace host {
 
-// What a shell offers for an option's argument.
+// What a shell offers for an option's argument besides its words.
 enum class Completion { kNothing, kFiles, kDirectories };
 
 struct Option {
@@ -15,10 +17,13 @@ struct Option {
   std::string_view shortName = {};  // or empty
   std::string_view argument = {};   // what its value is called; empty for an option without one
   Completion completion = Completion::kNothing;
-  std::string_view words = {};       // values with a meaning of their own, with blanks between them
-  bool mayRepeat = false;            // each value counts; without an argument any option may repeat
-  std::string_view neededName = {};  // the option that this one is of no use without, or empty
-  std::string_view help;             // goes on from the option's name; see summary
+  std::vector<std::string_view> (*words)() = nullptr;  // values with a meaning of their own
+  std::string_view values = {};      // what a value may be, where the words do not tell it
+  bool mayRepeat = false;            // each value counts; of another option the last one does
+  std::string_view neededName = {};  // the option that this one needs, or empty
+  std::string_view group = {};       // the heading that begins with this option, or empty
+  std::string_view help;             // at most two lines of --help; see summary
+  std::string_view details = {};     // further sentences for the manual page and the documentation
 };
 
 struct ExitStatus {
@@ -27,12 +32,12 @@ struct ExitStatus {
 };
 
 struct Example {
-  std::string_view purpose;   // with a colon behind it
+  std::string_view purpose;   // with a colon at its end
   std::string_view commands;  // one a line
 };
 
 struct Command {
-  std::string_view name;                       // how it is called
+  std::string_view name;
   std::string_view operand;                    // what an argument is called that is no option
   std::span<const std::string_view> synopses;  // the forms of the command line
   std::string_view purpose;                    // what the command does, in a sentence or two
@@ -40,13 +45,20 @@ struct Command {
   Option endOfOptions;                         // "--", which is no option to look up
   std::span<const ExitStatus> statuses;
   std::span<const Example> examples;
-  std::span<const Option> hiddenOptions = {};  // which no text tells of
+  std::span<const Option> hiddenOptions = {};  // for the build; no text names them
 };
 
 extern const Command kProgram;  // the program as such
 extern const Command kMerge;    // what it does when its first argument is merge
 
-// The option's help up to its first colon or semicolon: as much as a completion has room for.
+// "-j, --jobs N".
+std::string labelOf(const Option& option);
+
+// The help without what follows its first parenthesis, colon or semicolon: as much as a completion
+// has room for.
 std::string_view summary(const Option& option);
+
+// The words of the option with blanks between them; empty if it has none.
+std::string joinedWords(const Option& option);
 
 }  // namespace host

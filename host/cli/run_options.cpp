@@ -11,28 +11,22 @@
 #include "cli/argument_parser.h"
 #include "cli/option_table.h"
 #include "cli/value_parsers.h"
+#include "records/labels.h"
+#include "system/failure.h"
 #include "system/memory_budget.h"
 #include "system/platform.h"
+#include "system/text_parts.h"
 
 namespace host {
 namespace {
 
 constexpr unsigned kMaxJobs = 256;
 
-std::string join(const std::vector<std::string>& parts, std::string_view separator) {
-  std::string text;
-  for (const std::string& part : parts) {
-    if (&part != &parts.front()) text += separator;
-    text += part;
-  }
-  return text;
-}
-
-// Calls take with the value of the option, if it is given.
+// Calls take with the value of the option, if it is given. take gives false for one that cannot be.
 template <typename Take>
 void withValue(const ArgumentParser& arguments, const char* name, Take take) {
   const std::optional<std::string> value = arguments.valueOf(name);
-  if (value && !take(*value)) throw arguments.failure(std::string(name) + " cannot be " + *value);
+  if (value && !take(*value)) throw arguments.invalidValue(name, *value);
 }
 
 bool takeJobs(const std::string& text, unsigned& jobs) {
@@ -86,6 +80,53 @@ void readLimits(const ArgumentParser& arguments, FileLimits& limits) {
             [&](const auto& text) { return takeSize(text, limits.sourceBytes); });
 }
 
+std::vector<std::string> readLabels(const ArgumentParser& arguments) {
+  std::vector<std::string> labels;
+  for (const std::string& value : arguments.valuesOf("--only")) {
+    if (value.empty()) throw arguments.invalidValue("--only", value);
+    for (const std::string_view label : partsOf(value, ',')) {
+      const bool isKnown =
+          isErrorLabel(label) || std::find(kLabels.begin(), kLabels.end(), label) != kLabels.end();
+      if (!isKnown) throw arguments.invalidValue("--only", label);
+      labels.emplace_back(label);
+    }
+  }
+  return labels;
+}
+
+// Refuses an option that means nothing to the format.
+void checkFormat(const ArgumentParser& arguments, const char* option, const Format& format,
+                 bool (*takesOption)(const Format& format)) {
+  if (!arguments.isGiven(option) || takesOption(format)) return;
+  std::string names;
+  const std::vector<std::string_view> all = formatNames(takesOption);
+  for (const std::string_view name : all) {
+    if (!names.empty()) names += name == all.back() ? " or " : ", ";
+    names += name;
+  }
+  throw Failure(std::string(option) + ": not with --format " + std::string(format.name) +
+                "; use --format " + names);
+}
+
+void checkIsFileName(const std::string& name) {
+  const std::string_view last = std::string_view(name).substr(name.rfind('/') + 1);
+  if (last.empty() || last == "." || last == "..") {
+    throw Failure("--stdin: '" + name + "' is no name for a file");
+  }
+}
+
+void checkTogether(const ArgumentParser& arguments, const RunOptions& options) {
+  if (arguments.isGiven("--stdin") && (!options.files.empty() || options.list)) {
+    throw arguments.failure("--stdin: not with FILE or --files-from");
+  }
+  if (arguments.isGiven("--output") && options.outDirectory) {
+    throw arguments.failure("--output: not with --out-dir");
+  }
+  const bool needsFile =
+      !options.version && !options.generate && !options.list && !options.stdinName;
+  if (needsFile && options.files.empty()) throw arguments.failure("no FILE given");
+}
+
 }  // namespace
 
 RunOptions parseRunOptions(int argc, const char* const* argv) {
@@ -102,20 +143,28 @@ RunOptions parseRunOptions(int argc, const char* const* argv) {
   result.walkRules.recursive = arguments.isGiven("--recursive");
   result.walkRules.hidden = arguments.isGiven("--hidden");
   result.walkRules.nodeModules = arguments.isGiven("--node-modules");
+  result.walkRules.ignored = arguments.isGiven("--no-ignore");
+  result.walkRules.binary = arguments.isGiven("--binary");
+  result.walkRules.included = arguments.valuesOf("--include");
+  result.walkRules.excluded = arguments.valuesOf("--exclude");
+  result.stdinName = arguments.valueOf("--stdin");
+  if (result.stdinName) checkIsFileName(*result.stdinName);
+  result.outputFile = outputFileOf(arguments);
   result.outDirectory = arguments.valueOf("--out-dir");
-  result.defines = join(arguments.valuesOf("--defines"), "\n");
+  const std::vector<std::string> defines = arguments.valuesOf("--defines");
+  result.defines = joined(std::vector<std::string_view>(defines.begin(), defines.end()), "\n");
   result.plugin = arguments.valueOf("--plugin");
   result.diagnostics = arguments.valueOf("--diagnostics").value_or(result.diagnostics);
   result.format = findFormat("raw");
   withValue(arguments, "--format",
             [&](const auto& text) { return takeFormat(text, result.format); });
   withValue(arguments, "--depth", [&](const auto& text) { return takeDepth(text, result.depth); });
-  result.onlyLabels = join(arguments.valuesOf("--only"), ",");
-  for (const char* const name : {"--depth", "--only"}) {
-    if (arguments.isGiven(name) && result.format->name != "tree") {
-      throw arguments.failure(std::string(name) + " requires --format tree");
-    }
-  }
+  result.onlyLabels = readLabels(arguments);
+  const auto isFiltered = [](const Format& format) { return !format.isAnswer; };
+  checkFormat(arguments, "--depth", *result.format, isFiltered);
+  checkFormat(arguments, "--only", *result.format, isFiltered);
+  checkFormat(arguments, "--times", *result.format,
+              [](const Format& format) { return format.hasTimes; });
   result.times = arguments.isGiven("--times");
   result.jobs = std::min(availableCores(), kMaxJobs);
   withValue(arguments, "--jobs", [&](const auto& text) { return takeJobs(text, result.jobs); });
@@ -126,8 +175,7 @@ RunOptions parseRunOptions(int argc, const char* const* argv) {
   result.quiet = arguments.isGiven("--quiet");
   result.progress = !arguments.isGiven("--no-progress");
   withValue(arguments, "--color", [&](const auto& text) { return takeColor(text, result.color); });
-  const bool needsFile = !result.version && !result.generate && !result.list;
-  if (needsFile && result.files.empty()) throw arguments.failure("no FILE given");
+  checkTogether(arguments, result);
   return result;
 }
 

@@ -16,20 +16,22 @@ namespace host {
 enum class Color { kAuto, kAlways, kNever };
 
 struct RunOptions {
-  bool help = false;                    // the rest is as if not given
-  bool version = false;                 // files may be empty
-  std::optional<std::string> generate;  // the kind of text that is asked for; files may be empty
-  std::vector<std::string> files;       // may be empty with a list
-  std::optional<std::string> list;      // a file with names of further files
+  bool help = false;                     // the rest is as if not given
+  bool version = false;                  // files may be empty
+  std::optional<std::string> generate;   // the kind of text that is asked for; files may be empty
+  std::vector<std::string> files;        // may be empty with a list
+  std::optional<std::string> list;       // a file with names of further files
+  std::optional<std::string> stdinName;  // the name of the text that standard input holds
   NameEnd listNameEnd = NameEnd::kLineFeed;
   WalkRules walkRules;
+  std::optional<std::string> outputFile;
   std::optional<std::string> outDirectory;
   std::string defines;                // the values of --defines, joined by line feeds
   std::optional<std::string> plugin;  // without it the program finds its own
   std::string diagnostics = "none";
-  const Format* format = nullptr;    // set by parseRunOptions
-  std::optional<std::size_t> depth;  // of the outline
-  std::string onlyLabels;            // the values of --only, joined by commas
+  const Format* format = nullptr;       // set by parseRunOptions
+  std::optional<std::size_t> depth;     // the lowest level that is asked for
+  std::vector<std::string> onlyLabels;  // empty for all
   bool times = false;
   unsigned jobs = 1;
   FileLimits limits;

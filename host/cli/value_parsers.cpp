@@ -1,7 +1,9 @@
 #include "cli/value_parsers.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstddef>
+#include <string>
 #include <system_error>
 
 namespace host {
@@ -14,17 +16,30 @@ bool parseDigits(std::string_view text, Number& number) {
   return error == std::errc() && end == text.data() + text.size();
 }
 
+char upper(char byte) {
+  return byte >= 'a' && byte <= 'z' ? static_cast<char>(byte - 'a' + 'A') : byte;
+}
+
 }  // namespace
 
 bool parseNumber(std::string_view text, unsigned& number) { return parseDigits(text, number); }
 
 std::optional<std::uint64_t> parseSize(std::string_view text) {
-  constexpr std::string_view kUnits = "KMG";
-  const std::size_t unit = text.empty() ? kUnits.npos : kUnits.find(text.back());
-  const unsigned shift = unit == kUnits.npos ? 0 : static_cast<unsigned>(unit + 1) * 10;
-  if (shift != 0) text.remove_suffix(1);
+  constexpr std::string_view kUnits = "KMGT";
+  const std::size_t digits = std::min(text.find_first_not_of("0123456789"), text.size());
+  std::string unit(text.substr(digits));
+  std::transform(unit.begin(), unit.end(), unit.begin(), upper);
+  unsigned shift = 0;
+  if (!unit.empty()) {
+    const std::size_t place = kUnits.find(unit.front());
+    const std::string_view rest = std::string_view(unit).substr(1);
+    if (place == kUnits.npos || !(rest.empty() || rest == "B" || rest == "IB")) return std::nullopt;
+    shift = static_cast<unsigned>(place + 1) * 10;
+  }
   std::uint64_t number = 0;
-  if (!parseDigits(text, number) || number > (UINT64_MAX >> shift)) return std::nullopt;
+  if (!parseDigits(text.substr(0, digits), number) || number > (UINT64_MAX >> shift)) {
+    return std::nullopt;
+  }
   return number << shift;
 }
 

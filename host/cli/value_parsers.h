@@ -1,4 +1,4 @@
-// The numbers that options take, as people write them.
+// Numbers as people write them on a command line.
 #pragma once
 
 #include <chrono>
@@ -8,10 +8,11 @@
 
 namespace host {
 
-// Decimal digits and nothing else. Gives false for another text and for what is too large.
+// Decimal digits and nothing else. False for another text and for a number that is too large.
 bool parseNumber(std::string_view text, unsigned& number);
 
-// Bytes: digits, with K, M or G behind them for 1024 bytes, 1024 times that, and so on.
+// Bytes: digits, and behind them nothing or a unit: K, KB or KiB for 1024 bytes, M, G or T for 1024
+// times that each, in either case.
 std::optional<std::uint64_t> parseSize(std::string_view text);
 
 // Seconds: digits, with up to six behind a point; a thousand million at most.

@@ -1,4 +1,4 @@
-// The forms in which answers leave the program.
+// The formats of the output.
 #pragma once
 
 #include <cstddef>
@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "records/file_report.h"
 
@@ -14,10 +15,10 @@ namespace host {
 struct FormatSettings {
   std::uint64_t fileCount = 0;  // all files of the run, for a header
   bool color = false;
-  bool escapeControlBytes = false;        // the output is a terminal
-  std::size_t width = 0;                  // in columns; 0 for no limit
-  std::optional<std::size_t> depth = {};  // of the outline
-  std::string_view onlyLabels = {};       // separated by commas; empty for all
+  bool escapeControlBytes = false;           // the output is a terminal
+  std::size_t width = 0;                     // in columns; 0 for no limit
+  std::optional<std::size_t> depth = {};     // the lowest level that is asked for
+  std::vector<std::string> onlyLabels = {};  // the labels that are; empty for all
 };
 
 // Each function appends to out; that for a file gives what is wrong with an answer that leaves the
@@ -30,10 +31,15 @@ struct Format {
   std::string (*file)(const FileReport& report, const FormatSettings& settings, std::string& out);
   void (*end)(const FormatSettings& settings, std::string& out);
   std::string_view separator;
-  bool isAnswer;  // what file writes for an answer is that answer
+  bool isAnswer;  // what file writes for an answer is that answer, whatever the settings say
+  bool hasTimes;  // it tells the time that a file took
 };
 
-// raw, json, ndjson or tree; null when no format is called that.
+// The format that is called that, or null.
 const Format* findFormat(std::string_view name);
+
+// The names of all formats, and of those that a property holds for.
+std::vector<std::string_view> formatNames();
+std::vector<std::string_view> formatNames(bool (*isWanted)(const Format& format));
 
 }  // namespace host

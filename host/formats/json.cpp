@@ -5,6 +5,7 @@
 #include "formats/formatters.h"
 #include "formats/json_text.h"
 #include "formats/ndjson_lines.h"
+#include "formats/record_selection.h"
 #include "records/record_reader.h"
 #include "records/status_words.h"
 
@@ -91,8 +92,20 @@ void appendRecordMembers(std::string& out, const Record& record, PathMember& pat
   out += ",\"calloutIDs\":[]}";
 }
 
-// Appends the file with its records; gives what is wrong with its answer, or nothing.
-std::string appendJsonFile(std::string& out, const FileReport& report, const Outcome& outcome) {
+// Calls write with each record that the settings ask for.
+template <typename Write>
+void forEachWanted(RecordReader& reader, const FormatSettings& settings, Write write) {
+  const bool isAll = !settings.depth && settings.onlyLabels.empty();
+  RecordSelection selection(settings);
+  while (const Record* const record = reader.next()) {
+    if (!isAll) selection.take(*record);
+    if (isAll || selection.isWanted()) write(*record);
+  }
+}
+
+// Appends the file with its records. Returns what is wrong with its answer, or nothing.
+std::string appendJsonFile(std::string& out, const FileReport& report,
+                           const FormatSettings& settings, const Outcome& outcome) {
   out += "{";
   appendFileMembers(out, report, outcome);
   out += ",\"records\":[";
@@ -101,11 +114,11 @@ std::string appendJsonFile(std::string& out, const FileReport& report, const Out
     RecordReader reader(report.answer);
     PathMember path;
     std::string_view separator = "\n{";
-    while (const Record* const record = reader.next()) {
+    forEachWanted(reader, settings, [&](const Record& record) {
       out += separator;
-      appendRecordMembers(out, *record, path);
+      appendRecordMembers(out, record, path);
       separator = ",\n{";
-    }
+    });
     fault = reader.fault();
   }
   out += "]}";
@@ -120,13 +133,14 @@ void beginJson(const FormatSettings& /*settings*/, std::string& out) {
   out += ",\"files\":[\n";
 }
 
-std::string writeJsonFile(const FileReport& report, const FormatSettings& /*settings*/,
+std::string writeJsonFile(const FileReport& report, const FormatSettings& settings,
                           std::string& out) {
   const std::size_t start = out.size();
-  std::string fault = appendJsonFile(out, report, {statusWord(report.status), report.message});
-  if (!fault.empty()) {  // which is known only now, and told before the records
+  std::string fault =
+      appendJsonFile(out, report, settings, {statusWord(report.status), report.message});
+  if (!fault.empty()) {  // which is known only now, and stands before the records
     out.resize(start);
-    appendJsonFile(out, report, {kUnreadableWord, fault});
+    appendJsonFile(out, report, settings, {kUnreadableWord, fault});
   }
   return fault;
 }
@@ -145,20 +159,22 @@ void beginNdjson(const FormatSettings& settings, std::string& out) {
   appendNdjsonHeader(out, QUORL_VERSION, settings.fileCount);
 }
 
-std::string writeNdjsonFile(const FileReport& report, const FormatSettings& /*settings*/,
+std::string writeNdjsonFile(const FileReport& report, const FormatSettings& settings,
                             std::string& out) {
   Outcome outcome{statusWord(report.status), report.message};
   RecordReader reader(report.answer);
+  std::size_t recordCount = 0;
   if (report.status == FileStatus::kAnswered) {
     PathMember path;
     std::string lineStart(kRecordLineStart);
     appendNumber(lineStart, report.index);
     lineStart += ",";
-    while (const Record* const record = reader.next()) {
+    forEachWanted(reader, settings, [&](const Record& record) {
       out += lineStart;
-      appendRecordMembers(out, *record, path);
+      appendRecordMembers(out, record, path);
       out += "\n";
-    }
+      ++recordCount;
+    });
     if (!reader.fault().empty()) outcome = {kUnreadableWord, reader.fault()};
   }
   out += kFileLineStart;
@@ -166,7 +182,7 @@ std::string writeNdjsonFile(const FileReport& report, const FormatSettings& /*se
   out += ",";
   appendFileMembers(out, report, outcome);
   out += ",\"recordCount\":";
-  appendNumber(out, reader.recordCount());
+  appendNumber(out, recordCount);
   out += "}\n";
   return reader.fault();
 }

@@ -13,10 +13,11 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "formats/formatters.h"
 #include "formats/json_text.h"
+#include "formats/record_selection.h"
+#include "records/labels.h"
 #include "records/record_reader.h"
 #include "records/status_words.h"
 #include "system/display_text.h"
@@ -48,26 +49,12 @@ constexpr std::array kLabelColors = {
     LabelColor{"define", "\x1b[35m"},      LabelColor{"preprocessor", "\x1b[35m"},
     LabelColor{"htmlelement", "\x1b[34m"}, LabelColor{"link", "\x1b[32m"}};
 
-constexpr std::string_view kErrorLabelStart = "error:";
-
 std::string_view colorOf(std::string_view label) {
-  if (label.starts_with(kErrorLabelStart)) return kRed;
+  if (isErrorLabel(label)) return kRed;
   const auto* const row =
       std::find_if(kLabelColors.begin(), kLabelColors.end(),
                    [label](const LabelColor& color) { return color.label == label; });
   return row == kLabelColors.end() ? std::string_view() : row->code;
-}
-
-// Whether the user asked for the label. "error" is short for all that begin with it.
-bool isWanted(std::string_view label, std::string_view onlyLabels) {
-  if (onlyLabels.empty()) return true;
-  while (true) {
-    const std::size_t comma = std::min(onlyLabels.find(','), onlyLabels.size());
-    const std::string_view wanted = onlyLabels.substr(0, comma);
-    if (wanted == label || (wanted == "error" && label.starts_with(kErrorLabelStart))) return true;
-    if (comma == onlyLabels.size()) return false;
-    onlyLabels.remove_prefix(comma + 1);
-  }
 }
 
 // One line of the outline, and how much room is left in it.
@@ -101,23 +88,6 @@ class Line {
   const FormatSettings& settings_;
   std::string& out_;
   std::size_t columnsLeft_;
-};
-
-// The levels of the records of a file. The file's own record has none, nor has what stands above
-// a record that names no parent.
-class Levels {
- public:
-  std::size_t of(const Record& record) {
-    const bool hasParent =
-        record.parentId >= 0 && static_cast<std::size_t>(record.parentId) < levels_.size();
-    std::size_t level = hasParent ? levels_[static_cast<std::size_t>(record.parentId)] + 1 : 1;
-    if (levels_.empty() && record.label == "filepath") level = 0;
-    levels_.push_back(level);
-    return level;
-  }
-
- private:
-  std::vector<std::size_t> levels_;  // by nodeID, which counts the records
 };
 
 // As many levels as there is room for to the left of a text that can still be read.
@@ -156,6 +126,14 @@ void showHeading(std::string_view path, const FormatSettings& settings, std::str
   line.end();
 }
 
+void showEmpty(std::string_view path, const FormatSettings& settings, std::string& out) {
+  Line line(settings, out);
+  line.show(path, kBold);
+  line.show(": ", "");
+  line.show(kEmptyWord, kDim);
+  line.end();
+}
+
 // The message without the path, which stands before it and which many messages begin or end with.
 std::string_view withoutPath(std::string_view message, std::string_view path) {
   const std::string name = onOneLine(path);
@@ -179,18 +157,21 @@ void showProblem(std::string_view path, std::string_view status, std::string_vie
 
 std::string writeTreeFile(const FileReport& report, const FormatSettings& settings,
                           std::string& out) {
+  if (report.status == FileStatus::kEmpty) {
+    showEmpty(report.path, settings, out);
+    return {};
+  }
   if (report.status != FileStatus::kAnswered) {
     showProblem(report.path, statusWord(report.status), report.message, settings, out);
     return {};
   }
   showHeading(report.path, settings, out);
   RecordReader reader(report.answer);
-  Levels levels;
+  RecordSelection selection(settings);
   while (const Record* const record = reader.next()) {
-    const std::size_t level = levels.of(*record);
-    const bool isShown = level > 0 && (!settings.depth || level <= *settings.depth) &&
-                         isWanted(record->label, settings.onlyLabels);
-    if (isShown) showRecord(*record, level, settings, out);
+    selection.take(*record);
+    const std::size_t level = selection.level();
+    if (level > 0 && selection.isWanted()) showRecord(*record, level, settings, out);
   }
   if (!reader.fault().empty()) {
     showProblem(report.path, kUnreadableWord, reader.fault(), settings, out);

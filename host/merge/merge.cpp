@@ -5,9 +5,11 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -35,7 +37,17 @@ struct MergeOptions {
   std::vector<std::string> shards;
   std::optional<std::string> list;
   NameEnd listNameEnd = NameEnd::kLineFeed;
+  std::optional<std::string> outputFile;
 };
+
+void checkIsNoShard(const std::string& file, const std::vector<std::string>& shards) {
+  for (const std::string& shard : shards) {
+    std::error_code unseen;
+    if (std::filesystem::equivalent(file, shard, unseen)) {
+      throw Failure(file + ": is also a SHARD");
+    }
+  }
+}
 
 MergeOptions readOptions(int argc, const char* const* argv) {
   const ArgumentParser arguments(kMerge, argc, argv);
@@ -45,7 +57,9 @@ MergeOptions readOptions(int argc, const char* const* argv) {
   options.shards = arguments.operands();
   options.list = arguments.valueOf("--files-from");
   if (arguments.isGiven("--null")) options.listNameEnd = NameEnd::kNul;
+  options.outputFile = outputFileOf(arguments);
   if (options.shards.empty()) throw arguments.failure("no SHARD given");
+  if (options.outputFile) checkIsNoShard(*options.outputFile, options.shards);
   return options;
 }
 
@@ -86,8 +100,16 @@ class NameOrder {
 struct Plan {
   std::vector<Place> places;  // in the order of the output
   std::string version;
-  bool allAnswered = true;
+  bool allAreGood = true;
 };
+
+// Follows a message on a name that is missing on one side.
+std::string lineEndHint(const NameOrder& order) {
+  const bool hasLineEnds =
+      std::any_of(order.names().begin(), order.names().end(),
+                  [](const std::string& name) { return name.ends_with('\r'); });
+  return hasLineEnds ? std::string("; lines of the list ") + kLineEndHint : "";
+}
 
 void checkAllAreThere(const Plan& plan, const NameOrder& order, const std::string& list) {
   std::size_t missing = 0;
@@ -99,7 +121,7 @@ void checkAllAreThere(const Plan& plan, const NameOrder& order, const std::strin
   }
   if (missing == 0) return;
   throw Failure(std::to_string(missing) + " files of list " + list +
-                " are in no SHARD; the first is " + order.names()[first]);
+                " are in no SHARD; the first is " + order.names()[first] + lineEndHint(order));
 }
 
 Plan readShards(const MergeOptions& options) {
@@ -110,7 +132,7 @@ Plan readShards(const MergeOptions& options) {
   for (std::size_t shard = 0; shard < options.shards.size(); ++shard) {
     LineReader lines(options.shards[shard]);
     readShard(lines, plan.version, [&](const ShardFile& file) {
-      plan.allAnswered = plan.allAnswered && file.answered;
+      plan.allAreGood = plan.allAreGood && file.isGood;
       const Place found{shard, file.offset, file.bytes};
       if (!order) {
         plan.places.push_back(found);
@@ -119,7 +141,7 @@ Plan readShards(const MergeOptions& options) {
       const std::size_t place = order->take(file.path);
       if (place == kNoPlace) {
         throw Failure(lines.path() + ": not in list " + *options.list +
-                      ", or not as often as in the SHARDs: " + file.path);
+                      ", or not as often as in the SHARDs: " + file.path + lineEndHint(*order));
       }
       plan.places[place] = found;
     });
@@ -192,14 +214,15 @@ void writePlan(const Plan& plan, const std::vector<std::string>& shards, Output&
 
 int runMerge(int argc, const char* const* argv) {
   const MergeOptions options = readOptions(argc, argv);
-  Output output;
+  Output output(options.outputFile);
   int status = kSuccess;
   if (options.help) {
     output.write(helpText(kMerge));
   } else {
     const Plan plan = readShards(options);
+    output.begin();
     writePlan(plan, options.shards, output);
-    if (!plan.allAnswered) status = kFileFailed;
+    if (!plan.allAreGood) status = kFileFailed;
   }
   output.close();
   return status;

@@ -176,18 +176,25 @@ class ShardReader {
     LineValues values;
     parse<ValueCollector>(line, values);
     if (!values.path || !values.status) fail("a file without path or status");
-    if (values.recordCount != recordCount_) {
-      fail("records are missing: " + std::to_string(recordCount_) + " of " +
-           std::to_string(values.recordCount.value_or(0)) + " stand before it");
-    }
+    if (!values.recordCount) fail("a file without recordCount");
+    checkRecordCount(*values.recordCount);
     file_.path = *values.path;
     if (values.pathBytes && !decodeBase64(*values.pathBytes, file_.path)) {
       fail("pathBytes is no base64");
     }
-    file_.answered = *values.status == kAnsweredWord;
+    file_.isGood = *values.status == kAnsweredWord || *values.status == kEmptyWord;
     file_.bytes = lines_.offset() - file_.offset;
     ++number_;
     --filesToCome_;
+  }
+
+  void checkRecordCount(std::uint64_t announced) const {
+    if (recordCount_ == announced) return;
+    const std::string counts =
+        std::to_string(recordCount_) + " instead of " + std::to_string(announced);
+    fail((recordCount_ < announced ? "fewer records than announced: "
+                                   : "more records than announced: ") +
+         counts);
   }
 
   // Takes what follows "file": in a line.

@@ -12,7 +12,7 @@ namespace host {
 // The lines of one file of a run.
 struct ShardFile {
   std::string path;          // the exact bytes
-  bool answered = false;     // or its line tells why not
+  bool isGood = false;       // was read; else its line tells why not
   std::uint64_t offset = 0;  // of its first line
   std::uint64_t bytes = 0;   // of all its lines
 };

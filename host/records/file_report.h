@@ -9,6 +9,7 @@ namespace host {
 
 enum class FileStatus {
   kAnswered,     // answer holds the records
+  kEmpty,        // the file has no byte, and no records; that is no failure
   kFailed,       // the module or the program could not read the file; message says why
   kCrashed,      // the worker died over it
   kTimedOut,     // longer than --timeout
@@ -16,12 +17,17 @@ enum class FileStatus {
   kTooLarge,     // larger than --max-size, or an answer longer than --max-output
 };
 
+// Whether the file counts as read.
+constexpr bool isGood(FileStatus status) {
+  return status == FileStatus::kAnswered || status == FileStatus::kEmpty;
+}
+
 // Views, valid as long as their maker says.
 struct FileReport {
   std::uint64_t index = 0;     // the file's place among all files of the run, zero-based
   std::string_view path = {};  // the bytes as given or found, which need not be UTF-8
   FileStatus status = FileStatus::kAnswered;
-  std::string_view message = {};  // one line for a person; empty when answered
+  std::string_view message = {};  // one line for a person; empty unless the file failed
   std::string_view answer = {};   // the module's text, records or its error answer; may be empty
   std::uint64_t sourceBytes = 0;
   std::optional<std::uint64_t> microseconds = {};  // only where the user asked for times

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <array>
+#include <string>
+#include <string_view>
 
 namespace host {
 
@@ -13,5 +15,13 @@ struct RecordEscape {
 inline constexpr std::array kRecordEscapes = {RecordEscape{'"', '"'},   RecordEscape{'\'', '\''},
                                               RecordEscape{'\\', '\\'}, RecordEscape{'\n', 'n'},
                                               RecordEscape{'\r', 'r'},  RecordEscape{'\t', 't'}};
+
+std::string escaped(std::string_view text);
+
+// The text without its escapes. A backslash before any other letter stays.
+std::string unescaped(std::string_view text);
+
+// The escape with that letter, or null.
+const RecordEscape* escapeOf(char letter);
 
 }  // namespace host

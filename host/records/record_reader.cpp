@@ -28,28 +28,10 @@ std::size_t findEscaped(std::string_view text, std::size_t from) {
   return static_cast<std::size_t>(stop - text.data());
 }
 
-const RecordEscape* escapeOf(char letter) {
-  const auto* const row =
-      std::find_if(kRecordEscapes.begin(), kRecordEscapes.end(),
-                   [letter](const auto& known) { return known.letter == letter; });
-  return row == kRecordEscapes.end() ? nullptr : row;
-}
-
 // Labels and tags are written as they are, so they are of bytes that need no escape.
 bool isPlain(char byte) { return byte >= ' ' && byte <= '~' && byte != '"' && byte != '\\'; }
 
 }  // namespace
-
-std::string unescaped(std::string_view text) {
-  std::string result;
-  for (std::size_t at = 0; at < text.size(); ++at) {
-    const bool mayBegin = text[at] == '\\' && at + 1 < text.size();
-    const RecordEscape* const escape = mayBegin ? escapeOf(text[at + 1]) : nullptr;
-    result += escape == nullptr ? text[at] : escape->byte;
-    if (escape != nullptr) ++at;
-  }
-  return result;
-}
 
 RecordReader::RecordReader(std::string_view answer) : rest_(answer), answerBytes_(answer.size()) {}
 

@@ -30,9 +30,6 @@ struct Record {
   std::string_view simpleFunctionName;
 };
 
-// The text without its escapes, which are \" \' \\ \n \r \t. Any other backslash stays.
-std::string unescaped(std::string_view text);
-
 class RecordReader {
  public:
   // Reads out of the answer, which has to outlive the reader.

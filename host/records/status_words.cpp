@@ -6,8 +6,8 @@
 namespace host {
 namespace {
 
-constexpr std::array<std::string_view, 6> kWords = {kAnsweredWord, "failed",        "crashed",
-                                                    "timed-out",   "out-of-memory", "too-large"};
+constexpr std::array<std::string_view, 7> kWords = {
+    kAnsweredWord, kEmptyWord, "failed", "crashed", "timed-out", "out-of-memory", "too-large"};
 static_assert(kWords.size() == static_cast<std::size_t>(FileStatus::kTooLarge) + 1);
 
 }  // namespace

@@ -8,6 +8,7 @@
 namespace host {
 
 inline constexpr std::string_view kAnsweredWord = "answered";
+inline constexpr std::string_view kEmptyWord = "empty";
 // The word for an answer that leaves the record format, as only another module's may.
 inline constexpr std::string_view kUnreadableWord = "unreadable";
 

@@ -2,6 +2,9 @@
 
 #include <unistd.h>
 
+#include <array>
+#include <chrono>
+#include <cstdio>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -48,6 +51,7 @@ class Batch {
       printMessage("nothing to read");  // which is nothing about a single file
       warned_ = true;
     }
+    if (isSummaryWanted()) sumUp();
     return failed_ == 0 && !(options_.strict && warned_);
   }
 
@@ -57,6 +61,25 @@ class Batch {
     const bool isOutputSeen = output_ != nullptr && terminalWidth(STDOUT_FILENO) != 0;
     return options_.progress && !options_.quiet && !isOutputSeen &&
            diagnostics_.where() != "stderr";
+  }
+
+  bool isSummaryWanted() const {
+    return !options_.quiet && task_.inputs->reportCount > 1 && terminalWidth(STDERR_FILENO) != 0;
+  }
+
+  void sumUp() {
+    const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start_;
+    std::array<char, 32> seconds;
+    std::snprintf(seconds.data(), seconds.size(), "%.1f s", time.count());
+    std::string text = std::to_string(task_.inputs->reportCount) + " files, ";
+    const auto append = [&text](std::uint64_t count, std::string_view what) {
+      if (count > 0) text.append(std::to_string(count)).append(what).append(", ");
+    };
+    append(empty_, " empty");
+    append(task_.inputs->skippedCount, " binary or ignored");
+    append(failed_, " failed");
+    progress_.erase();
+    printMessage(text + seconds.data());
   }
 
   void take(std::uint64_t index, const Input& input) {
@@ -94,8 +117,10 @@ class Batch {
       warn(input.path + ": succeeded on the second attempt; first failure: " + result.firstFailure);
     }
     if (result.hasChanged) warn(input.path + ": changed while it was read");
-    if (result.status != FileStatus::kAnswered) tell(result.message);
-    if (result.status != FileStatus::kAnswered || !isDelivered) ++failed_;
+    if (!result.warnings.empty()) tell(input.path + ": " + result.warnings);
+    if (result.status == FileStatus::kEmpty) ++empty_;
+    if (!isGood(result.status)) tell(result.message);
+    if (!isGood(result.status) || !isDelivered) ++failed_;
     progress_.show(done_, failed_, input.path);
   }
 
@@ -178,6 +203,8 @@ class Batch {
   WorkerPool pool_;
   std::uint64_t done_ = 0;
   std::uint64_t failed_ = 0;
+  std::uint64_t empty_ = 0;
+  const std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
   bool warned_ = false;
   bool isBegun_ = false;
 };

@@ -13,8 +13,11 @@
 #include "run/batch.h"
 #include "run/diagnostics.h"
 #include "run/exit_status.h"
+#include "run/output.h"
 #include "sources/input_list.h"
 #include "sources/name_list.h"
+#include "sources/standard_input.h"
+#include "system/messages.h"
 #include "system/platform.h"
 #include "workers/plugin_module.h"
 #include "workers/plugin_version.h"
@@ -27,9 +30,15 @@ std::vector<std::string> namesOf(const RunOptions& options) {
   std::vector<std::string> names = options.files;
   if (options.list) {
     auto listed = readNameList(*options.list, options.listNameEnd);
+    if (hasWindowsLineEnds(listed))
+      printMessage("list " + *options.list + ": lines " + kLineEndHint);
     std::move(listed.begin(), listed.end(), std::back_inserter(names));
   }
   return names;
+}
+
+std::string pluginPath(const RunOptions& options) {
+  return options.plugin ? *options.plugin : findPlugin();
 }
 
 bool isColorWanted(const RunOptions& options) {
@@ -53,7 +62,7 @@ FormatSettings settingsFor(const RunOptions& options) {
 
 WorkerTask taskFor(const RunOptions& options, const Diagnostics& diagnostics) {
   WorkerTask task;
-  task.plugin = options.plugin ? *options.plugin : findPlugin();
+  task.plugin = pluginPath(options);
   task.defines = options.defines;
   task.limits = options.limits;
   task.diagnostics = diagnostics.descriptor();
@@ -65,24 +74,38 @@ WorkerTask taskFor(const RunOptions& options, const Diagnostics& diagnostics) {
   return task;
 }
 
+// The first line of the module's text, without the address of its code, which only a host in the
+// same process has a use for.
+std::string withoutAddress(const std::string& version) {
+  const std::string line = version.substr(0, version.find('\n'));
+  return line.substr(0, line.find(" (Address: "));
+}
+
 std::string extensionFor(const Format& format) {
   return format.name == "raw" ? ".records" : "." + std::string(format.name);
 }
 
 }  // namespace
 
-int runFiles(const RunOptions& options, Output* output) {
+int runFiles(const RunOptions& options) {
+  std::optional<Output> output;
+  if (!options.outDirectory) output.emplace(options.outputFile);
   const Diagnostics diagnostics(options.diagnostics);
-  const std::vector<std::string> names = namesOf(options);
   std::optional<AnswerDirectory> answerDirectory;
+  const std::vector<std::string> names = namesOf(options);
   if (options.outDirectory) {
     answerDirectory.emplace(*options.outDirectory, extensionFor(*options.format));
   }
+  std::optional<StandardInputCopy> copy;
+  if (options.stdinName) copy.emplace(*options.stdinName, options.limits.sourceBytes);
   const Inputs inputs =
-      findInputs(names, options.walkRules,
-                 {.output = output == nullptr ? -1 : STDOUT_FILENO,
-                  .diagnostics = diagnostics.areKept() ? diagnostics.descriptor() : -1,
-                  .directory = options.outDirectory.value_or("")});
+      copy ? inputCalled(*options.stdinName, copy->path())
+           : findInputs(names, options.walkRules,
+                        {.file = options.outputFile,
+                         .output = output ? STDOUT_FILENO : -1,
+                         .diagnostics = diagnostics.areKept() ? diagnostics.descriptor() : -1,
+                         .directory = options.outDirectory.value_or("")});
+  if (output) output->begin();
   WorkerTask task = taskFor(options, diagnostics);
   task.inputs = &inputs;
   task.settings.fileCount = inputs.reportCount;
@@ -91,8 +114,9 @@ int runFiles(const RunOptions& options, Output* output) {
     task.writesOutput = true;
   }
   diagnostics.begin();
-  const bool isGood = answerFiles(task, options, diagnostics, output,
+  const bool isGood = answerFiles(task, options, diagnostics, output ? &*output : nullptr,
                                   answerDirectory ? &*answerDirectory : nullptr);
+  if (output) output->close();
   return isGood ? kSuccess : kFileFailed;
 }
 
@@ -100,7 +124,8 @@ int printVersions(const RunOptions& options, Output& output) {
   const Diagnostics diagnostics(options.diagnostics);
   diagnostics.begin();
   const Version version = askVersion(taskFor(options, diagnostics));
-  output.write("quorl-js " QUORL_VERSION "\n" + version.text);
+  output.write("quorl-js " QUORL_VERSION "\n" + withoutAddress(version.text) +
+               "\nplug-in: " + pluginPath(options) + "\n");
   if (version.diagnosticsLost) throw diagnostics.failure();
   return kSuccess;
 }

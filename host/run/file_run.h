@@ -6,11 +6,12 @@
 
 namespace host {
 
-// Parses the files that the options name and writes the answers to output, or to the directory that
-// the options name, with which output is null. Returns the exit status. Throws Failure.
-int runFiles(const RunOptions& options, Output* output);
+// Parses the files that the options name and writes the output where they say. Returns the exit
+// status. Throws Failure.
+int runFiles(const RunOptions& options);
 
-// Writes the versions of the program and of the module. Returns the exit status. Throws Failure.
+// Writes the versions of the program and of the module, and where that is. Returns the exit status.
+// Throws Failure.
 int printVersions(const RunOptions& options, Output& output);
 
 }  // namespace host

@@ -1,9 +1,13 @@
 #include "run/output.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <filesystem>
+#include <system_error>
+#include <utility>
 
 #include "system/failure.h"
 #include "system/io.h"
@@ -11,20 +15,76 @@
 
 namespace host {
 
-Output::Output() {
-  if (::fcntl(STDOUT_FILENO, F_GETFD) < 0) throw systemFailure("standard output", errno);
+Output::Output(std::optional<std::string> file) : file_(std::move(file)) {
+  if (!file_) {
+    if (::fcntl(STDOUT_FILENO, F_GETFD) < 0) throw systemFailure(subject_, errno);
+    return;
+  }
+  subject_ = *file_;
+  struct stat status {};
+  const bool isThere = ::stat(file_->c_str(), &status) == 0;
+  if (isThere && S_ISDIR(status.st_mode)) throw systemFailure(subject_, EISDIR);
+  if (isThere && !S_ISREG(status.st_mode)) return;
+  if (isThere) mode_ = status.st_mode & 07777;
+  // The file that a link leads to is the one to replace, and not the link.
+  std::error_code error;
+  std::filesystem::path path = *file_;
+  if (isThere) path = std::filesystem::canonical(path, error);
+  name_ = path.filename().string();
+  const std::string parent = path.has_parent_path() ? path.parent_path().string() : ".";
+  if (name_.empty() || error) throw systemFailure(subject_, error ? error.value() : ENOENT);
+  directory_ = ::open(parent.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (directory_ >= 0) directory_ = outOfTheWay(directory_);
+  if (directory_ < 0) throw systemFailure(subject_, errno);
+}
+
+Output::~Output() {
+  if (temporary_) finishTemporaryFile(directory_, *temporary_, name_, ECANCELED);
+  if (directory_ >= 0) ::close(directory_);
+}
+
+void Output::begin() {
+  if (!file_) return;
+  if (directory_ >= 0) {
+    openTemporaryFile();
+  } else {
+    leadTo(::open(file_->c_str(), O_WRONLY | O_NOCTTY | O_CLOEXEC));
+  }
+}
+
+void Output::openTemporaryFile() {
+  const TemporaryFile file = makeTemporaryFile(directory_);
+  if (file.descriptor < 0) throw systemFailure(subject_, errno);
+  temporary_ = file;
+  if (mode_ != 0) ::fchmod(file.descriptor, mode_);
+  leadTo(file.descriptor);
+}
+
+// Descriptor 1 becomes a copy of the other, which is closed.
+void Output::leadTo(int descriptor) {
+  const int file = descriptor < 0 ? descriptor : outOfTheWay(descriptor);
+  if (file < 0 || ::dup2(file, STDOUT_FILENO) < 0) throw systemFailure(subject_, errno);
+  ::close(file);
 }
 
 void Output::write(std::string_view text) { check(writeAll(STDOUT_FILENO, text)); }
 
 void Output::check(int errorNumber) const {
-  if (errorNumber != 0) throw systemFailure("standard output", errorNumber);
+  if (errorNumber == EPIPE) throw BrokenPipe();
+  if (errorNumber != 0) throw systemFailure(subject_, errorNumber);
 }
 
 void Output::checkReader() const {
-  if (isAbandoned(STDOUT_FILENO)) throw systemFailure("standard output", EPIPE);
+  if (isAbandoned(STDOUT_FILENO)) throw BrokenPipe();
 }
 
-void Output::close() { check(closeWritten(STDOUT_FILENO)); }
+void Output::close() {
+  const int error = closeWritten(STDOUT_FILENO);
+  if (!temporary_) {
+    check(error);
+    return;
+  }
+  check(finishTemporaryFile(directory_, *std::exchange(temporary_, std::nullopt), name_, error));
+}
 
 }  // namespace host

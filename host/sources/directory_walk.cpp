@@ -1,9 +1,14 @@
 #include "sources/directory_walk.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <filesystem>
+#include <memory>
+#include <string_view>
 #include <utility>
-#include <vector>
+
+#include "sources/globs.h"
+#include "sources/ignore_rules.h"
 
 namespace host {
 namespace {
@@ -11,14 +16,16 @@ namespace {
 namespace fs = std::filesystem;
 
 struct Entry {
-  std::string name;  // a directory's with a slash behind it, which is its place in the byte order
+  std::string name;  // a directory's with a slash at its end, which is its place in the byte order
   FileKind kind;
 };
 
-bool isWanted(const std::string& name, const WalkRules& rules) {
-  if (name.front() == '.') return rules.hidden;
-  return rules.nodeModules || name != "node_modules";
-}
+struct Listing {
+  std::vector<Entry> entries;  // sorted; after an error, those before it
+  std::error_code error;
+  bool hasRepository = false;
+  bool hasIgnoreFile = false;
+};
 
 // Asks the entry and not its path: the listing has told the kind already, also of what is too deep
 // for a path or in a directory that may only be listed.
@@ -33,19 +40,99 @@ void appendEntry(std::vector<Entry>& entries, const fs::directory_entry& entry, 
   }
 }
 
-// The wanted entries, sorted; after an error, those before it.
-std::vector<Entry> entriesOf(const std::string& directory, const WalkRules& rules,
-                             std::error_code& error) {
-  std::vector<Entry> entries;
-  for (fs::directory_iterator next(directory, error); !error && next != fs::directory_iterator();
-       next.increment(error)) {
-    std::string name = next->path().filename().string();
-    if (isWanted(name, rules)) appendEntry(entries, *next, std::move(name));
+// Where a walk is, for those who make the rules of what it skips.
+struct Place {
+  WorkTree* tree = nullptr;  // that the directory lies in, or null
+  std::string inTree;        // the directory's path in it, with a slash at its end unless empty
+};
+
+class Walk {
+ public:
+  Walk(const std::string& directory, const WalkRules& rules, const WalkActions& actions)
+      : rules_(rules),
+        actions_(actions),
+        included_(rules.included),
+        excluded_(rules.excluded),
+        opening_(directory.ends_with('/') ? directory : directory + "/") {}
+
+  void run(const std::string& directory) {
+    std::unique_ptr<WorkTree> tree;
+    Place place;
+    if (!rules_.ignored) tree = WorkTree::around(directory, place.inTree);
+    place.tree = tree.get();
+    if (!place.inTree.empty()) place.inTree += "/";
+    visit(directory, opening_, place);
   }
-  std::sort(entries.begin(), entries.end(),
-            [](const Entry& left, const Entry& right) { return left.name < right.name; });
-  return entries;
-}
+
+ private:
+  // The length that the system allows for a path bounds the depth. opening is the directory with a
+  // slash at its end.
+  void visit(const std::string& directory, const std::string& opening, Place place) {
+    const Listing listing = list(directory);
+    std::unique_ptr<WorkTree> own;
+    if (listing.hasRepository && !rules_.ignored && opening != opening_) {
+      own = WorkTree::at(directory);
+      if (own) place = {own.get(), ""};
+    }
+    if (place.tree != nullptr && listing.hasIgnoreFile) place.tree->enter(place.inTree);
+    const bool mayBeAny = place.tree != nullptr && place.tree->mayIgnoreAllOf(place.inTree);
+    for (const Entry& entry : listing.entries) take(entry, opening, place, mayBeAny);
+    if (listing.error) actions_.unreadableDirectory(directory, listing.error);
+  }
+
+  Listing list(const std::string& directory) const {
+    Listing result;
+    for (fs::directory_iterator next(directory, result.error);
+         !result.error && next != fs::directory_iterator(); next.increment(result.error)) {
+      std::string name = next->path().filename().string();
+      if (name == ".git") result.hasRepository = true;
+      if (name == ".gitignore") result.hasIgnoreFile = true;
+      if (isWanted(name)) appendEntry(result.entries, *next, std::move(name));
+    }
+    std::sort(result.entries.begin(), result.entries.end(),
+              [](const Entry& left, const Entry& right) { return left.name < right.name; });
+    return result;
+  }
+
+  bool isWanted(const std::string& name) const {
+    if (name.front() == '.') return rules_.hidden;
+    return rules_.nodeModules || name != "node_modules";
+  }
+
+  void take(const Entry& entry, const std::string& opening, const Place& place, bool mayBeAny) {
+    const bool isDirectory = entry.kind == FileKind::kDirectory;
+    const std::string path = opening + entry.name;
+    const std::string_view plainPath =
+        std::string_view(path).substr(0, path.size() - (isDirectory ? 1 : 0));
+    if (!isMatched(plainPath.substr(opening_.size()), isDirectory)) return;
+    if (place.tree != nullptr &&
+        place.tree->isIgnored(
+            place.inTree + entry.name.substr(0, entry.name.size() - (isDirectory ? 1 : 0)),
+            isDirectory, mayBeAny)) {
+      actions_.ignoredEntry();
+    } else if (isDirectory) {
+      const std::string directory(plainPath);
+      if (actions_.entersDirectory(directory)) {
+        visit(directory, path, {place.tree, place.inTree + entry.name});
+      }
+    } else if (entry.kind == FileKind::kRegular) {
+      actions_.regularFile(path);
+    } else {
+      actions_.otherFile(path);
+    }
+  }
+
+  bool isMatched(std::string_view path, bool isDirectory) const {
+    if (excluded_.match(path, isDirectory)) return false;
+    return isDirectory || included_.areNone() || included_.match(path, false);
+  }
+
+  const WalkRules& rules_;
+  const WalkActions& actions_;
+  Globs included_;
+  Globs excluded_;
+  std::string opening_;  // the directory that was given, with a slash at its end
+};
 
 }  // namespace
 
@@ -57,22 +144,8 @@ FileKind kindOf(const std::string& path) {
   return isOther ? FileKind::kOther : FileKind::kRegular;
 }
 
-// The length that the system allows for a path bounds the depth.
 void walk(const std::string& directory, const WalkRules& rules, const WalkActions& actions) {
-  const std::string opening = directory.ends_with('/') ? directory : directory + "/";
-  std::error_code error;
-  for (const Entry& entry : entriesOf(directory, rules, error)) {
-    std::string path = opening + entry.name;
-    if (entry.kind == FileKind::kDirectory) {
-      path.pop_back();
-      if (actions.entersDirectory(path)) walk(path, rules, actions);
-    } else if (entry.kind == FileKind::kRegular) {
-      actions.regularFile(path);
-    } else {
-      actions.otherFile(path);
-    }
-  }
-  if (error) actions.unreadableDirectory(directory, error);
+  Walk(directory, rules, actions).run(directory);
 }
 
 }  // namespace host

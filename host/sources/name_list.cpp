@@ -4,39 +4,31 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
-#include <cstddef>
+#include <filesystem>
 #include <string_view>
+#include <system_error>
 
 #include "system/failure.h"
 #include "system/io.h"
+#include "system/text_parts.h"
 
 namespace host {
 namespace {
-
-constexpr std::size_t kReadBytes = std::size_t{64} * 1024;
-
-// Appends all bytes to text. Returns 0, or the error number of the read that failed.
-int readAll(int descriptor, std::string& text) {
-  std::array<char, kReadBytes> block;
-  while (true) {
-    const ssize_t count = readSome(descriptor, block.data(), block.size());
-    if (count <= 0) return count == 0 ? 0 : errno;
-    text.append(block.data(), static_cast<std::size_t>(count));
-  }
-}
 
 std::string readList(const std::string& list, const std::string& subject) {
   const bool isStandardInput = list == "-";
   const int descriptor =
       isStandardInput ? STDIN_FILENO : ::open(list.c_str(), O_RDONLY | O_CLOEXEC);
   if (descriptor < 0) throw systemFailure(subject, errno);
-  std::string text;
-  const int error = readAll(descriptor, text);
-  if (!isStandardInput) ::close(descriptor);
-  if (error != 0) throw systemFailure(subject, error);
-  return text;
+  try {
+    std::string text = readToEnd(descriptor, subject);
+    if (!isStandardInput) ::close(descriptor);
+    return text;
+  } catch (const Failure&) {
+    if (!isStandardInput) ::close(descriptor);
+    throw;
+  }
 }
 
 }  // namespace
@@ -48,12 +40,19 @@ std::vector<std::string> readNameList(const std::string& list, NameEnd nameEnd) 
     throw Failure(subject + ": a name has a NUL byte in it; see --null");
   }
   std::vector<std::string> names;
-  for (std::string_view rest = text; !rest.empty();) {
-    const std::string_view name = rest.substr(0, rest.find(static_cast<char>(nameEnd)));
+  for (const std::string_view name : partsOf(text, static_cast<char>(nameEnd))) {
     if (!name.empty()) names.emplace_back(name);
-    rest.remove_prefix(std::min(name.size() + 1, rest.size()));
   }
   return names;
+}
+
+bool hasWindowsLineEnds(const std::vector<std::string>& names) {
+  const auto name = std::find_if(names.begin(), names.end(),
+                                 [](const std::string& each) { return each.ends_with('\r'); });
+  if (name == names.end()) return false;
+  std::error_code unseen;
+  return !std::filesystem::exists(*name, unseen) &&
+         std::filesystem::exists(name->substr(0, name->size() - 1), unseen);
 }
 
 }  // namespace host

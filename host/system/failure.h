@@ -1,4 +1,4 @@
-// The one exception that ends a run.
+// The exceptions that end a run.
 #pragma once
 
 #include <stdexcept>
@@ -9,6 +9,11 @@ namespace host {
 // Ends the run with exit status 2; what() is the one-line message for the user.
 struct Failure : std::runtime_error {
   using std::runtime_error::runtime_error;
+};
+
+// The reader of the output has gone. Ends the run as SIGPIPE would, without a message.
+struct BrokenPipe : Failure {
+  BrokenPipe() : Failure("broken pipe") {}
 };
 
 // A Failure with the system's reason: "SUBJECT: No space left on device".

@@ -5,11 +5,15 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
+
+#include "system/failure.h"
 
 namespace host {
 namespace {
 
+constexpr std::size_t kReadBytes = std::size_t{64} * 1024;
 constexpr std::size_t kMaxWriteBytes = std::size_t{1} << 30;  // macOS refuses 2 GiB at once
 
 // Whether a call that failed with errno is to be made again, which waits for events if need be.
@@ -28,6 +32,17 @@ ssize_t readSome(int descriptor, char* buffer, std::size_t bytes) {
     count = ::read(descriptor, buffer, bytes);
   } while (count < 0 && isRetried(descriptor, POLLIN));
   return count;
+}
+
+std::string readToEnd(int descriptor, const std::string& subject) {
+  std::string text;
+  std::array<char, kReadBytes> block;
+  while (true) {
+    const ssize_t count = readSome(descriptor, block.data(), block.size());
+    if (count < 0) throw systemFailure(subject, errno);
+    if (count == 0) return text;
+    text.append(block.data(), static_cast<std::size_t>(count));
+  }
 }
 
 int writeAll(int descriptor, std::string_view text) {

@@ -4,6 +4,7 @@
 #include <sys/types.h>
 
 #include <cstddef>
+#include <string>
 #include <string_view>
 
 namespace host {
@@ -11,6 +12,9 @@ namespace host {
 // read(2), retried after signals and, on a descriptor that somebody made non-blocking, once there
 // is something to read. Returns the bytes read, 0 at the end, or -1 with errno set.
 ssize_t readSome(int descriptor, char* buffer, std::size_t bytes);
+
+// All that is left to read. Throws Failure, which names the subject.
+std::string readToEnd(int descriptor, const std::string& subject);
 
 // Writes all of the text. Returns 0, or the error number of the write that failed.
 int writeAll(int descriptor, std::string_view text);

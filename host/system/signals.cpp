@@ -13,11 +13,15 @@ namespace {
 constexpr std::array kSignals = {SIGINT, SIGQUIT, SIGTERM, SIGHUP};
 constexpr std::size_t kMaxNotedWorkers = 1024;  // of more, the rest ends when its pipes do
 constexpr std::size_t kMaxNameBytes = 64;
+constexpr std::size_t kMaxPathBytes = 4096;  // as much as Linux takes for one
 
 // What the handler reads; it is written while the signals wait.
 std::array<std::atomic<pid_t>, kMaxNotedWorkers> workers;
 std::atomic<int> temporaryDirectory = -1;
 std::array<char, kMaxNameBytes> temporaryName;
+std::array<char, kMaxPathBytes> directoryToRemove;
+std::array<char, kMaxPathBytes> fileToRemove;
+std::atomic<bool> hasDirectoryToRemove = false;
 std::atomic<bool> passingLine = false;
 
 sigset_t endingSignals() {
@@ -43,6 +47,10 @@ void endRun(int number) {
   }
   const int directory = temporaryDirectory;
   if (directory >= 0) ::unlinkat(directory, temporaryName.data(), 0);
+  if (hasDirectoryToRemove) {
+    ::unlink(fileToRemove.data());
+    ::rmdir(directoryToRemove.data());
+  }
   if (passingLine) {
     [[maybe_unused]] const auto written = ::write(STDERR_FILENO, kEraseLine, sizeof kEraseLine - 1);
   }
@@ -96,6 +104,25 @@ void noteTemporaryFile(int directory, const std::string& name) {
 }
 
 void forgetTemporaryFile() { temporaryDirectory = -1; }
+
+void noteTemporaryDirectory(const std::string& directory, const std::string& file) {
+  if (directory.size() >= kMaxPathBytes || file.size() >= kMaxPathBytes) return;
+  std::copy_n(directory.c_str(), directory.size() + 1, directoryToRemove.begin());
+  std::copy_n(file.c_str(), file.size() + 1, fileToRemove.begin());
+  hasDirectoryToRemove = true;
+}
+
+void forgetTemporaryDirectory() { hasDirectoryToRemove = false; }
+
+void endByBrokenPipe() {
+  std::signal(SIGPIPE, SIG_DFL);
+  sigset_t set;
+  sigemptyset(&set);
+  sigaddset(&set, SIGPIPE);
+  ::sigprocmask(SIG_UNBLOCK, &set, nullptr);
+  std::raise(SIGPIPE);
+  ::_exit(128 + SIGPIPE);
+}
 
 void notePassingLine(bool isThere) { passingLine = isThere; }
 

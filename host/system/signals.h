@@ -35,6 +35,13 @@ void forgetWorker(pid_t worker);
 void noteTemporaryFile(int directory, const std::string& name);
 void forgetTemporaryFile();
 
+// The same for a directory with one file in it, both by their paths.
+void noteTemporaryDirectory(const std::string& directory, const std::string& file);
+void forgetTemporaryDirectory();
+
+// Ends this process by SIGPIPE, as one ends that does not care where it writes to.
+[[noreturn]] void endByBrokenPipe();
+
 // Whether a line that is not to stay is on the terminal behind standard error.
 void notePassingLine(bool isThere);
 

@@ -16,6 +16,7 @@ struct FileFailure {
   FileStatus status = FileStatus::kCrashed;
   std::string what;            // for a message, behind the file's name
   bool mayLackMemory = false;  // with more memory the file might be answered
+  std::string warnings = {};   // a line on what the module wrote to standard error, or empty
 };
 
 // By the end of the process, of which the worker was the cause or its module.

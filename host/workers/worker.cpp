@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <chrono>
 #include <cstddef>
 #include <cstdio>
@@ -14,7 +15,8 @@
 #include <string_view>
 #include <utility>
 
-#include "records/record_reader.h"
+#include "records/answer_path.h"
+#include "records/record_escapes.h"
 #include "system/display_text.h"
 #include "system/failure.h"
 #include "system/io.h"
@@ -34,6 +36,8 @@ constexpr std::size_t kRequestsAtOnce = 64;
 constexpr std::string_view kRecordsOpening = "[\n";
 constexpr std::string_view kErrorOpening = R"([{"error": ")";
 constexpr std::string_view kErrorClosing = R"("}])";
+constexpr const char* kEmptyMessage = "File is empty: ";
+constexpr const char* kUnopenedMessage = "Could not open file: ";
 // The module may run out of memory before the program does.
 constexpr std::string_view kMemoryAnswer = R"([{"error": "Parser exception: std::bad_alloc"}])";
 
@@ -48,6 +52,18 @@ std::string errorMessage(const std::string& file, std::string_view answer) {
   answer.remove_suffix(kErrorClosing.size());
   std::string message = unescaped(answer);
   return message.ends_with(file) ? message : file + ": " + message;
+}
+
+std::string errorAnswer(const std::string& message) {
+  return std::string(kErrorOpening).append(escaped(message)).append(kErrorClosing);
+}
+
+// The error number of opening the file; 0 if it can be opened by now.
+int errorOfOpening(const std::string& path) {
+  const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+  if (file < 0) return errno;
+  ::close(file);
+  return 0;
 }
 
 // Flushes C's stdout. The module ignores the results of its writes, but the stream remembers a
@@ -100,8 +116,8 @@ class FileState {
 class Worker {
  public:
   // The output is the descriptor for texts that are not sent to the parent, or negative.
-  Worker(const WorkerTask& task, int results, int output)
-      : task_(task), results_(results), output_(output), plugin_(task.plugin) {}
+  Worker(const WorkerTask& task, int results, int output, CapturedErrors& errors)
+      : task_(task), results_(results), output_(output), errors_(errors), plugin_(task.plugin) {}
 
   void answer(std::uint64_t request) {
     if (request == kVersionRequest) {
@@ -151,7 +167,7 @@ class Worker {
     frame.kind = FrameKind::kFile;
     frame.index = index;
     limitTime(task_.limits.time);
-    frame.hasChanged = !readUnchanged(report, frame) && !readUnchanged(report, frame);
+    frame.hasChanged = !readUnchanged(input, report, frame) && !readUnchanged(input, report, frame);
     report.message = frame.message;
     frame.status = report.status;
     std::string fault;
@@ -174,51 +190,52 @@ class Worker {
 
   // Has the module read the file. Returns false if the file changed meanwhile: then its size, which
   // is looked up before, may not be that of what was read.
-  bool readUnchanged(FileReport& report, Frame& frame) {
-    const std::string path(report.path);
-    const FileState before(path);
+  bool readUnchanged(const Input& input, FileReport& report, Frame& frame) {
+    const FileState before(input.textPath());
     report.status = FileStatus::kAnswered;
     report.sourceBytes = before.bytes();
     report.answer = {};
     frame.hasAnswer = false;
     frame.message.clear();
-    if (!mayBeRead(path, before, report, frame)) return true;
-    ask(report, frame);
-    return !FileState(path).differsFrom(before);
+    if (!mayBeRead(input, before, report, frame)) return true;
+    ask(input, before, report, frame);
+    return !FileState(input.textPath()).differsFrom(before);
   }
 
   // The module reads a file whole, so its size is checked first. So is its kind, which may have
   // changed since the file was listed. What does not exist is left to the module to report.
-  bool mayBeRead(const std::string& path, const FileState& state, FileReport& report,
+  bool mayBeRead(const Input& input, const FileState& state, FileReport& report,
                  Frame& frame) const {
     const std::uint64_t limit = task_.limits.sourceBytes;
     if (state.exists() && !state.isRegular() && !state.isDirectory()) {
       report.status = FileStatus::kFailed;
-      frame.message = onOneLine(path + ": " + kIrregular);
+      frame.message = onOneLine(input.path + ": " + kIrregular);
       return false;
     }
     if (limit != 0 && state.bytes() > limit) {
       report.status = FileStatus::kTooLarge;
-      frame.message = onOneLine(path + ": larger than " + sizeText(limit) + " (--max-size)");
+      frame.message = onOneLine(input.path + ": larger than " + sizeText(limit) + " (--max-size)");
       return false;
     }
     return true;
   }
 
-  void ask(FileReport& report, Frame& frame) {
-    const std::string path(report.path);
+  void ask(const Input& input, const FileState& state, FileReport& report, Frame& frame) {
     const auto start = std::chrono::steady_clock::now();
-    const char* const answer = plugin_.parse(path, task_.defines);
+    if (!task_.quiet) errors_.begin();
+    const char* const answer = plugin_.parse(input.textPath(), task_.defines);
+    if (!task_.quiet) errors_.end();
     if (task_.times) {
       report.microseconds =
           static_cast<std::uint64_t>(std::chrono::duration_cast<std::chrono::microseconds>(
                                          std::chrono::steady_clock::now() - start)
                                          .count());
     }
+    frame.warnings = errors_.take();
     if (answer == nullptr) {
       if (task_.isMemoryShared) ::_exit(kWorkerOutOfMemory);
       report.status = FileStatus::kFailed;
-      frame.message = onOneLine(path + ": no memory for the answer");
+      frame.message = onOneLine(input.path + ": no memory for the answer");
       return;
     }
     report.answer = answer;
@@ -226,17 +243,41 @@ class Worker {
     const std::uint64_t limit = task_.limits.answerBytes;
     if (limit != 0 && report.answer.size() > limit) ::_exit(kWorkerTooLarge);
     if (report.answer == kMemoryAnswer) ::_exit(kWorkerOutOfMemory);
-    if (!report.answer.starts_with(kRecordsOpening)) {
-      report.status = FileStatus::kFailed;
-      frame.message = onOneLine(errorMessage(path, report.answer));
+    if (!input.copy.empty()) {
+      renamedAnswer_ = withPath(report.answer, input.copy, input.path);
+      report.answer = renamedAnswer_;
     }
+    if (state.isDirectory()) {
+      report.status = FileStatus::kFailed;
+      frame.message = onOneLine(input.path + ": is a directory (use -r to read it)");
+    } else if (!report.answer.starts_with(kRecordsOpening)) {
+      explain(input, report, frame);
+    }
+  }
+
+  // What an answer without records says of the file. Where the module could not open it, the
+  // system's reason says more than the module does.
+  static void explain(const Input& input, FileReport& report, Frame& frame) {
+    if (report.answer == errorAnswer(kEmptyMessage + input.path)) {
+      report.status = FileStatus::kEmpty;
+      return;
+    }
+    report.status = FileStatus::kFailed;
+    int openError = 0;
+    if (report.answer == errorAnswer(kUnopenedMessage + input.path)) {
+      openError = errorOfOpening(input.textPath());
+    }
+    frame.message = onOneLine(openError != 0 ? systemFailure(input.path, openError).what()
+                                             : errorMessage(input.path, report.answer));
   }
 
   const WorkerTask& task_;
   int results_;
   int output_;
+  CapturedErrors& errors_;
   PluginModule plugin_;
   std::uint64_t memoryAtStart_ = peakMemory();  // with all that the parent has
+  std::string renamedAnswer_;                   // of a text that is kept in another file
   unsigned files_ = 0;
   bool isWornOut_ = false;
 };
@@ -276,10 +317,11 @@ void answerRequestsOrEnd(Worker& worker, int requests, int results) {
   }
 }
 
-void runWorker(const WorkerTask& task, int requests, int results, int output) {
+void runWorker(const WorkerTask& task, int requests, int results, int output,
+               CapturedErrors& errors) {
   try {
     limitTime(task.timeBesidesFiles);
-    Worker worker(task, results, output);
+    Worker worker(task, results, output, errors);
     limitTime(kNoTimeLimit);
     if (writeFrame(results, Frame{}, {}) == 0) answerRequestsOrEnd(worker, requests, results);
     limitTime(task.timeBesidesFiles);  // to the very end
@@ -305,7 +347,7 @@ std::string appendText(const FileReport& report, const WorkerTask& task, std::st
   return fault;
 }
 
-void work(const WorkerTask& task, int requests, int results) noexcept {
+void work(const WorkerTask& task, int requests, int results, CapturedErrors& errors) noexcept {
   const int output =
       task.writesOutput ? ::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, kFirstFreeDescriptor) : -1;
   if (task.writesOutput && output < 0) ::_exit(EXIT_FAILURE);
@@ -314,7 +356,7 @@ void work(const WorkerTask& task, int requests, int results) noexcept {
   if (task.quiet) silenceStandardError();
   if (task.limits.memory != 0) limitMemory(task.limits.memory);
   std::set_new_handler([] { ::_exit(kWorkerOutOfMemory); });
-  runWorker(task, requests, results, output);
+  runWorker(task, requests, results, output, errors);
   // Runs the destructors of the module's static objects and what it gave to atexit. The program has
   // no static object that minds. What is thrown there ends in std::terminate.
   std::exit(areDiagnosticsLost() ? kWorkerLostDiagnostics : EXIT_SUCCESS);

@@ -9,6 +9,7 @@
 #include "formats/format.h"
 #include "records/file_report.h"
 #include "sources/input_list.h"
+#include "workers/captured_errors.h"
 #include "workers/file_limits.h"
 
 namespace host {
@@ -47,6 +48,7 @@ std::string appendText(const FileReport& report, const WorkerTask& task, std::st
 
 // Reads requests, each the index of an input, until their end, and answers each with a frame. It
 // runs in a child process and never returns into the parent's code, whatever the module throws.
-[[noreturn]] void work(const WorkerTask& task, int requests, int results) noexcept;
+[[noreturn]] void work(const WorkerTask& task, int requests, int results,
+                       CapturedErrors& errors) noexcept;
 
 }  // namespace host

@@ -23,6 +23,7 @@ struct Header {
   std::uint64_t mark = kMark;
   std::uint64_t index = 0;
   std::uint64_t messageBytes = 0;
+  std::uint64_t warningBytes = 0;
   std::uint64_t textBytes = 0;
   std::uint8_t kind = 0;
   std::uint8_t status = 0;
@@ -42,7 +43,8 @@ bool isSound(const Header& header) {
   return header.mark == kMark && header.endMark == kMark &&
          header.kind <= static_cast<std::uint8_t>(FrameKind::kFile) &&
          header.status <= static_cast<std::uint8_t>(FileStatus::kTooLarge) &&
-         header.messageBytes < kMaxPartBytes && header.textBytes < kMaxPartBytes;
+         header.messageBytes < kMaxPartBytes && header.warningBytes < kMaxPartBytes &&
+         header.textBytes < kMaxPartBytes;
 }
 
 Header headerOf(std::string_view bytes) {
@@ -52,7 +54,7 @@ Header headerOf(std::string_view bytes) {
 }
 
 std::size_t frameBytes(const Header& header) {
-  return sizeof header + header.messageBytes + header.textBytes;
+  return sizeof header + header.messageBytes + header.warningBytes + header.textBytes;
 }
 
 }  // namespace
@@ -61,6 +63,7 @@ int writeFrame(int descriptor, const Frame& frame, std::string_view text) {
   Header header;
   header.index = frame.index;
   header.messageBytes = frame.message.size();
+  header.warningBytes = frame.warnings.size();
   header.textBytes = text.size();
   header.kind = static_cast<std::uint8_t>(frame.kind);
   header.status = static_cast<std::uint8_t>(frame.status);
@@ -72,7 +75,7 @@ int writeFrame(int descriptor, const Frame& frame, std::string_view text) {
   header.outputError = static_cast<std::uint8_t>(frame.outputError);
   std::string opening(sizeof header, '\0');
   std::memcpy(opening.data(), &header, sizeof header);
-  opening += frame.message;
+  opening.append(frame.message).append(frame.warnings);
 
   // Together, so that the parent does not wake up for the header alone.
   std::array<iovec, 2> parts = {
@@ -130,7 +133,8 @@ FrameReader::State FrameReader::next(Frame& frame) {
   frame.outputError = header.outputError;
   frame.index = header.index;
   frame.message = rest.substr(sizeof header, header.messageBytes);
-  const std::size_t textStart = taken_ + sizeof header + header.messageBytes;
+  frame.warnings = rest.substr(sizeof header + header.messageBytes, header.warningBytes);
+  const std::size_t textStart = taken_ + sizeof header + header.messageBytes + header.warningBytes;
   taken_ = textStart + header.textBytes;
   if (taken_ == bytes_.size()) {
     bytes_.erase(0, textStart);

@@ -30,6 +30,7 @@ struct Frame {
   int outputError = 0;           // the number of the error that kept it from that
   std::uint64_t index = 0;       // of the file among the inputs
   std::string message;
+  std::string warnings;  // a line on what the module wrote to standard error; see CapturedErrors
   std::string text;
 };
 

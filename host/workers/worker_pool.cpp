@@ -31,7 +31,7 @@ constexpr int kMillisecondsToStart = 10;  // between attempts to start one
 // As many as are asked for and of use, and for which there are descriptors.
 std::size_t workerCount(unsigned jobs, const Inputs& inputs) {
   constexpr std::uint64_t kDescriptorsBesides = 24;
-  constexpr std::uint64_t kDescriptorsOfAWorker = 2;
+  constexpr std::uint64_t kDescriptorsOfAWorker = 3;
   const std::uint64_t all = openFileLimit();
   const std::uint64_t room = all - std::min(all, kDescriptorsBesides);
   const std::uint64_t count =
@@ -55,7 +55,7 @@ FileResult unansweredResult(const WorkerTask& task, const Input& input, FileStat
   report.path = input.path;
   report.status = status;
   report.message = result.message;
-  report.sourceBytes = regularFileBytes(input.path);
+  report.sourceBytes = regularFileBytes(input.textPath());
   appendText(report, task, result.text);
   return result;
 }
@@ -337,6 +337,7 @@ void WorkerPool::acceptFile(Slot& slot, Frame frame) {
   result.diagnosticsLost = frame.diagnosticsLost;
   result.hasChanged = frame.hasChanged;
   result.message = std::move(frame.message);
+  result.warnings = std::move(frame.warnings);
   result.text = std::move(frame.text);
   result.isWritten = frame.isWritten;
   result.outputError = frame.outputError;

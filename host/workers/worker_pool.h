@@ -28,7 +28,8 @@ struct FileResult {
   bool hasAnswer = false;        // the module gave one, though it may be empty
   bool diagnosticsLost = false;  // up to this file
   bool hasChanged = false;       // the file, each time that it was read
-  std::string message;           // empty when answered
+  std::string message;           // empty unless the file failed
+  std::string warnings;          // a line on what the module wrote to standard error, or empty
   std::string text;              // for the output
   bool isWritten = false;        // the worker has written the text itself, or tried to
   int outputError = 0;           // the number of the error that kept it from that
@@ -103,7 +104,7 @@ class WorkerPool {
   void enforceDeadlines(std::uint64_t wanted);
   void handleEnds(bool isIdle);
   void handleEnd(Slot& slot, const ProcessEnd& end);
-  void kill(Slot& slot, const FileFailure& failure);
+  void kill(Slot& slot, FileFailure failure);
   void handleFailure(Slot& slot, const FileFailure& failure);
   void fail(std::uint64_t index, const FileFailure& failure);
   void requeue(Slot& slot);

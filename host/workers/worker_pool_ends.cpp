@@ -61,17 +61,21 @@ void WorkerPool::handleEnds(bool isIdle) {
 }
 
 void WorkerPool::handleEnd(Slot& slot, const ProcessEnd& end) {
-  slot.process.reset();
+  FileFailure failure;
   if (slot.exception) {
-    handleFailure(slot, failureByException(*slot.exception));
+    failure = failureByException(*slot.exception);
   } else if (!slot.isReady && end.isBySignal(SIGALRM)) {
-    handleFailure(slot, failureByLoadTime(task_.timeBesidesFiles));
+    failure = failureByLoadTime(task_.timeBesidesFiles);
   } else {
-    handleFailure(slot, failureByEnd(end, task_.limits));
+    failure = failureByEnd(end, task_.limits);
   }
+  failure.warnings = slot.process->errors().take();
+  slot.process.reset();
+  handleFailure(slot, failure);
 }
 
-void WorkerPool::kill(Slot& slot, const FileFailure& failure) {
+void WorkerPool::kill(Slot& slot, FileFailure failure) {
+  failure.warnings = slot.process->errors().take();
   retired_.addAndKill(std::move(slot.process), clock_.now());
   handleFailure(slot, failure);
 }
@@ -109,6 +113,7 @@ void WorkerPool::fail(std::uint64_t index, const FileFailure& failure) {
   const Input& input = task_.inputs->all[index];
   FileResult result =
       unansweredResult(task_, input, failure.status, input.path + ": " + failure.what);
+  result.warnings = failure.warnings;
   keep(index, std::move(result));
 }
 

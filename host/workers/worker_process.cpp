@@ -101,7 +101,7 @@ void WorkerProcess::becomeWorker(const WorkerTask& task, pid_t parent, int reque
   for (const auto& sibling : siblings) {
     if (sibling != nullptr) sibling->closeOurEnds();
   }
-  work(task, requestsEnd, resultsEnd);
+  work(task, requestsEnd, resultsEnd, errors_);
 }
 
 void WorkerProcess::closeOurEnds() const {

@@ -40,6 +40,7 @@ class WorkerProcess {
   void abandon();                     // it ends when it next writes to its parent
 
   int results() const { return results_; }
+  CapturedErrors& errors() { return errors_; }
   FrameReader& frames() { return frames_; }
   const FrameReader& frames() const { return frames_; }
 
@@ -59,6 +60,7 @@ class WorkerProcess {
   pid_t pid_ = 0;  // 0 once its end is known
   int requests_ = -1;
   int results_ = -1;
+  CapturedErrors errors_;
   FrameReader frames_;
 };
 

@@ -110,16 +110,15 @@ TEST_F(Arguments, ThatCannotBeFollowedAreRefused) {
       {{"--diagnostics", "lines"}, "no FILE given"},
       {{"--bogus"}, "unknown option --bogus"},
       {{"f", "--bogus=1", "--other"}, "unknown option --bogus=1"},
-      {{"--define", "A", "f"}, "unknown option --define"},
-      {{"--Defines", "A", "f"}, "unknown option --Defines"},
-      {{"-defines", "A", "f"}, "unknown option -defines"},
-      {{"-h"}, "unknown option -h"},
       {{"f", "-x", "--", "-y"}, "unknown option -x"},
       {{"--version", "--bogus"}, "unknown option --bogus"},
       {{"--a\x1b\nb"}, "unknown option --a\\x1b\\x0ab"},
-      {{"-r", "f"}, "unknown option -r"},
       {{"--null-terminated", "f"}, "unknown option --null-terminated"},
       {{"--recursive"}, "no FILE given"},
+      {{"-r"}, "no FILE given"},
+      {{"-o", "f"}, "no FILE given"},
+      {{"f", "-o", "out", "--out-dir", "."}, "--output: not with --out-dir"},
+      {{"f", "--stdin", "g"}, "--stdin: not with FILE or --files-from"},
       {{"--out-dir", "f"}, "no FILE given"},
       {{"--caf\xc3\xa9"}, "unknown option --caf\xc3\xa9"},
       {{"merge"}, "no SHARD given", kMergeHint},
@@ -154,25 +153,22 @@ TEST_F(Arguments, ThatDoNotGoTogetherAreRefusedInOneLine) {
       {{"f", "--defines"}, "defines"},
       {{"f", "--plugin"}, "plugin"},
       {{"f", "--diagnostics"}, "diagnostics"},
-      {{"f", "--plugin", "a", "--plugin=b"}, "plugin"},
-      {{"f", "--diagnostics=none", "--diagnostics=none"}, "diagnostics"},
       {{"f", "--help=yes"}, "help"},
       {{"f", "--version=no"}, "version"},
       {{"f", "--recursive=yes"}, "recursive"},
       {{"f", "--files-from"}, "files-from"},
       {{"f", "--out-dir"}, "out-dir"},
-      {{"f", "--files-from=a", "--files-from=a"}, "files-from"},
-      {{"f", "--out-dir=.", "--out-dir=."}, "out-dir"},
       {{"f", "--hidden"}, "--hidden requires --recursive"},
       {{"f", "--node-modules"}, "--node-modules requires --recursive"},
       {{"f", "-0"}, "--null requires --files-from"},
       {{"f", "--null"}, "--null requires --files-from"},
-      {{"f", "--depth=1"}, "--depth requires --format tree"},
-      {{"f", "--only=line", "--format=json"}, "--only requires --format tree"},
+      {{"f", "--no-ignore"}, "--no-ignore requires --recursive"},
+      {{"f", "--binary"}, "--binary requires --recursive"},
+      {{"f", "--include=*"}, "--include requires --recursive"},
+      {{"f", "--exclude=*"}, "--exclude requires --recursive"},
       {{"merge", "f", "--help=yes"}, "help", kMergeHint},
       {{"merge", "f", "--files-from=a", "--null=yes"}, "null", kMergeHint},
       {{"merge", "f", "--files-from"}, "files-from", kMergeHint},
-      {{"merge", "f", "--files-from=a", "--files-from=a"}, "files-from", kMergeHint},
       {{"merge", "f", "-0"}, "--null requires --files-from", kMergeHint},
       {{"merge", "f", "--null"}, "--null requires --files-from", kMergeHint},
   };
@@ -189,25 +185,119 @@ TEST_F(Arguments, ThatDoNotGoTogetherAreRefusedInOneLine) {
   }
 }
 
-TEST_F(Arguments, WithValuesThatAreNoneAreRefused) {
-  const std::vector<std::pair<const char*, Words>> rows = {
-      {"--jobs", {"", "0", "257", "-1", "+1", "1.0", " 1", "all", "99999999999"}},
-      {"-j", {"0", "x"}},
-      {"--timeout", {"", "-1", "1s", "1.", ".5", "1.0000001", "1e3", "inf", "1000000001"}},
-      {"--max-memory", {"", "1", "63M", "67108863", "4T", "4g", "1.5G", "-1", "17179869184G"}},
-      {"--max-output", {"", "K", "1KB", "0x10", "18446744073709551616"}},
-      {"--max-size", {"", "M", "1 M"}},
-      {"--depth", {"", "-1", "all"}},
-      {"--format", {"", "xml", "JSON"}},
-      {"--color", {"", "yes", "Always"}},
+TEST_F(Arguments, ThatAreMistypedGetASuggestion) {
+  struct Row {
+    Words arguments;
+    std::string message;
   };
-  for (const auto& [option, values] : rows) {
-    for (const std::string& value : values) {
-      const std::string name = option == std::string("-j") ? "--jobs" : option;
-      EXPECT_EQ(run({"f", option, value}),
+  const std::vector<Row> rows = {
+      {{"--recursve", "f"}, "unknown option --recursve; did you mean --recursive?"},
+      {{"--define", "A", "f"}, "unknown option --define; did you mean --defines?"},
+      {{"--Defines", "A", "f"}, "unknown option --Defines; did you mean --defines?"},
+      {{"-defines", "A", "f"}, "unknown option -defines; did you mean --defines?"},
+      {{"f", "--fromat=json"}, "unknown option --fromat=json; did you mean --format?"},
+      {{"merge", "--file-from", "a", "f"},
+       "unknown option --file-from; did you mean --files-from?"},
+      {{"f", "--format", "jsno"},
+       "--format: invalid value 'jsno'; did you mean json? (one of raw, json, ndjson, tree)"},
+      {{"f", "--format=JSON"},
+       "--format: invalid value 'JSON'; did you mean json? (one of raw, json, ndjson, tree)"},
+      {{"f", "--format=xml"}, "--format: invalid value 'xml' (one of raw, json, ndjson, tree)"},
+      {{"f", "--format="}, "--format: invalid value '' (one of raw, json, ndjson, tree)"},
+      {{"f", "--color=Always"},
+       "--color: invalid value 'Always'; did you mean always? (one of auto, always, never)"},
+      {{"f", "--color=yes"}, "--color: invalid value 'yes' (one of auto, always, never)"},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(joined(row.arguments));
+    EXPECT_EQ(run(row.arguments), (Outcome{2, "", "quorl-js: " + row.message + "\n"}));
+  }
+}
+
+TEST_F(Arguments, WithLabelsThatAreNoneAreRefused) {
+  const std::string labels =
+      " (one of filepath, namespace, class, function, logic, loop, classvar, line, define, "
+      "preprocessor, htmlelement, link, container, error)\n";
+  for (const char* format : {"json", "ndjson", "tree", "raw"}) {
+    EXPECT_EQ(
+        run({"f", "--only=functions", "--format", format}),
+        (Outcome{2, "",
+                 "quorl-js: --only: invalid value 'functions'; did you mean function?" + labels}));
+    EXPECT_EQ(run({"f", "--only=line,,loop", "--format", format}),
+              (Outcome{2, "", "quorl-js: --only: invalid value ''" + labels}));
+    EXPECT_EQ(run({"f", "--only=", "--format", format}),
+              (Outcome{2, "", "quorl-js: --only: invalid value ''" + labels}));
+  }
+}
+
+TEST_F(Arguments, ThatMeanNothingToTheFormatAreRefused) {
+  struct Row {
+    Words arguments;
+    std::string message;
+  };
+  const std::vector<Row> rows = {
+      {{"--depth=1"}, "--depth: not with --format raw; use --format json, ndjson or tree"},
+      {{"--only=line"}, "--only: not with --format raw; use --format json, ndjson or tree"},
+      {{"--only=line", "--format=raw"},
+       "--only: not with --format raw; use --format json, ndjson or tree"},
+      {{"--times"}, "--times: not with --format raw; use --format json or ndjson"},
+      {{"--times", "--format=tree"},
+       "--times: not with --format tree; use --format json or ndjson"},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(joined(row.arguments));
+    Words arguments = row.arguments;
+    arguments.emplace_back("f");
+    EXPECT_EQ(run(arguments), (Outcome{2, "", "quorl-js: " + row.message + "\n"}));
+  }
+}
+
+TEST_F(Arguments, WithValuesThatAreNoneAreRefused) {
+  struct Row {
+    const char* option;
+    Words values;
+    std::string allowed;
+  };
+  const std::string sizes = "a size such as 64M or 2GiB, or 0 for no limit";
+  const std::vector<Row> rows = {
+      {"--jobs",
+       {"", "0", "257", "-1", "+1", "1.0", " 1", "all", "99999999999"},
+       "a number from 1 to 256"},
+      {"-j", {"0", "x"}, "a number from 1 to 256"},
+      {"--timeout",
+       {"", "-1", "1s", "1.", ".5", "1.0000001", "1e3", "inf", "1000000001"},
+       "seconds such as 30 or 2.5, or 0 for no limit"},
+      {"--max-memory",
+       {"", "1", "63M", "67108863", "1.5G", "-1", "17179869184G", "16777216T"},
+       "a size of at least 64M such as 512M or 2GiB, or 0 for no limit"},
+      {"--max-output",
+       {"", "K", "B", "1B", "1P", "1KiBB", "1i", "0x10", "18446744073709551616"},
+       sizes},
+      {"--max-size", {"", "M", "1 M", "1M1"}, sizes},
+      {"--depth", {"", "-1", "all"}, "a number"},
+  };
+  for (const Row& row : rows) {
+    for (const std::string& value : row.values) {
+      const std::string name = row.option == std::string("-j") ? "--jobs" : row.option;
+      EXPECT_EQ(run({"f", row.option, value}),
                 (Outcome{2, "",
-                         "quorl-js: " + name + " cannot be " + value + "; see quorl-js --help\n"}));
+                         "quorl-js: " + name + ": invalid value '" + value + "'; use " +
+                             row.allowed + "\n"}));
     }
+  }
+}
+
+// Exactly as large as the file is allowed, one byte more is not.
+TEST_F(Arguments, WithSizesAreTakenInEachSpelling) {
+  writeFile("kilobyte", std::string(1024, 'x'));
+  writeFile("more", std::string(1025, 'x'));
+  for (const char* size : {"1024", "1K", "1k", "1KB", "1kb", "1KiB", "1kib"}) {
+    SCOPED_TRACE(size);
+    EXPECT_EQ(runOdd({"kilobyte", "--max-size", size}).status, 0);
+    EXPECT_EQ(runOdd({"more", "--max-size", size}).status, 1);
+  }
+  for (const char* size : {"64M", "64m", "64MB", "64MiB", "1G", "1g", "1T", "1TiB", "67108864"}) {
+    EXPECT_EQ(runOdd({"kilobyte", "--max-memory", size, "--max-output", size}).status, 0) << size;
   }
 }
 
@@ -230,13 +320,31 @@ TEST_F(Arguments, WithValuesAreTakenInEachSpelling) {
                                  Words{"--color", "auto"},
                                  Words{"--color=always"},
                                  Words{"--color=never"},
-                                 Words{"--times"},
+                                 Words{"-rq"},
                                  Words{"--quiet", "-q", "--no-progress", "--strict"}}) {
     SCOPED_TRACE(joined(arguments));
     Words all = arguments;
     all.emplace_back("f");
     EXPECT_EQ(runOdd(all), (Outcome{0, "[\nf|\n]\n", ""}));
   }
+}
+
+TEST_F(Arguments, ThatAreRepeatedCountForTheLast) {
+  writeFile("list", "g\n");
+  fs::create_directory("out");
+  for (const Words& arguments :
+       {Words{"--format=json", "--format=raw"}, Words{"--jobs=2", "-j1"},
+        Words{"--max-output=1", "--max-output=0"}, Words{"--timeout=1", "--timeout", "2"},
+        Words{"--plugin", "gone.so", "--plugin", ODD_PLUGIN_PATH},
+        Words{"--diagnostics=out/x", "--diagnostics=none"}, Words{"-o", "out/x", "-o", "-"}}) {
+    SCOPED_TRACE(joined(arguments));
+    Words all = arguments;
+    all.emplace_back("f");
+    if (arguments.front() != "--plugin") all.insert(all.begin(), {"--plugin", ODD_PLUGIN_PATH});
+    EXPECT_EQ(run(all), (Outcome{0, "[\nf|\n]\n", ""}));
+  }
+  EXPECT_TRUE(fs::is_empty("out"));
+  EXPECT_EQ(runOdd({"--files-from=gone", "--files-from=list"}), (Outcome{0, "[\ng|\n]\n", ""}));
 }
 
 TEST_F(Arguments, OfAnOutlineMayBeJoinedOrRepeated) {
@@ -255,15 +363,18 @@ TEST_F(Arguments, OfAnOutlineMayBeJoinedOrRepeated) {
 
 TEST_F(Help, ListsOptionsAndExitStatuses) {
   const Outcome outcome = run({"--help"});
+  EXPECT_EQ(run({"-h"}), outcome);
+  EXPECT_EQ(run({"-h", "f", "-V"}), outcome);
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.err, "");
   EXPECT_EQ(outcome.out.rfind("Usage: quorl-js FILE... [OPTION]...\n"
                               "       quorl-js --files-from LIST [FILE]... [OPTION]...\n"
+                              "       quorl-js --stdin NAME [OPTION]...\n"
                               "       quorl-js merge SHARD... [OPTION]...\n",
                               0),
             0U)
       << outcome;
-  for (const char* line : {"--recursive ",
+  for (const char* line : {"-r, --recursive ",
                            "--hidden ",
                            "--node-modules ",
                            "--files-from LIST ",
@@ -277,8 +388,9 @@ TEST_F(Help, ListsOptionsAndExitStatuses) {
                            "--timeout SECONDS ",
                            "-q, --quiet ",
                            "--strict ",
-                           "--help ",
-                           "--version ",
+                           "-o, --output FILE ",
+                           "-h, --help ",
+                           "-V, --version ",
                            "-- ",
                            "0 ",
                            "1 ",
@@ -286,19 +398,42 @@ TEST_F(Help, ListsOptionsAndExitStatuses) {
                            "  quorl-js a.js b.html\n"}) {
     EXPECT_NE(outcome.out.find(std::string("\n  ") + line), std::string::npos) << line;
   }
-  EXPECT_NE(outcome.out.find(
-                "\n  --version            print the versions of quorl-js and of the plug-in and\n"
-                "                       stop\n"),
-            std::string::npos)
+  EXPECT_NE(
+      outcome.out.find("\n  --out-dir DIR        Write one output file per input file, to the "
+                       "directory\n"
+                       "                       DIR\n"),
+      std::string::npos)
       << outcome;  // the texts are broken at blanks and stand in one column
-  std::istringstream lines(outcome.out);
-  for (std::string line; std::getline(lines, line);) EXPECT_LE(line.size(), 79U) << line;
   EXPECT_EQ(outcome.out.back(), '\n');
+}
+
+// The lines of each option: the first begins with its name, further ones are indented.
+TEST_F(Help, NeedsTwoLinesForAnOptionAtMost) {
+  for (const Words& arguments : {Words{"--help"}, Words{"merge", "--help"}}) {
+    std::istringstream lines(run(arguments).out);
+    int options = 0;
+    int linesOfOption = 0;
+    bool isOption = false;
+    for (std::string line; std::getline(lines, line);) {
+      EXPECT_LE(line.size(), 79U) << line;
+      if (line.rfind("  -", 0) == 0) {
+        isOption = true;
+        linesOfOption = 1;
+        ++options;
+      } else if (line.rfind("    ", 0) == 0 && isOption) {
+        EXPECT_LE(++linesOfOption, 2) << line;
+      } else {
+        isOption = false;
+      }
+    }
+    EXPECT_GE(options, 4);
+  }
 }
 
 TEST_F(Help, OfMergeNeedsNothingElse) {
   const std::string text = run({"merge", "--help"}).out;
-  EXPECT_EQ(text.rfind("Usage: quorl-js merge [--files-from LIST [-0]] SHARD...\n", 0), 0U);
+  EXPECT_EQ(text.rfind("Usage: quorl-js merge [--files-from LIST [-0]] [-o FILE] SHARD...\n", 0),
+            0U);
   for (const Words& arguments : {Words{"merge", "f", "--help"}, Words{"merge", "--help", "--bogus"},
                                  Words{"merge", "--files-from=gone", "--help"},
                                  Words{"merge", "-0", "--help"}, Words{"merge", "--help="}}) {
@@ -319,8 +454,10 @@ TEST_F(Help, NeedsNothingElse) {
 }
 
 TEST_F(Version, IsTheProgramsAndThenTheModules) {
-  const Outcome versions{0, "quorl-js " QUORL_VERSION "\nodd plug-in\n", ""};
+  const Outcome versions{
+      0, "quorl-js " QUORL_VERSION "\nodd plug-in\nplug-in: " ODD_PLUGIN_PATH "\n", ""};
   EXPECT_EQ(runOdd({"--version"}), versions);
+  EXPECT_EQ(runOdd({"-V"}), versions);
   EXPECT_EQ(runOdd({"--version", "error"}), versions);  // no file is read
 }
 

@@ -44,6 +44,12 @@ TEST(Format, FormsAreFoundByTheirNames) {
   EXPECT_EQ(host::findFormat(""), nullptr);
 }
 
+TEST(Format, NamesAreThoseOfAProperty) {
+  EXPECT_EQ(host::formatNames(), (std::vector<std::string_view>{"raw", "json", "ndjson", "tree"}));
+  EXPECT_EQ(host::formatNames([](const host::Format& format) { return format.hasTimes; }),
+            (std::vector<std::string_view>{"json", "ndjson"}));
+}
+
 TEST(RawFormat, IsTheAnswerAsItIs) {
   EXPECT_EQ(begin("raw"), "");
   EXPECT_EQ(end("raw"), "");
@@ -51,11 +57,7 @@ TEST(RawFormat, IsTheAnswerAsItIs) {
   const std::string_view answer = "[\n\x01 anything";
   EXPECT_EQ(write("raw", {.path = "a.js", .answer = answer}), answer);
   const std::string_view error = "[{\"error\": \"File is empty: a.js\"}]";
-  EXPECT_EQ(write("raw", {.path = "a.js",
-                          .status = FileStatus::kFailed,
-                          .message = "File is empty: a.js",
-                          .answer = error}),
-            error);
+  EXPECT_EQ(write("raw", {.path = "a.js", .status = FileStatus::kEmpty, .answer = error}), error);
 }
 
 TEST(RawFormat, HasNothingForAFileThatFailedWithoutAnAnswer) {
@@ -118,7 +120,8 @@ TEST(JsonFormat, TellsWhyThereAreNoRecords) {
     FileStatus status;
     std::string_view word;
   };
-  constexpr Case kCases[] = {{FileStatus::kFailed, "failed"},
+  constexpr Case kCases[] = {{FileStatus::kEmpty, "empty"},
+                             {FileStatus::kFailed, "failed"},
                              {FileStatus::kCrashed, "crashed"},
                              {FileStatus::kTimedOut, "timed-out"},
                              {FileStatus::kOutOfMemory, "out-of-memory"},
@@ -239,13 +242,58 @@ TEST(TreeFormat, ShowsSoManyLevels) {
 TEST(TreeFormat, ShowsOnlyTheseLabels) {
   const std::string answer = outlineAnswer();
   const FileReport report{.path = "a.js", .answer = answer};
-  EXPECT_EQ(write("tree", report, {.onlyLabels = "line,class"}),
+  EXPECT_EQ(write("tree", report, {.onlyLabels = {"line", "class"}}),
             "a.js\n"
             "       class         A\n"
             "    12 line              say(\"hi\");\n");
-  EXPECT_EQ(write("tree", report, {.onlyLabels = "error"}),
+  EXPECT_EQ(write("tree", report, {.onlyLabels = {"error"}}),
             "a.js\n    13 error: Zero child objects  x\n");
-  EXPECT_EQ(write("tree", report, {.onlyLabels = "lin"}), "a.js\n");
+  EXPECT_EQ(write("tree", report, {.onlyLabels = {"lin"}}), "a.js\n");
+}
+
+TEST(TreeFormat, HasALineForAnEmptyFile) {
+  EXPECT_EQ(write("tree", {.path = "a.js", .status = FileStatus::kEmpty}), "a.js: empty\n");
+  EXPECT_EQ(write("tree", {.path = "a.js", .status = FileStatus::kEmpty}, {.color = true}),
+            "\x1b[1ma.js\x1b[0m: \x1b[2mempty\x1b[0m\n");
+}
+
+// The nodeIDs of the records that a json or ndjson text has.
+std::vector<std::string> nodesIn(const std::string& text) {
+  std::vector<std::string> nodes;
+  const std::string key = "\"nodeID\":";
+  for (auto at = text.find(key); at != std::string::npos; at = text.find(key, at + 1)) {
+    nodes.push_back(text.substr(at + key.size(), 1));
+  }
+  return nodes;
+}
+
+TEST(Selection, IsTheSameInEveryFormatButRaw) {
+  const std::string answer = outlineAnswer();
+  const FileReport report{.path = "a.js", .answer = answer};
+  struct Row {
+    FormatSettings settings;
+    std::vector<std::string> nodes;
+  };
+  const std::vector<Row> rows = {
+      {{}, {"0", "1", "2", "3", "4"}},
+      {{.depth = 0}, {"0"}},
+      {{.depth = 1}, {"0", "1", "4"}},
+      {{.depth = 2}, {"0", "1", "2", "4"}},
+      {{.onlyLabels = {"filepath"}}, {"0"}},
+      {{.onlyLabels = {"line", "class"}}, {"1", "3"}},
+      {{.onlyLabels = {"error"}}, {"4"}},
+      {{.onlyLabels = {"error: Zero child objects"}}, {"4"}},
+      {{.depth = 2, .onlyLabels = {"line", "class"}}, {"1"}},
+      {{.onlyLabels = {"loop"}}, {}},
+  };
+  for (const Row& row : rows) {
+    EXPECT_EQ(nodesIn(write("json", report, row.settings)), row.nodes);
+    const std::string lines = write("ndjson", report, row.settings);
+    EXPECT_EQ(nodesIn(lines), row.nodes);
+    EXPECT_TRUE(lines.ends_with("\"recordCount\":" + std::to_string(row.nodes.size()) + "}\n"))
+        << lines;
+    EXPECT_EQ(write("raw", report, row.settings), answer);
+  }
 }
 
 TEST(TreeFormat, IsNoWiderThanTheTerminal) {

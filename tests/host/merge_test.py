@@ -8,6 +8,7 @@ called list. Those of ARGUMENTS find the files of NAMED_FILES.
 import json
 import os
 import pathlib
+import signal
 import subprocess
 import sys
 
@@ -39,6 +40,7 @@ C_TWICE = header(2) + file(0, "c.js") + file(1, "c.js")
 C_THEN_B = header(2) + file(0, "c.js") + record(1, "c") + file(1, "three.js", 1)
 ODD = header(1) + file(0, "\\ufffd\\n.js", more=',"pathBytes":"/wouanM="')
 FAILED = header(1) + file(0, "bad.js", status="crashed")
+EMPTY = header(1) + file(0, "empty.js", status="empty")
 LONG = header(1) + record(0, "z" * 1_000_000) + file(0, "long.js", 1)
 
 # name, shards, list or None, options, status, standard output
@@ -51,6 +53,7 @@ GOOD = [
     ("no files at all", [header(0)], b"", [], 0, header(0)),
     ("an empty run among others", [header(0) + A, header(0)], None, [], 0, A),
     ("the exact bytes of a path count", [ODD], b"\xff\n.js\0", ["-0"], 0, ODD),
+    ("an empty file is none that failed", [EMPTY], None, [], 0, EMPTY),
     ("a file that failed", [A, FAILED], None, [], 1,
      header(3) + A[len(header(2)):] + file(2, "bad.js", status="crashed")),
     ("a name as often as it is listed", [B, B], b"three.js\nthree.js\n", [], 0,
@@ -86,7 +89,14 @@ BAD = [
     ("a file is missing in the middle", [header(2) + file(1, "two.js")], None, [],
      "a: line 2: file 0 of its run is missing or cut"),
     ("a record is missing", [A.replace(record(0, "a"), b"")], None, [],
-     "a: line 3: records are missing: 1 of 2 stand before it"),
+     "a: line 3: fewer records than announced: 1 instead of 2"),
+    ("a record too many", [A.replace(record(0, "a"), record(0, "a") * 2)], None, [],
+     "a: line 5: more records than announced: 3 instead of 2"),
+    ("a file without a count", [B.replace(b'"recordCount"', b'"count"')], None, [],
+     "a: line 3: a file without recordCount"),
+    ("a list with line ends of two bytes", [B], b"three.js\r\n", [],
+     "a: not in list list, or not as often as in the SHARDs: three.js; lines of the list end in "
+     "CR LF; remove the CRs with tr -d '\\r'"),
     ("a record of another file", [header(2) + record(1)], None, [],
      "a: line 2: file 0 of its run is missing or cut"),
     ("a number that is none", [header(1) + b'{"type":"file","file":x}\n'], None, [],
@@ -175,6 +185,13 @@ ARGUMENTS = [
     ("an empty joined list", ["--files-from=", "a", "b"], 2, b"",
      "list : No such file or directory"),
     ("an empty list", ["--files-from", "", "a", "b"], 2, b"", "list : No such file or directory"),
+    ("the last of several lists", ["--files-from=gone", "--files-from=list", "a", "b"], 0, B_FIRST,
+     ""),
+    ("an output file", ["-o", "merged", "a"], 0, b"", ""),
+    ("standard output by its name", ["-o", "-", "a"], 0, A, ""),
+    ("an output file that is a shard", ["a", "--output=a"], 2, b"", "a: is also a SHARD"),
+    ("an output file that cannot be", ["a", "--output=gone/b"], 2, b"",
+     "gone/b: No such file or directory"),
     ("a list called like an option", ["--files-from", "--no", "[]"], 0, C, ""),
 ]
 
@@ -224,10 +241,20 @@ def faults(quorl_js, folder):
     os.close(reading)
     done = run(quorl_js, folder, [A], None, [], stdout=writing)
     os.close(writing)
-    if (done.returncode, done.stderr) != (2, b"quorl-js: standard output: Broken pipe\n"):
+    if (done.returncode, done.stderr) != (-signal.SIGPIPE, b""):
         yield "a closed pipe: %r" % done
     (folder / "a").write_bytes(A)
     (folder / "b").write_bytes(B)
+    if (folder / "merged").read_bytes() != A:
+        yield "-o: %r" % (folder / "merged").read_bytes()[:400]
+    # A shard that is cut leaves the file as it was, and nothing beside it.
+    (folder / "cut").write_bytes(A[:-3])
+    before = sorted(os.listdir(folder))
+    done = subprocess.run([quorl_js, "merge", "-o", "merged", "cut"], cwd=folder, check=False,
+                          stderr=subprocess.PIPE)
+    if (done.returncode, (folder / "merged").read_bytes(), sorted(os.listdir(folder))) != (
+            2, A, before):
+        yield "-o of a shard that is cut: %r" % done
     done = subprocess.run([quorl_js, "merge", "--files-from", "-", "b", "a"], cwd=folder,
                           input=b"three.js\ntwo.js\none.js\n", check=False,
                           stdout=subprocess.PIPE)

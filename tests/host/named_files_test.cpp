@@ -111,12 +111,14 @@ TEST_F(Directories, AreWalkedInByteOrderOfTheirPaths) {
   }
 }
 
-TEST_F(Directories, AreFilesForTheModuleUnlessTheyAreWalked) {
+TEST_F(Directories, AreToldToBeSuchUnlessTheyAreWalked) {
   fs::create_directories("tree");
   writeFile("tree/a", "x");
-  EXPECT_EQ(runOdd({"tree"}), (Outcome{0, answersTo({"tree"}), ""}));
-  EXPECT_EQ(run({"tree"}), (Outcome{1, R"([{"error": "File is empty: tree"}])",
-                                    "quorl-js: File is empty: tree\n"}));
+  const std::string told = "quorl-js: tree: is a directory (use -r to read it)\n";
+  EXPECT_EQ(runOdd({"tree"}), (Outcome{1, answersTo({"tree"}), told}));
+  EXPECT_EQ(run({"tree"}), (Outcome{1, R"([{"error": "File is empty: tree"}])", told}));
+  EXPECT_EQ(run({"tree", "--format=tree"}),
+            (Outcome{1, "tree: failed: is a directory (use -r to read it)\n", told}));
 }
 
 TEST_F(Directories, MayHoldTheOutputOfTheRun) {
@@ -261,7 +263,9 @@ TEST_F(Lists, NameDirectoriesAndFilesThatFail) {
   const std::string told = "quorl-js: no-memory: no memory for the answer\n";
   EXPECT_EQ(runOdd({"--files-from=list", "--recursive"}),
             (Outcome{1, answersTo({"tree/a", "f"}), told}));
-  EXPECT_EQ(runOdd({"--files-from=list"}), (Outcome{1, answersTo({"tree", "f"}), told}));
+  EXPECT_EQ(runOdd({"--files-from=list"}),
+            (Outcome{1, answersTo({"tree", "f"}),
+                     told + "quorl-js: tree: is a directory (use -r to read it)\n"}));
 }
 
 TEST_F(Lists, MayBeLong) {

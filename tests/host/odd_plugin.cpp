@@ -160,6 +160,13 @@ void floodStandardError() {
   for (int count = 0; count < kFloodLines; ++count) std::fputs(line.c_str(), stderr);
 }
 
+void warnWithoutEnd() {
+  const std::string line = "x\n";
+  for (int count = 0; count < 10'000'000; ++count) {
+    if (::write(STDERR_FILENO, line.data(), line.size()) < 0) return;
+  }
+}
+
 // Then it neither ends nor says anything.
 void closePipes() {
   for (int descriptor = 3; descriptor < 64; ++descriptor) {
@@ -241,6 +248,16 @@ constexpr std::array kMisdeeds = {
     Misdeed{"keep", [] { takeMemory(kKeptBlocks); }},
     Misdeed{"flood-stdout", floodStandardOutput},
     Misdeed{"flood-stderr", floodStandardError},
+    Misdeed{"warnings",
+            [] { std::fputs("Warning: an odd tag\n\nWarning: an odd tag\nan odd tag\n", stderr); }},
+    Misdeed{"mixed-warnings", [] { std::fputs("one\x1b\ntwo", stderr); }},
+    Misdeed{"long-warning", [] { std::fputs(std::string(100'000, 'w').c_str(), stderr); }},
+    Misdeed{"last-words",
+            [] {
+              std::fputs("farewell\n", stderr);
+              crash();
+            }},
+    Misdeed{"endless-warnings", warnWithoutEnd},
     Misdeed{"orphan", leaveOrphan},
     Misdeed{"spoil", spoilPipes},
 };
@@ -259,6 +276,10 @@ extern "C" {
 
 EXPORTED const char* ParseJS(const char* path, const char* defines) {
   const std::string_view name = path;
+  if (name.ends_with("/stay")) {
+    leaveMark("staying");
+    while (true) ::pause();
+  }
   misbehave(name);
   if (name == "no-memory") return nullptr;
   if (name == "no-memory-once" && leaveMark("asked")) return nullptr;
@@ -302,7 +323,8 @@ EXPORTED void CleanupJS() { std::puts("cleaned up"); }
 #ifndef ODD_PLUGIN_LACKS_INFO
 EXPORTED const char* Info() {
   if (std::getenv("ODD_PLUGIN_HANGS") != nullptr) hang();
-  return std::getenv("ODD_PLUGIN_HAS_NO_MEMORY") == nullptr ? "odd plug-in\n" : nullptr;
+  return std::getenv("ODD_PLUGIN_HAS_NO_MEMORY") == nullptr ? "odd plug-in (Address: 0x1)\n"
+                                                            : nullptr;
 }
 #endif
 

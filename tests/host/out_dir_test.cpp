@@ -178,7 +178,7 @@ TEST_F(OutDir, IsNotWalkedItself) {
   writeFile("out/a.records", "kept");
   for (const char* name : {"out", "./out/", "out/../out"}) {
     EXPECT_EQ(runOdd({"--recursive", "--out-dir=out", name}),
-              (Outcome{2, "", "quorl-js: output directory out: is also one to read\n"}));
+              (Outcome{2, "", "quorl-js: output directory out: is also an input\n"}));
   }
   EXPECT_EQ(filesIn("out"), (Files{{"a.records", "kept"}}));
 }

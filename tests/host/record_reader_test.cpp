@@ -152,17 +152,6 @@ TEST(RecordReader, UndoesEveryEscape) {
       << "a text that looks like the layout";
 }
 
-TEST(Unescaped, LeavesWhatIsNoEscape) {
-  struct Row {
-    std::string_view text;
-    std::string_view result;
-  };
-  for (const Row& row : {Row{"", ""}, Row{"a.js", "a.js"}, Row{R"(\"\'\\\n\r\t)", "\"'\\\n\r\t"},
-                         Row{R"(\\n)", R"(\n)"}, Row{R"(\x\)", R"(\x\)"}}) {
-    EXPECT_EQ(host::unescaped(row.text), row.result) << row.text;
-  }
-}
-
 TEST(RecordReader, RefusesTextsThatTheModuleDoesNotWrite) {
   for (const std::string_view written :
        {"it's", "a\nb", "a\rb", "a\tb", R"(\u0041)", R"(\/)", R"(\b)", R"(\)", "\""}) {

@@ -1,0 +1,91 @@
+// What the function leaves empty, bash completes as the name of a file.
+
+#include <string_view>
+
+#include "cli/completions.h"
+#include "cli/option_table.h"
+
+namespace host {
+namespace {
+
+constexpr std::string_view kBashOpening = R"(# bash completion for quorl-js
+
+_quorl_js() {
+    local current=${COMP_WORDS[COMP_CWORD]} option=${COMP_WORDS[COMP_CWORD - 1]} word
+    COMPREPLY=()
+    for word in "${COMP_WORDS[@]:1:COMP_CWORD - 1}"; do
+        [[ $word == -- ]] && return
+    done
+    # The "=" between an option and its value is a word of its own.
+    if [[ $current == = ]]; then
+        current=
+    elif [[ $option == = ]]; then
+        option=${COMP_WORDS[COMP_CWORD - 2]}
+    fi
+)";
+
+// Follows what is done for merge.
+constexpr std::string_view kBashCases = R"(        return
+    fi
+    # A word that may become merge or the name of a file.
+    if [[ $COMP_CWORD -eq 1 && -n $current && merge == "$current"* ]]; then
+        compopt -o filenames
+        mapfile -t COMPREPLY < <(compgen -W merge -f -- "$current")
+        return
+    fi
+    case $option in
+)";
+constexpr std::string_view kBashClosing = R"(    esac
+}
+
+complete -o default -F _quorl_js quorl-js
+)";
+
+std::string bashReply(std::string_view words) {
+  return "COMPREPLY=($(compgen -W '" + std::string(words) + "' -- \"$current\"))";
+}
+
+std::string bashAction(const Option& option) {
+  if (option.words != nullptr) {
+    const bool areAll = option.completion == Completion::kNothing;
+    return (areAll ? "compopt +o default; " : "") + bashReply(joinedWords(option));
+  }
+  switch (option.completion) {
+    case Completion::kFiles:
+      return ":";
+    case Completion::kDirectories:
+      return "compopt +o default -o dirnames";
+    case Completion::kNothing:
+      break;
+  }
+  return "compopt +o default";
+}
+
+std::string namesOf(const Command& command) {
+  std::string names;
+  for (const Option& option : command.options) {
+    for (const std::string_view name : {option.shortName, option.name}) {
+      if (!name.empty()) names.append(names.empty() ? "" : " ").append(name);
+    }
+  }
+  return names;
+}
+
+}  // namespace
+
+std::string bashCompletion() {
+  std::string script(kBashOpening);
+  script += "    if [[ ${COMP_WORDS[1]} == merge && $COMP_CWORD -gt 1 ]]; then\n";
+  script += "        [[ $current == -* ]] && " + bashReply(namesOf(kMerge)) + "\n";
+  script += kBashCases;
+  for (const Option& option : kProgram.options) {
+    if (option.argument.empty()) continue;
+    script += "        ";
+    if (!option.shortName.empty()) script.append(option.shortName).append(" | ");
+    script.append(option.name).append(") ").append(bashAction(option)).append(" ;;\n");
+  }
+  script += "        *) [[ $current == -* ]] && " + bashReply(namesOf(kProgram)) + " ;;\n";
+  return script.append(kBashClosing);
+}
+
+}  // namespace host

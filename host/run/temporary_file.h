@@ -1,0 +1,28 @@
+// Files that appear complete or not at all: each is written under a temporary name, which begins
+// with a dot, and then renamed. A signal that ends the run removes it; there is one at a time.
+#pragma once
+
+#include <string>
+
+namespace host {
+
+struct TemporaryFile {
+  std::string name;
+  int descriptor;  // negative if it could not be made; errno tells why
+};
+
+// Makes a file in the directory, whose descriptor has to stay open.
+TemporaryFile makeTemporaryFile(int directory);
+
+// Gives the file its name, in place of what bore it, or removes the file if the number of an error
+// comes with it. Returns 0, or the number of the error for which there is no such file.
+int finishTemporaryFile(int directory, const TemporaryFile& file, const std::string& name,
+                        int error);
+
+// Removes the file, whose descriptor is closed by now.
+void dropTemporaryFile(int directory, const TemporaryFile& file);
+
+// Removes the temporary files of processes that are gone, as one that was killed leaves them.
+void removeStaleTemporaryFiles(int directory);
+
+}  // namespace host

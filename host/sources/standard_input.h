@@ -1,0 +1,26 @@
+// The text of standard input, kept in a file for the module, which reads files only.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace host {
+
+class StandardInputCopy {
+ public:
+  // Reads standard input to its end into a file that ends in the same name as the path, in a
+  // directory of its own that nobody else may enter. With a limit other than 0, what is more than a
+  // byte above it is not read. Throws Failure.
+  StandardInputCopy(const std::string& path, std::uint64_t limit);
+  StandardInputCopy(const StandardInputCopy&) = delete;
+  StandardInputCopy& operator=(const StandardInputCopy&) = delete;
+  ~StandardInputCopy();  // removes both; a signal that ends the run does, too
+
+  const std::string& path() const { return file_; }
+
+ private:
+  std::string directory_;
+  std::string file_;
+};
+
+}  // namespace host
