@@ -58,7 +58,9 @@ enum Flags : std::uint16_t {
   kHeadIsValue = 64,     // the function or class being read gives a name its value
   kGets = 128,
   kSets = 256,
-  kIsEnum = 512,  // the head being read is of an enum
+  kIsEnum = 512,         // the head being read is of an enum
+  kHeadIsMember = 1024,  // the function being read is a method
+  kEndsAtColon = 2048,   // a label or a case
 };
 
 struct Name {
@@ -183,6 +185,8 @@ class Scanner {
  private:
   Frame& top() { return frames_.back(); }
   bool has(std::uint16_t flag) { return (top().flags & flag) != 0; }
+  // Between < and > of type parameters or arguments.
+  bool inAngles() { return top().angles > 0; }
   void set(std::uint16_t flag) { top().flags |= flag; }
   void clear(std::uint16_t flags) { top().flags &= static_cast<std::uint16_t>(~flags); }
   std::string_view textOf(const Name& name) const {
@@ -241,10 +245,10 @@ class Scanner {
   bool continueTemplate_ = false;
   bool hasReadJsx_ = false;
   std::size_t faults_ = 0;
-  Token previous_;
+  Token previous_;  // the one being handled, while it is
+  Token before_;
   Word previousWord_ = Word::kNone;
   Word wordBefore_ = Word::kNone;
-  bool followsArrow_ = false;
   bool arrowIsNamed_ = false;
   std::int32_t previousLine_ = 0;     // of the last byte of the token before
   Name lastName_;                     // the last identifier, or string in brackets
@@ -270,7 +274,7 @@ void Scanner::endLine(std::int32_t line, std::int32_t lastLine) {
 }
 
 std::int32_t Scanner::define(Kind kind, const Name& name, bool isMain) {
-  if (name.line - firstLine_ >= maxLines_) return kNone;
+  if (name.end == 0 || name.line - firstLine_ >= maxLines_) return kNone;
   structure_.definitions.push_back({kind, isMain, name.begin, name.end, name.line, 0});
   return static_cast<std::int32_t>(structure_.definitions.size() - 1);
 }
@@ -313,7 +317,8 @@ void Scanner::endStatement() {
     definition(frame.function).lastLine = previousLine_;
   }
   frame.phase = Phase::kStart;
-  clear(kDeclares | kHeadIsStatement | kHeadIsValue | kGets | kSets | kIsEnum);
+  clear(kDeclares | kHeadIsStatement | kHeadIsValue | kHeadIsMember | kGets | kSets | kIsEnum |
+        kEndsAtColon);
   frame.ternaries = 0;
   frame.angles = 0;
   frame.statementLine = 0;
@@ -387,8 +392,7 @@ void Scanner::afterClosed(const Frame& closed) {
   if ((closed.flags & kIsValue) != 0) closedValue_ = closed.definition;
   if ((closed.flags & kEndsStatement) != 0) endStatement();
   // A string in brackets is a name: object["name"] = ...
-  const bool isKey = closed.closer == ']' && lastName_.begin > 0 &&
-                     (text_[lastName_.begin - 1] == '"' || text_[lastName_.begin - 1] == '\'');
+  const bool isKey = closed.closer == ']' && before_.type == TokenType::kString;
   if (!isKey) lastName_ = {};
   // The name of a member is all of what stands in its brackets, with them.
   if (top().phase == Phase::kMember && closed.closer == ']') top().target.end = previous_.end;
@@ -519,9 +523,8 @@ void Scanner::handle(const Token& token) {
     }
     closedValue_ = kNone;
   }
-  const Token before = std::exchange(previous_, token);
+  before_ = std::exchange(previous_, token);
   wordBefore_ = std::exchange(previousWord_, Word::kNone);
-  followsArrow_ = before.type == TokenType::kPunct && before.punct == kArrow;
   if (top().type == FrameType::kTypes) {
     if (token.type == TokenType::kPunct) {
       switch (token.punct) {
@@ -549,8 +552,8 @@ void Scanner::handle(const Token& token) {
     }
   } else {
     if (top().phase == Phase::kDecorator) {
-      const bool isName = token.type == TokenType::kWord && before.type == TokenType::kPunct &&
-                          (before.punct == '@' || before.punct == '.');
+      const bool isName = token.type == TokenType::kWord && before_.type == TokenType::kPunct &&
+                          (before_.punct == '@' || before_.punct == '.');
       const bool goesOn =
           token.type == TokenType::kPunct && (token.punct == '.' || token.punct == '(');
       if (isName) return;
@@ -558,7 +561,7 @@ void Scanner::handle(const Token& token) {
     }
     switch (token.type) {
       case TokenType::kWord: {
-        const bool isMember = before.type == TokenType::kPunct && before.punct == '.';
+        const bool isMember = before_.type == TokenType::kPunct && before_.punct == '.';
         previousWord_ = isMember ? Word::kNone : word;
         handleWord(token);
         break;
@@ -580,7 +583,7 @@ void Scanner::handle(const Token& token) {
 void Scanner::enterFunction(bool isStatement) {
   Frame& frame = top();
   frame.function = frame.phase == Phase::kValue ? defineValue(Kind::kFunction) : kNone;
-  clear(kHeadIsStatement | kHeadIsValue);
+  clear(kHeadIsStatement | kHeadIsValue | kHeadIsMember);
   if (frame.function != kNone) set(kHeadIsValue);
   if (isStatement) set(kHeadIsStatement);
   frame.phase = Phase::kFunction;
@@ -592,7 +595,7 @@ void Scanner::enterClass(bool isStatement) {
   Frame& frame = top();
   frame.function = frame.phase == Phase::kValue ? defineValue(Kind::kClass) : kNone;
   frame.target = {};
-  clear(kHeadIsStatement | kHeadIsValue);
+  clear(kHeadIsStatement | kHeadIsValue | kHeadIsMember);
   if (isStatement) set(kHeadIsStatement);
   frame.phase = Phase::kClassHead;
   frame.angles = 0;
@@ -642,10 +645,13 @@ void Scanner::startStatement(const Token& token, Word word) {
       return;
     case Word::kCase:
       note(token.line, Kind::kLogic);
+      frame.flags |= kEndsAtColon;
       frame.phase = Phase::kExpression;
       return;
     case Word::kDefault:
-      if (ahead == ':') note(token.line, Kind::kLogic);
+      if (ahead != ':') return;
+      note(token.line, Kind::kLogic);
+      frame.flags |= kEndsAtColon;
       return;
     case Word::kExport:
       return;
@@ -680,6 +686,7 @@ void Scanner::startStatement(const Token& token, Word word) {
     default:
       break;
   }
+  if (ahead == ':') frame.flags |= kEndsAtColon;
   frame.phase = Phase::kExpression;
   handleWord(token);
 }
@@ -865,16 +872,15 @@ void Scanner::handleOperand(const Token& token) {
   }
   lastName_ = {};
   operandMayBegin_ = false;
-  if (token.type == TokenType::kString && frame.closer == ']' && token.end - token.begin > 2) {
+  if (token.type == TokenType::kString && token.end - token.begin > 2 &&
+      before_.type == TokenType::kPunct && before_.punct == '[') {
     lastName_ = {token.begin + 1, token.end - 1, token.line};
   }
 }
 
 void Scanner::openParens() {
   Frame& frame = top();
-  const bool inAngles =
-      frame.angles > 0 && (readsType(frame.phase) || frame.phase == Phase::kFunction);
-  if (inAngles || (readsType(frame.phase) && operandMayBegin_)) {
+  if (inAngles() || (readsType(frame.phase) && operandMayBegin_)) {
     push(FrameType::kTypes, ')');
     return;
   }
@@ -894,6 +900,8 @@ void Scanner::openParens() {
         if (kind == Kind::kMethod && name == "constructor") kind = Kind::kConstructor;
         frame.function = define(kind, frame.target, true);
       }
+      clear(kHeadIsStatement | kHeadIsValue);
+      set(kHeadIsMember);
       frame.phase = Phase::kMemberTail;
       break;
     case Phase::kDecorator:
@@ -915,7 +923,7 @@ void Scanner::openParens() {
 
 void Scanner::openBracket() {
   Frame& frame = top();
-  if (readsType(frame.phase)) {
+  if (inAngles() || readsType(frame.phase)) {
     push(FrameType::kTypes, ']');
     return;
   }
@@ -935,12 +943,14 @@ void Scanner::openBracket() {
 void Scanner::openBrace() {
   Frame& frame = top();
   const bool expectsOperandHere = operandMayBegin_;
-  const bool endsStatement = has(kHeadIsStatement) || frame.type == FrameType::kClass;
+  const bool endsStatement =
+      has(kHeadIsStatement) || (frame.type == FrameType::kClass && has(kHeadIsMember));
   if (frame.angles > 0) {
     push(FrameType::kTypes, '}');
     return;
   }
   switch (frame.phase) {
+    case Phase::kControl:  // catch without parameters
     case Phase::kStart: {
       if (frame.type == FrameType::kObject) {
         push(FrameType::kObject, '}');
@@ -973,7 +983,7 @@ void Scanner::openBrace() {
       return;
     case Phase::kFunctionTail:
       frame.phase = Phase::kExpression;
-      openBody(has(kHeadIsValue), has(kHeadIsStatement));
+      openBody(has(kHeadIsValue), endsStatement);
       return;
     case Phase::kMemberTail:
     case Phase::kResultType:
@@ -981,7 +991,7 @@ void Scanner::openBrace() {
         push(FrameType::kTypes, '}');
         return;
       }
-      if (frame.type == FrameType::kObject && frame.function == kNone) {
+      if (frame.type == FrameType::kObject && has(kHeadIsMember)) {
         const Kind kind = has(kGets) ? Kind::kGetter : has(kSets) ? Kind::kSetter : Kind::kMethod;
         frame.function = define(kind, frame.target, true);
       }
@@ -1031,7 +1041,7 @@ void Scanner::openBrace() {
     if (uncounted_ == 0) set(kEndsStatement);
     return;
   }
-  if (followsArrow_) {
+  if (before_.type == TokenType::kPunct && before_.punct == kArrow) {
     if (!arrowIsNamed_) note(previous_.line, Kind::kCallback);
     push(FrameType::kBlock, '}');
     return;
@@ -1066,6 +1076,7 @@ void Scanner::handleComma() {
 void Scanner::handleColon() {
   Frame& frame = top();
   operandMayBegin_ = true;
+  if (inAngles()) return;
   switch (frame.phase) {
     case Phase::kMember:
       if (frame.type == FrameType::kObject) {
@@ -1101,7 +1112,12 @@ void Scanner::handleColon() {
   if (frame.ternaries > 0) {
     --frame.ternaries;
   } else if (frame.type == FrameType::kBlock) {
-    endStatement();  // a label or a case
+    if (has(kEndsAtColon)) {
+      endStatement();
+      return;
+    }
+    frame.target = {};
+    frame.phase = Phase::kArrowType;
   } else if (frame.type == FrameType::kParens && frame.closer == ')') {
     frame.target = {};
     frame.phase = Phase::kType;
@@ -1111,6 +1127,7 @@ void Scanner::handleColon() {
 void Scanner::handleAssign() {
   Frame& frame = top();
   operandMayBegin_ = true;
+  if (inAngles()) return;  // what a type parameter is if not given
   switch (frame.phase) {
     case Phase::kTypeAlias:
       return;
@@ -1129,7 +1146,6 @@ void Scanner::handleAssign() {
       frame.variable = kNone;
       break;
   }
-  if (frame.angles > 0) return;
   frame.phase = Phase::kValue;
 }
 
@@ -1264,7 +1280,7 @@ void Scanner::handlePunct(const Token& token) {
       return;
     case '?':
       operandMayBegin_ = true;
-      if (frame.phase == Phase::kMember || readsType(frame.phase)) return;
+      if (inAngles() || frame.phase == Phase::kMember || readsType(frame.phase)) return;
       // An optional parameter has no : of its own before its type.
       if (const char ahead = tokens_.peekOnLine(); ahead != ':' && ahead != ')' && ahead != ',' &&
                                                    ahead != '=' && frame.ternaries < 0xFFFE) {
@@ -1297,7 +1313,9 @@ void Scanner::handlePunct(const Token& token) {
       break;
   }
   operandMayBegin_ = true;
-  if (!readsType(frame.phase) && frame.phase != Phase::kClassHead) frame.phase = Phase::kExpression;
+  if (!inAngles() && !readsType(frame.phase) && frame.phase != Phase::kClassHead) {
+    frame.phase = Phase::kExpression;
+  }
 }
 
 }  // namespace

@@ -88,7 +88,7 @@ function truthOf(path) {
     const [nameNode, value, isExpected] = definition;
     const isConstructor = nameNode === "constructor";
     const name = isConstructor ? nameNode : textOfName(nameNode, source);
-    if (name === null) continue;
+    if (name === null || name === "") continue;
     const begin = isConstructor ? constructorStart(node, source) : nameNode.getStart(source);
     const line = lineAt(begin);
     accepted.add(line + ":" + name);
