@@ -4,12 +4,13 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <string_view>
 
 namespace host::outline {
 
 enum class Word : std::uint8_t {
-  kNone,
+  kOrdinary,
   kAbstract,
   kAs,
   kAsync,
@@ -65,7 +66,7 @@ namespace words {
 
 struct Entry {
   std::string_view text;
-  Word word = Word::kNone;
+  Word word = Word::kOrdinary;
 };
 inline constexpr Entry kEntries[] = {{"abstract", Word::kAbstract},
                                      {"as", Word::kAs},
@@ -148,9 +149,42 @@ inline constexpr std::array<Entry, kSlots> kTable = [] {
 }  // namespace words
 
 inline Word wordOf(std::string_view text) {
-  if (text.size() < 2 || text.size() > 10) return Word::kNone;
+  if (text.size() < 2 || text.size() > 10) return Word::kOrdinary;
   const words::Entry& entry = words::kTable[words::slotOf(text, words::kFactor)];
-  return entry.text == text ? entry.word : Word::kNone;
+  return entry.text == text ? entry.word : Word::kOrdinary;
 }
+
+class WordSet {
+ public:
+  consteval WordSet(std::initializer_list<Word> words) {
+    for (const Word word : words) bits_ |= bit(word);
+  }
+  constexpr bool has(Word word) const { return (bits_ & bit(word)) != 0; }
+
+ private:
+  static constexpr std::uint64_t bit(Word word) {
+    static_assert(static_cast<unsigned>(Word::kYield) < 64, "a bit a word");
+    return std::uint64_t{1} << static_cast<unsigned>(word);
+  }
+  std::uint64_t bits_ = 0;
+};
+
+// Behind these an operand begins.
+inline constexpr WordSet kExpectOperand = {
+    Word::kAwait,  Word::kCase,    Word::kDefault, Word::kDelete, Word::kDo,         Word::kElse,
+    Word::kExport, Word::kExtends, Word::kImport,  Word::kIn,     Word::kInstanceof, Word::kNew,
+    Word::kOf,     Word::kReturn,  Word::kThrow,   Word::kTypeof, Word::kVoid,       Word::kYield};
+// Behind these a type goes on.
+inline constexpr WordSet kContinueType = {Word::kTypeof,  Word::kKeyof, Word::kInfer,
+                                          Word::kExtends, Word::kIs,    Word::kReadonly,
+                                          Word::kNew,     Word::kIn};
+// These stand between two operands or types.
+inline constexpr WordSet kOperatorWords = {Word::kIn,        Word::kInstanceof, Word::kAs,
+                                           Word::kSatisfies, Word::kOf,         Word::kExtends,
+                                           Word::kIs,        Word::kImplements};
+// These begin a statement and stand nowhere in an expression.
+inline constexpr WordSet kBeginStatement = {Word::kConst, Word::kVar,    Word::kIf,     Word::kFor,
+                                            Word::kWhile, Word::kReturn, Word::kSwitch, Word::kTry,
+                                            Word::kThrow, Word::kExport};
 
 }  // namespace host::outline
