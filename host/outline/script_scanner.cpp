@@ -268,7 +268,8 @@ void Scanner::handleJsx(const Token& token) {
 }
 
 void Scanner::handle(const Token& token) {
-  const Word word = token.type == TokenType::kWord ? wordOf(tokens_.textOf(token)) : Word::kOrdinary;
+  const Word word =
+      token.type == TokenType::kWord ? wordOf(tokens_.textOf(token)) : Word::kOrdinary;
   if (token.lineBreakBefore && mayEndHere(token, word)) endStatement();
   // A function that is called or asked for a member at once is not the value itself.
   if (closedValue_ != kNone) {
