@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "hostile/generators.h"
+#include "outline_target.h"
 #include "routes.h"
 #include "whole_file/case_files.h"
 #include "written_tree.h"
@@ -88,6 +89,15 @@ void writeCleanerSeeds(const fs::path& folder, const std::vector<Text>& texts) {
   }
 }
 
+// Every text under the name that fits it, or the first.
+void writeOutlineSeeds(const fs::path& folder, const std::vector<Text>& texts) {
+  fs::create_directories(folder / "outline");
+  for (const Text& text : texts) {
+    const std::size_t name = nameWith(text.extension, fuzz::kOutlineNames);
+    write(folder / "outline" / text.name, static_cast<char>(name) + text.bytes);
+  }
+}
+
 std::vector<std::string_view> linesOf(std::string_view text) {
   std::vector<std::string_view> lines;
   while (!text.empty()) {
@@ -142,6 +152,7 @@ int main(int argc, char** argv) {
     const std::vector<Text> texts = allTexts();
     for (const RouteSeeds& route : kRoutes) writeRouteSeeds(folder, route, texts);
     writeCleanerSeeds(folder, texts);
+    writeOutlineSeeds(folder, texts);
     writeTokeniserSeeds(folder, texts);
     writeRecordSeeds(folder, texts);
   } catch (const std::exception& error) {

@@ -14,17 +14,19 @@ void testScanner(std::string_view input);
 void testCleaner(std::string_view input);
 void testTokeniser(std::string_view input);
 void testRecordWriter(std::string_view input);
+void testOutline(std::string_view input);
 
 struct Target {
   std::string_view name;
   void (*test)(std::string_view input);
 };
-inline constexpr std::array<Target, 6> kTargets{{{"script", testScript},
+inline constexpr std::array<Target, 7> kTargets{{{"script", testScript},
                                                  {"page", testPage},
                                                  {"scanner", testScanner},
                                                  {"cleaner", testCleaner},
                                                  {"tokeniser", testTokeniser},
-                                                 {"record_writer", testRecordWriter}}};
+                                                 {"record_writer", testRecordWriter},
+                                                 {"outline", testOutline}}};
 
 // The target of that name, or null.
 constexpr const Target* findTarget(std::string_view name) {

@@ -3,8 +3,10 @@
 //   growth_driver --list                 prints the names of the texts
 //   growth_driver NAME BYTES             makes the text, writes it to a file and parses that
 //   growth_driver NAME BYTES --baseline  does the same, but parses an empty line instead
+//   growth_driver NAME BYTES --outline   parses the text and makes its outline
 //
-// The baseline takes what a program and a run cost whatever the text is.
+// The baseline takes what a program and a run cost whatever the text is. That of an outline is the
+// parsing of its text.
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -17,6 +19,7 @@
 #include <string_view>
 
 #include "hostile/generators.h"
+#include "outline/outline.h"
 #include "plugin/plugin_api.h"
 #include "support/redirected.h"
 #include "support/temp_dir.h"
@@ -41,16 +44,17 @@ std::size_t parseSize(std::string_view digits) {
   return size;
 }
 
-enum class Parsed { kText, kEmptyLine };
+enum class Work { kText, kEmptyLine, kOutline };
 
-void run(std::string_view name, std::string_view size, Parsed parsed) {
+void run(std::string_view name, std::string_view size, Work work) {
   const hostile::Generator& generator = generatorNamed(name);
   const support::TempDir directory;
   // Both are written in either case, so that the counts differ by the parsing alone.
   const std::string extension = generator.extension;
-  const std::string text = directory.write("text" + extension, generator.generate(parseSize(size)));
+  const std::string source = generator.generate(parseSize(size));
+  const std::string text = directory.write("text" + extension, source);
   const std::string emptyLine = directory.write("line" + extension, "\n");
-  const std::string& path = parsed == Parsed::kText ? text : emptyLine;
+  const std::string& path = work == Work::kEmptyLine ? emptyLine : text;
   const char* answer = nullptr;
   {
     const support::Redirected output(STDOUT_FILENO, "/dev/null", O_WRONLY);
@@ -61,6 +65,7 @@ void run(std::string_view name, std::string_view size, Parsed parsed) {
   if (answer == nullptr || !std::string_view(answer).starts_with("[\n")) {
     throw std::runtime_error(answer == nullptr ? "no answer" : answer);
   }
+  if (work == Work::kOutline) host::outline::makeOutline(source, answer);
 }
 
 }  // namespace
@@ -70,11 +75,13 @@ int main(int argc, char** argv) {
     if (argc == 2 && std::string_view(argv[1]) == "--list") {
       for (const hostile::Generator& each : hostile::generators()) std::puts(each.name);
     } else if (argc == 3) {
-      run(argv[1], argv[2], Parsed::kText);
+      run(argv[1], argv[2], Work::kText);
     } else if (argc == 4 && std::string_view(argv[3]) == "--baseline") {
-      run(argv[1], argv[2], Parsed::kEmptyLine);
+      run(argv[1], argv[2], Work::kEmptyLine);
+    } else if (argc == 4 && std::string_view(argv[3]) == "--outline") {
+      run(argv[1], argv[2], Work::kOutline);
     } else {
-      std::fputs("usage: growth_driver --list | NAME BYTES [--baseline]\n", stderr);
+      std::fputs("usage: growth_driver --list | NAME BYTES [--baseline | --outline]\n", stderr);
       return 2;
     }
   } catch (const std::exception& error) {

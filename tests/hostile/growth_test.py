@@ -1,11 +1,12 @@
 """Each hostile text costs work in proportion to its size.
 
-usage: growth_test.py GROWTH_DRIVER [NAME ...]
+usage: growth_test.py GROWTH_DRIVER [--outline] [NAME ...]
 
 Work is counted in instructions of the program, never in seconds: by perf, or by valgrind's
 callgrind where perf may not count. Every text (or the named ones) is parsed at three sizes, each
 ten times the one before. Subtracted is what the same program counts when it makes the same text
-but parses an empty line in its place.
+but parses an empty line in its place. With --outline the work is that of making the text's outline,
+and what is subtracted is the parsing.
 
 The rule: the work per byte at the largest size is at most 1.5 times the least work per byte at the
 two smaller sizes. Work in proportion to the size gives about 1; work with the square of the size
@@ -63,11 +64,12 @@ def choose_counter(driver):
              "and valgrind is missing or does not run " + driver)
 
 
-def work_of(counter, driver, name):
+def work_of(counter, driver, name, makes_outline):
+    modes = (["--outline"], []) if makes_outline else ([], ["--baseline"])
     works = []
     for size in counter.sizes:
         counts = []
-        for command in [driver, name, str(size)], [driver, name, str(size), "--baseline"]:
+        for command in [[driver, name, str(size)] + mode for mode in modes]:
             instructions, report = count(counter, command)
             if instructions == 0:
                 sys.exit("growth_test: no count for {}\n{}".format(" ".join(command), report))
@@ -113,7 +115,8 @@ def check_the_checks():
 def main():
     check_the_checks()
     driver = sys.argv[1]
-    names = sys.argv[2:] or subprocess.run([driver, "--list"], check=True, text=True,
+    makes_outline = "--outline" in sys.argv[2:]
+    names = [name for name in sys.argv[2:] if name != "--outline"] or subprocess.run([driver, "--list"], check=True, text=True,
                                            stdout=subprocess.PIPE).stdout.split()
     assert names
     counter = choose_counter(driver)
@@ -122,7 +125,7 @@ def main():
     print(row.format("", *counter.sizes, "growth", ""))
     faults = 0
     with concurrent.futures.ThreadPoolExecutor(PROCESSES) as pool:
-        works = pool.map(lambda name: work_of(counter, driver, name), names)
+        works = pool.map(lambda name: work_of(counter, driver, name, makes_outline), names)
         for name, work in zip(names, works):
             per_byte, growth, fault = judge(counter.sizes, work)
             cells = ["{:.1f}".format(value) for value in per_byte] + ["{:.2f}".format(growth)]
