@@ -1,5 +1,6 @@
 #include "outline/cleaned_text.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace host::outline {
@@ -160,19 +161,25 @@ class CommentDropper {
   bool startsStatement_ = true;
 };
 
-// Drops the lines that begin with a #, and those that go on with one.
+// Drops the lines that begin with a #, those that go on with one, and the blanks that indent a
+// line. The line behind one of blanks keeps its own.
 void dropDirectives(std::string& text) {
   std::size_t kept = 0;
   bool goesOn = false;
+  bool keepsBlanks = false;
   for (std::size_t at = 0; at < text.size();) {
     std::size_t end = text.find('\n', at);
     if (end == std::string::npos) end = text.size();
-    const std::size_t first = text.find_first_not_of(' ', at);
+    const std::size_t first = std::min(text.find_first_not_of(' ', at), end);
     if (goesOn || (first < end && text[first] == '#')) {
-      const std::size_t last = text.find_last_not_of(' ', end == at ? at : end - 1);
-      goesOn = last != std::string::npos && last >= at && last < end && text[last] == '\\';
+      const std::size_t last = end == at ? std::string::npos : text.find_last_not_of(' ', end - 1);
+      goesOn = last != std::string::npos && last >= at && text[last] == '\\';
+      keepsBlanks = false;
     } else {
-      while (at < end) text[kept++] = text[at++];
+      const bool isBlank = first == end && end > at;
+      std::size_t from = keepsBlanks ? at : first;
+      keepsBlanks = isBlank && !keepsBlanks;
+      while (from < end) text[kept++] = text[from++];
     }
     if (end < text.size()) text[kept++] = '\n';
     at = end + 1;

@@ -19,22 +19,6 @@
 namespace host::outline {
 namespace {
 
-enum class Route { kScript, kPage, kOther };
-
-// Only the records know how the module read the file.
-Route routeOf(std::string_view answer, std::string& path) {
-  RecordReader records(answer);
-  Route route = Route::kOther;
-  for (const Record* record = records.next(); record != nullptr && records.recordCount() <= 3;
-       record = records.next()) {
-    path = record->filePath;
-    if (hasTag(*record, "javascript-file")) route = Route::kScript;
-    if (hasTag(*record, "html-document")) route = Route::kPage;
-    if (!wrapsFile(*record)) break;
-  }
-  return route;
-}
-
 ScriptDialect dialectOf(std::string_view path) {
   const bool isPlainTypes =
       path.ends_with(".ts") || path.ends_with(".mts") || path.ends_with(".cts");

@@ -40,6 +40,7 @@ bool PageTags::next(PageTag& tag) {
     tag.isInlineScript = end != std::string_view::npos;
     if (mayBeScript && !tag.isInlineScript) noScriptEnds_ = true;
     if (tag.isInlineScript) {
+      tag.script = text_.substr(position_, end - position_);
       tag.scriptLine = line_;
       tag.scriptRecordLine = recordLine_ + 1;
       countLines(end + kScriptEnd.size(), false);

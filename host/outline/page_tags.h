@@ -15,6 +15,7 @@ struct PageTag {
   std::int32_t line = 0;
   std::string_view text;  // between < and >
   bool isInlineScript = false;
+  std::string_view script;            // the text of an inline script
   std::size_t scriptLine = 0;         // index in the cleaned text of the line the script begins on
   std::int32_t scriptRecordLine = 0;  // what records call that line
 };

@@ -21,4 +21,17 @@ bool wrapsFile(const Record& record) {
                      [&record](std::string_view tag) { return hasTag(record, tag); });
 }
 
+Route routeOf(std::string_view answer, std::string& path) {
+  RecordReader records(answer);
+  Route route = Route::kOther;
+  for (const Record* record = records.next(); record != nullptr && records.recordCount() <= 3;
+       record = records.next()) {
+    path = record->filePath;
+    if (hasTag(*record, "javascript-file")) route = Route::kScript;
+    if (hasTag(*record, "html-document")) route = Route::kPage;
+    if (!wrapsFile(*record)) break;
+  }
+  return route;
+}
+
 }  // namespace host::outline
