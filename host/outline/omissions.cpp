@@ -102,7 +102,8 @@ class Finder {
     const bool isThere = std::any_of(last.begin(), last.end(), [word](const std::string& contents) {
       return contents.find(word) != std::string::npos;
     });
-    if (isThere) return;
+    const auto wordLine = std::count(text().data(), word.data(), '\n') + 1;
+    if (isThere || line >= wordLine) return;
     Omission& omission = entry(OmissionReason::kStoppedEarly);
     omission.line = line == 0 ? 0 : sourceLine(static_cast<std::size_t>(line) - 1);
     omission.lines = lines_.count() - omission.line;

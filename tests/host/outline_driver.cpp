@@ -1,4 +1,4 @@
-// Prints the outlines of files as JSON, a line a file:
+// Prints the outlines of files and what their answers leave out as JSON, a line a file:
 //
 //   outline_driver MODULE FILE...
 //
@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "formats/json_text.h"
+#include "outline/omissions.h"
 #include "outline/outline.h"
 #include "plugin/plugin_api.h"
 
@@ -61,14 +62,22 @@ int main(int argc, char** argv) {
   for (int i = 2; i < argc; ++i) {
     const std::string path = argv[i];
     const std::string_view answer = parse(path.c_str(), "");
+    const std::string source = bytesOf(path);
     std::string line = "{";
     host::appendJsonMember(line, "path", path);
     line += ",\"items\":[";
     bool isFirst = true;
-    for (const host::outline::Item& item : host::outline::makeOutline(bytesOf(path), answer)) {
+    for (const host::outline::Item& item : host::outline::makeOutline(source, answer)) {
       if (!isFirst) line += ',';
       isFirst = false;
       appendItem(item, line);
+    }
+    line += "],\"omitted\":[";
+    isFirst = true;
+    for (const host::outline::Omission& each : host::outline::findOmissions(source, answer)) {
+      if (!isFirst) line += ',';
+      isFirst = false;
+      host::appendJsonString(line, host::outline::describe(each));
     }
     line += "]}\n";
     std::fwrite(line.data(), 1, line.size(), out);
