@@ -19,6 +19,7 @@
 
 #include "defines.h"
 #include "hostile/generators.h"
+#include "outline_target.h"
 #include "routes.h"
 #include "whole_file/case_files.h"
 #include "written_tree.h"
@@ -86,6 +87,15 @@ void writeCleanerSeeds(const fs::path& folder, const std::vector<Text>& texts) {
   fs::create_directories(folder / "cleaner");
   for (std::size_t i = 0; i < texts.size(); ++i) {
     write(folder / "cleaner" / texts[i].name, static_cast<char>(i % 9) + texts[i].bytes);
+  }
+}
+
+// Every text under the name that fits it, or the first.
+void writeOutlineSeeds(const fs::path& folder, const std::vector<Text>& texts) {
+  fs::create_directories(folder / "outline");
+  for (const Text& text : texts) {
+    const std::size_t name = nameWith(text.extension, fuzz::kOutlineNames);
+    write(folder / "outline" / text.name, static_cast<char>(name) + text.bytes);
   }
 }
 
@@ -180,6 +190,7 @@ int main(int argc, char** argv) {
     const std::vector<Text> texts = allTexts();
     for (const RouteSeeds& route : kRoutes) writeRouteSeeds(folder, route, texts);
     writeCleanerSeeds(folder, texts);
+    writeOutlineSeeds(folder, texts);
     writeTokeniserSeeds(folder, texts);
     writeRecordSeeds(folder, texts);
     writeAnswerSeeds(folder);

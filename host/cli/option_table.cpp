@@ -152,11 +152,11 @@ constexpr std::array kOptions = {
     Option{.name = "--max-memory",
            .argument = "SIZE",
            .values = "a size of at least 64M such as 512M or 2GiB, or 0 for no limit",
-           .help = "Limit the address space of a worker to SIZE, at least 64M (default: a share of "
-                   "the machine's memory; 0 = no limit)",
-           .details =
-               "By default the workers share the memory of the machine or control group, and "
-               "a file that needs more than a share is parsed again with all of it."},
+           .help = "Limit a worker's address space to SIZE (default: a share of the machine's "
+                   "memory; 0 = no limit)",
+           .details = "It is at least 64M. By default the workers share the memory of the machine "
+                      "or control group, and "
+                      "a file that needs more than a share is parsed again with all of it."},
     Option{.name = "--max-output",
            .argument = "SIZE",
            .values = kSizes,

@@ -164,6 +164,14 @@ constexpr Generator kGenerators[] = {
     {"script_high_bytes", ".js", [](std::size_t n) { return longTails(highBytes(), n); }},
     {"script_nul_bytes", ".js",
      [](std::size_t n) { return longTails(std::string_view("\0", 1), n); }},
+    {"script_slashes_without_end", ".js", [](std::size_t n) { return repeat("=/[", n); }},
+    {"script_open_tags", ".jsx", [](std::size_t n) { return repeat("(<a>", n); }},
+    {"script_open_templates", ".js", [](std::size_t n) { return repeat("`${", n); }},
+    {"script_values_of_values", ".js", [](std::size_t n) { return repeat("a=b=>\n", n); }},
+    {"script_type_parameters", ".ts", [](std::size_t n) { return repeat("type A<B=<\n", n); }},
+    {"script_wrong_closers", ".js", [](std::size_t n) { return repeat("f={(\n}", n); }},
+    {"script_functions_never_closed", ".js",
+     [](std::size_t n) { return repeat("  function f() {(\n", n); }},
     {"script_carriage_returns", ".js", [](std::size_t n) { return repeat("\r", n); }},
 };
 

@@ -3,6 +3,8 @@
 //   growth_driver --list                 prints the names of the texts
 //   growth_driver NAME BYTES ...         parses an empty line, then the text at each of the sizes
 //   growth_driver --baseline NAME BYTES  parses the empty line twice, though it also makes the text
+//   growth_driver --outline NAME BYTES   parses and makes the outlines too; BYTES may repeat here
+//   also
 //
 // The empty line costs what a program and a run cost whatever the text is.
 #include <fcntl.h>
@@ -18,6 +20,7 @@
 #include <string_view>
 
 #include "hostile/generators.h"
+#include "outline/outline.h"
 #include "plugin/plugin_api.h"
 #include "support/redirected.h"
 #include "support/temp_dir.h"
@@ -42,7 +45,12 @@ std::size_t parseSize(std::string_view digits) {
   return size;
 }
 
-void parse(const std::string& path) {
+// A plain name, so that a counter can be told to watch this function alone.
+extern "C" void outlineText(std::string_view source, std::string_view answer) {
+  host::outline::makeOutline(source, answer);
+}
+
+std::string_view parse(const std::string& path) {
   const char* answer = nullptr;
   {
     const support::Redirected output(STDOUT_FILENO, "/dev/null", O_WRONLY);
@@ -53,21 +61,24 @@ void parse(const std::string& path) {
   if (answer == nullptr || !std::string_view(answer).starts_with("[\n")) {
     throw std::runtime_error(answer == nullptr ? "no answer" : answer);
   }
+  return answer;
 }
 
-enum class Parsed { kText, kEmptyLine };
+enum class Work { kText, kEmptyLine, kOutline };
 
-void run(std::string_view name, std::span<char* const> sizes, Parsed parsed) {
+void run(std::string_view name, std::span<char* const> sizes, Work work) {
   const hostile::Generator& generator = generatorNamed(name);
   const support::TempDir directory;
   const std::string extension = generator.extension;
   const std::string emptyLine = directory.write("line" + extension, "\n");
-  parse(emptyLine);
+  const std::string_view first = parse(emptyLine);
+  if (work == Work::kOutline) outlineText("\n", first);
   for (const char* size : sizes) {
     // Written in either case, so that the counts differ by the parsing alone.
-    const std::string text =
-        directory.write("text" + extension, generator.generate(parseSize(size)));
-    parse(parsed == Parsed::kText ? text : emptyLine);
+    const std::string source = generator.generate(parseSize(size));
+    const std::string text = directory.write("text" + extension, source);
+    const std::string_view answer = parse(work == Work::kEmptyLine ? emptyLine : text);
+    if (work == Work::kOutline) outlineText(source, answer);
   }
 }
 
@@ -79,11 +90,13 @@ int main(int argc, char** argv) {
     if (argc == 2 && std::string_view(argv[1]) == "--list") {
       for (const hostile::Generator& each : hostile::generators()) std::puts(each.name);
     } else if (argc >= 4 && std::string_view(argv[1]) == "--baseline") {
-      run(argv[2], words.subspan(2), Parsed::kEmptyLine);
+      run(argv[2], words.subspan(2), Work::kEmptyLine);
+    } else if (argc >= 4 && std::string_view(argv[1]) == "--outline") {
+      run(argv[2], words.subspan(2), Work::kOutline);
     } else if (argc >= 3) {
-      run(argv[1], words.subspan(1), Parsed::kText);
+      run(argv[1], words.subspan(1), Work::kText);
     } else {
-      std::fputs("usage: growth_driver --list | [--baseline] NAME BYTES ...\n", stderr);
+      std::fputs("usage: growth_driver --list | [--baseline | --outline] NAME BYTES ...\n", stderr);
       return 2;
     }
   } catch (const std::exception& error) {

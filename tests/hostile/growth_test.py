@@ -1,10 +1,11 @@
 """Checks that the work of parsing a hostile text grows no faster than its size.
 
-usage: growth_test.py GROWTH_DRIVER [NAME ...]
+usage: growth_test.py GROWTH_DRIVER [--outline] [NAME ...]
 
 Work is counted in instructions of the program, never in seconds: by perf, or by valgrind's
 callgrind where perf may not count. Every text (or the named ones) is parsed at three sizes, each
-ten times the one before. Subtracted is what it costs to parse an empty line.
+ten times the one before. Subtracted is what it costs to parse an empty line. With --outline the work
+is that of making the text's outline, after the parse.
 
 The rule: the work per byte at the largest size is at most 1.5 times the least work per byte at the
 two smaller sizes. Linear work gives a ratio of about 1, quadratic work 10 or 100. Less than 1 is
@@ -53,9 +54,10 @@ class Perf:
             raise NotCounted(report)
         return self.read(report)
 
-    def works(self, driver, name):
-        return [self.count([driver, name, str(size)]) -
-                self.count([driver, "--baseline", name, str(size)]) for size in self.sizes]
+    def works(self, driver, name, outline):
+        whole, rest = (["--outline"], []) if outline else ([], ["--baseline"])
+        return [self.count([driver, *whole, name, str(size)]) -
+                self.count([driver, *rest, name, str(size)]) for size in self.sizes]
 
 
 class Callgrind:
@@ -70,11 +72,12 @@ class Callgrind:
             raise NotCounted(profile)
         return int(count.group(1))
 
-    def works(self, driver, name):
+    def works(self, driver, name, outline):
+        function, mode = ("outlineText", ["--outline"]) if outline else ("ParseJS", [])
         with tempfile.TemporaryDirectory() as folder:
             profile = os.path.join(folder, "profile")
             run(["valgrind", "--tool=callgrind", "--callgrind-out-file=" + profile,
-                 "--toggle-collect=ParseJS", "--dump-after=ParseJS", driver, name,
+                 "--toggle-collect=" + function, "--dump-after=" + function, driver, *mode, name,
                  *map(str, self.sizes)])
             # One profile for each call, and one for what comes after the last.
             counts = []
@@ -84,11 +87,11 @@ class Callgrind:
         return [count - counts[0] for count in counts[1:]]
 
 
-def choose_counter(driver, name):
+def choose_counter(driver, name, outline):
     why_not = []
     for counter in (Perf(), Callgrind()):
         try:
-            counter.works(driver, name)
+            counter.works(driver, name, outline)
             return counter
         except (NotCounted, OSError) as fault:
             why_not.append(str(fault))
@@ -131,16 +134,17 @@ def check_the_checks():
 def main():
     check_the_checks()
     driver = sys.argv[1]
-    names = sys.argv[2:] or subprocess.run([driver, "--list"], check=True, text=True,
-                                           stdout=subprocess.PIPE).stdout.split()
+    outline = "--outline" in sys.argv[2:]
+    names = [word for word in sys.argv[2:] if word != "--outline"] or subprocess.run(
+        [driver, "--list"], check=True, text=True, stdout=subprocess.PIPE).stdout.split()
     assert names
-    counter = choose_counter(driver, names[0])
+    counter = choose_counter(driver, names[0], outline)
     print("instructions per byte, counted by " + counter.name)
     row = "{:<42}" + "{:>12}" * len(counter.sizes) + "{:>10}  {}"
     print(row.format("", *counter.sizes, "growth", ""))
     faults = 0
     with concurrent.futures.ThreadPoolExecutor(PROCESSES) as pool:
-        works = pool.map(lambda name: counter.works(driver, name), names)
+        works = pool.map(lambda name: counter.works(driver, name, outline), names)
         for name, work in zip(names, works):
             per_byte, growth, fault = judge(counter.sizes, work)
             cells = ["{:.1f}".format(value) for value in per_byte] + ["{:.2f}".format(growth)]

@@ -29,6 +29,7 @@ BELOW = {
 ROOMS = {
     "system": set(),
     "records": {"system"},
+    "outline": {"system", "records"},
     "sources": {"system"},
     "formats": {"system", "records"},
     "workers": {"system", "records", "sources", "formats", "plugin/plugin_api.h"},

@@ -1,0 +1,209 @@
+#include "outline/cleaned_text.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace host::outline {
+namespace {
+
+constexpr std::string_view kMarker = "TTTTT";
+
+// Drops page comments but for their line feeds, and makes line feeds of carriage returns.
+std::string dropPageComments(std::string_view source, std::vector<std::int32_t>& lines) {
+  std::string text;
+  text.reserve(source.size());
+  lines.push_back(1);
+  std::int32_t line = 1;
+  bool inComment = false;
+  for (std::size_t at = 0; at < source.size();) {
+    const std::string_view rest = source.substr(at, 4);
+    if (!inComment && rest == "<!--") {
+      inComment = true;
+      at += 4;
+      continue;
+    }
+    if (inComment && rest.starts_with("-->")) {
+      inComment = false;
+      at += 3;
+      continue;
+    }
+    const char byte = source[at++];
+    if (byte == '\r' && rest.substr(1, 1) != "\n") ++line;
+    if (byte == '\n') ++line;
+    if (byte == '\n' || (byte == '\r' && !inComment)) {
+      text += '\n';
+      lines.push_back(line);
+    } else if (!inComment) {
+      text += byte == '\t' ? ' ' : byte;
+    }
+  }
+  return text;
+}
+
+// Drops the comments of scripts, as a machine that knows two kinds of strings and no regular
+// expressions, over text of any kind.
+class CommentDropper {
+ public:
+  CommentDropper(const std::string& text, std::vector<std::int32_t>& lines)
+      : text_(text), lines_(lines) {}
+
+  std::string run() {
+    std::vector<std::int32_t> kept;
+    kept.push_back(lines_.front());
+    kept_.reserve(text_.size());
+    std::size_t line = 0;
+    for (std::size_t at = 0; at < text_.size(); ++at) {
+      const std::size_t before = kept_.size();
+      take(at);
+      if (text_[at] != '\n') continue;
+      ++line;
+      if (kept_.size() > before) kept.push_back(lines_[line]);
+    }
+    lines_ = std::move(kept);
+    return std::move(kept_);
+  }
+
+ private:
+  void take(std::size_t at) {
+    const char byte = text_[at];
+    const char next = at + 1 < text_.size() ? text_[at + 1] : byte;
+    const char previous = at > 0 ? text_[at - 1] : byte;
+    if ((byte < ' ' && byte != '\n') || byte > '~') {
+      kept_ += ' ';
+      return;
+    }
+    if (std::exchange(copiesNext_, false)) {
+      kept_ += byte;
+      return;
+    }
+    const bool inString = inSingle_ || inDouble_;
+    const bool inComment = inLine_ || inBlock_;
+    if (byte == 'T' && !inString && !inComment && !inMarker_ && beginsMarker(at)) {
+      inMarker_ = true;
+      return;
+    }
+    if (byte == ';') {
+      if (std::exchange(inMarker_, false)) return;
+      startsStatement_ = true;
+    }
+    if ((startsStatement_ && byte == '[') || inMarker_) return;
+    if (byte == '*' && !inString) {
+      if (inLine_) return;
+      if (inBlock_ && previous == '/') {
+        copiesNext_ = true;
+        return;
+      }
+    }
+    if (byte == '/' && !inString && takeSlash(previous, next)) return;
+    if (inString) {
+      takeInString(byte);
+      return;
+    }
+    if (byte == '\'' || byte == '"') {
+      if (inComment) return;
+      (byte == '"' ? inDouble_ : inSingle_) = true;
+      kept_ += byte;
+      return;
+    }
+    if (byte == '\n') {
+      if (inBlock_) {
+        kept_ += byte;
+        return;
+      }
+      if (inLine_) {
+        inLine_ = false;
+        kept_ += byte;
+        return;
+      }
+      startsStatement_ = true;
+    }
+    if (inComment) return;
+    if (byte != ' ' && byte != '\n' && byte != '}' && byte != ';') startsStatement_ = false;
+    kept_ += byte;
+  }
+
+  bool beginsMarker(std::size_t at) const {
+    return at + kMarker.size() < text_.size() && text_.compare(at, kMarker.size(), kMarker) == 0 &&
+           (at < 2 || text_[at - 2] != 'd');
+  }
+
+  // Whether the slash outside a string is dropped.
+  bool takeSlash(char previous, char next) {
+    if (inLine_) return true;
+    if (inBlock_) {
+      if (previous == '*') {
+        inBlock_ = false;
+        copiesNext_ = true;
+      }
+      return true;
+    }
+    inLine_ = next == '/';
+    inBlock_ = next == '*';
+    return inLine_ || inBlock_;
+  }
+
+  void takeInString(char byte) {
+    if (byte == '\\') copiesNext_ = true;
+    if (byte == '\'' && inSingle_) inSingle_ = false;
+    if (byte == '"' && inDouble_) inDouble_ = false;
+    kept_ += byte;
+  }
+
+  const std::string& text_;
+  std::vector<std::int32_t>& lines_;
+  std::string kept_;
+  bool inLine_ = false;
+  bool inBlock_ = false;
+  bool inSingle_ = false;
+  bool inDouble_ = false;
+  bool copiesNext_ = false;
+  bool inMarker_ = false;
+  bool startsStatement_ = true;
+};
+
+// Drops the lines that begin with a #, those that go on with one, and the blanks that indent a
+// line. The line behind one of blanks keeps its own.
+void dropDirectives(std::string& text) {
+  std::size_t kept = 0;
+  bool goesOn = false;
+  bool keepsBlanks = false;
+  for (std::size_t at = 0; at < text.size();) {
+    std::size_t end = text.find('\n', at);
+    if (end == std::string::npos) end = text.size();
+    const std::size_t first = std::min(text.find_first_not_of(' ', at), end);
+    if (goesOn || (first < end && text[first] == '#')) {
+      const std::size_t last = end == at ? std::string::npos : text.find_last_not_of(' ', end - 1);
+      goesOn = last != std::string::npos && last >= at && text[last] == '\\';
+      keepsBlanks = false;
+    } else {
+      const bool isBlank = first == end && end > at;
+      std::size_t from = keepsBlanks ? at : first;
+      keepsBlanks = isBlank && !keepsBlanks;
+      while (from < end) text[kept++] = text[from++];
+    }
+    if (end < text.size()) text[kept++] = '\n';
+    at = end + 1;
+  }
+  text.resize(kept);
+}
+
+}  // namespace
+
+CleanedText cleanText(std::string_view source) {
+  std::vector<std::int32_t> lines;
+  const std::string withComments = dropPageComments(source, lines);
+  std::string text = CommentDropper(withComments, lines).run();
+  dropDirectives(text);
+  return {std::move(text), LineMap(std::move(lines))};
+}
+
+LineMap cleanedLines(std::string_view source) {
+  const bool hasMarker = source.find(kMarker) != std::string_view::npos;
+  if (!hasMarker && source.find('\r') == std::string_view::npos) return {};
+  std::vector<std::int32_t> lines;
+  const std::string withComments = dropPageComments(source, lines);
+  if (hasMarker) CommentDropper(withComments, lines).run();
+  return LineMap(std::move(lines));
+}
+
+}  // namespace host::outline

@@ -1,0 +1,37 @@
+// What the answer for a file leaves out.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace host::outline {
+
+enum class OmissionReason : std::uint8_t {
+  kLongLines,   // script lines above 10,000 bytes
+  kManyBraces,  // script lines with more than 100 braces of a kind
+  kLineLimit,   // script lines behind the 100,000th
+  kSizeLimit,   // what is behind the limit of a page (52,428,800 bytes) or other text (10,485,760)
+  kStoppedEarly,  // other text behind the last record
+};
+
+struct Omission {
+  OmissionReason reason = OmissionReason::kLongLines;
+  std::int64_t lines = 0;      // source lines left out
+  std::int64_t lineCount = 0;  // of the source
+  std::int64_t bytes = 0;      // of the source lines left out, without their ends
+  std::int64_t byteCount = 0;  // of the source
+  // The first source line left out; for kStoppedEarly the last one that has a record.
+  std::int64_t line = 0;
+};
+
+// Limits count bytes and lines of the cleaned text, the figures those of the source. For
+// kStoppedEarly the sign is that no record near the end holds the last word of the text.
+std::vector<Omission> findOmissions(std::string_view source, std::string_view answer);
+
+// One line for a person, as "1 of 3 lines left out (77,312 of 78,128 bytes): longer than 10,000
+// bytes".
+std::string describe(const Omission& omission);
+
+}  // namespace host::outline

@@ -1,0 +1,29 @@
+// Records and source text become an outline.
+//
+// The records say which lines are statements, elements and blocks, but not where a thing ends, and
+// their nesting drifts. The outline takes lines, ends and nesting from the source:
+//
+// - Scripts: an item for each record that stands for a line. What the line defines comes from the
+//   source's own syntax, whatever the record's label is; of several definitions on a line the item
+//   is of the first. A definition on a line without a record (a private method) is an item too,
+//   unless the line is too long or too far down for the module.
+// - Pages: an item for each element, link and inline script, and for the lines of inline scripts.
+// - Other text: an item for each record with a line; a block without one takes its first child's,
+//   and one without children is left out. It ends where its last child does.
+//
+// The records that only wrap a file are no items.
+#pragma once
+
+#include <string_view>
+#include <vector>
+
+#include "outline/item.h"
+
+namespace host::outline {
+
+// Items in the order of their first lines, each behind the item that contains it. The answer is the
+// module's for these bytes; records behind a fault in it are left out. The work grows linearly with
+// the two texts.
+std::vector<Item> makeOutline(std::string_view source, std::string_view answer);
+
+}  // namespace host::outline

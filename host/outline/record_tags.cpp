@@ -1,0 +1,37 @@
+#include "outline/record_tags.h"
+
+#include <algorithm>
+#include <array>
+
+namespace host::outline {
+namespace {
+
+constexpr std::array<std::string_view, 5> kWrapperTags = {
+    "html-document", "html-structure", "javascript-file", "main-script", "auto-generated"};
+
+}  // namespace
+
+bool hasTag(const Record& record, std::string_view tag) {
+  return std::find(record.tags.begin(), record.tags.end(), tag) != record.tags.end();
+}
+
+bool wrapsFile(const Record& record) {
+  return record.label == "filepath" || record.label == "preprocessor" ||
+         std::any_of(kWrapperTags.begin(), kWrapperTags.end(),
+                     [&record](std::string_view tag) { return hasTag(record, tag); });
+}
+
+Route routeOf(std::string_view answer, std::string& path) {
+  RecordReader records(answer);
+  Route route = Route::kOther;
+  for (const Record* record = records.next(); record != nullptr && records.recordCount() <= 3;
+       record = records.next()) {
+    path = record->filePath;
+    if (hasTag(*record, "javascript-file")) route = Route::kScript;
+    if (hasTag(*record, "html-document")) route = Route::kPage;
+    if (!wrapsFile(*record)) break;
+  }
+  return route;
+}
+
+}  // namespace host::outline
