@@ -81,6 +81,23 @@ std::vector<std::string> filesIn(const std::string& path) {
   return files;
 }
 
+// Not part of the function that asks for stack: its writers alone take more than a page.
+[[gnu::noinline]] void runFile(const std::string& path) {
+  say("\n=== Processing: ", path, " ===\n");
+  currentIndex = 0;
+  objectCount = 0;
+  chunk.clear();
+  try {
+    processFile(path);
+  } catch (const std::exception& error) {
+    base::StreamWriter out(stdout);
+    out << "Exception while processing " << path << ": " << error.what() << "\n";
+    out.flush();
+  } catch (...) {
+    say("Unknown exception while processing ", path, "\n");
+  }
+}
+
 void writeFile(std::string_view text, const std::string& path, std::ios::openmode mode) {
   resultOf([&] {
     std::ofstream file(path, mode);
@@ -119,20 +136,7 @@ std::vector<std::string> GetFilesInDirectory(const std::string& path) {
 
 void ProcessSingleFile(const std::string& path, const std::string& unused) {
   static_cast<void>(unused);
-  if (!plugin::reserveFailureMemory()) return;
-  say("\n=== Processing: ", path, " ===\n");
-  currentIndex = 0;
-  objectCount = 0;
-  chunk.clear();
-  try {
-    processFile(path);
-  } catch (const std::exception& error) {
-    base::StreamWriter out(stdout);
-    out << "Exception while processing " << path << ": " << error.what() << "\n";
-    out.flush();
-  } catch (...) {
-    say("Unknown exception while processing ", path, "\n");
-  }
+  if (plugin::reserveFailureMemory()) runFile(path);
 }
 
 void writeafile(std::string text, std::string path) { writeFile(text, path, std::ios::out); }

@@ -11,8 +11,8 @@ namespace plugin {
 //   next page is a segmentation fault.
 //
 // Asks first whether the memory is there and returns false if it is not: the call must then return
-// without doing anything that may throw. Every exported function that a host in C may call and
-// that may throw begins with this.
+// without doing anything that may throw or take a page of stack. Every exported function that a
+// host in C may call begins with this, unless it does neither, and keeps its own frame small.
 bool reserveFailureMemory() noexcept;
 
 }  // namespace plugin

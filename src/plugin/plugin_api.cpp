@@ -135,6 +135,7 @@ extern "C" QUORL_API void CleanupJS() {
 }
 
 extern "C" QUORL_API const char* Info() {
+  if (!plugin::reserveFailureMemory()) return resPtr = nullptr;
   std::array<char, 256> text;
   std::snprintf(text.data(), text.size(),
                 "Quorl JavaScript Parser Plugin v1.0 - HTML/JS Support (Address: %p)\n",

@@ -298,6 +298,14 @@ TEST(AllocationFailure, NeverCutsTheStreamOfStartGeneratingObjects) {
   });
 }
 
+// An address that was given out before has its place in the registry already: these take all such
+// that are free.
+std::vector<std::unique_ptr<ObjectBranch>> takeKnownAddresses() {
+  std::vector<std::unique_ptr<ObjectBranch>> held(10'000);
+  for (auto& node : held) node = std::make_unique<ObjectBranch>();
+  return held;
+}
+
 // What leaves allocateObjectBranch when the request of this number, from 0, fails.
 std::string messageOfFailure(std::size_t failing) {
   std::string message = "nothing";
@@ -316,6 +324,7 @@ std::string messageOfFailure(std::size_t failing) {
 }
 
 TEST(AllocationFailure, OfANodeAndOfItsPlaceInTheRegistryAreToldApart) {
+  const std::vector<std::unique_ptr<ObjectBranch>> held = takeKnownAddresses();
   const std::size_t registered = allAllocatedNodes.size();
   const std::int32_t counted = objectCount;
   reliability::Heap before = reliability::heap;
@@ -335,9 +344,6 @@ TEST(AllocationFailure, OfTheRootAndOfItsPlaceAreAnswered) {
   const CaseFile file = whole_file::loadCases().front();
   std::filesystem::current_path(file.folder);
   EXPECT_EQ(answerFor(file), file.records);
-  // An address that was given out before has its place already: these take all that are free.
-  std::vector<std::unique_ptr<ObjectBranch>> held(1'000);
-  for (auto& node : held) node = std::make_unique<ObjectBranch>();
   answerFor(file, {.source = Source::kNew});
   const std::size_t total = seen.count;
   std::size_t failing = 0;
@@ -347,8 +353,7 @@ TEST(AllocationFailure, OfTheRootAndOfItsPlaceAreAnswered) {
     ++failing;
   }
   ASSERT_LT(failing, total) << "no request was that for the root";
-  held.resize(2'000);
-  for (auto& node : held) node = std::make_unique<ObjectBranch>();
+  const std::vector<std::unique_ptr<ObjectBranch>> held = takeKnownAddresses();
   const std::size_t registered = allAllocatedNodes.size();
   EXPECT_EQ(answerFor(file, {.source = Source::kNew, .failing = failing + 1}),
             "[{\"error\": \"Parser exception: std::bad_alloc\"}]");
@@ -382,13 +387,16 @@ TEST(AllocationFailure, MakesInfoReturnNull) {
 #ifdef QUORL_TEST_IS_SANITIZED
   GTEST_SKIP() << "requests of the C library itself do not fail under a sanitizer";
 #endif
-  requests = {.failing = 0};
-  const char* const none = Info();
-  const std::size_t failed = requests.failed;
-  requests = {};
-  EXPECT_EQ(none, nullptr);
-  EXPECT_EQ(failed, 1U);
-  CleanupJS();
+  // The question whether there is memory at all, and the line itself.
+  for (const std::size_t failing : {0U, 1U}) {
+    requests = {.failing = failing};
+    const char* const none = Info();
+    const std::size_t failed = requests.failed;
+    requests = {};
+    EXPECT_EQ(none, nullptr);
+    EXPECT_EQ(failed, 1U);
+    CleanupJS();
+  }
   const char* const line = Info();
   ASSERT_NE(line, nullptr);
   EXPECT_TRUE(std::string_view(line).starts_with("Quorl JavaScript Parser Plugin v1.0"));

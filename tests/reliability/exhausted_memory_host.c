@@ -27,7 +27,7 @@
 #include "plugin/plugin_api.h"
 
 enum {
-  kStatements = 40000, /* of a large file */
+  kStatements = 10000, /* of a large file */
   kLimits = 64,
   kHeapSizes = 32,
   kHeapStep = 8192,
