@@ -71,7 +71,8 @@ install(FILES ${PROJECT_BINARY_DIR}/QuorlJSConfig.cmake
 configure_file(${CMAKE_CURRENT_LIST_DIR}/quorl-js.pc.in ${PROJECT_BINARY_DIR}/quorl-js.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/quorl-js.pc DESTINATION lib/pkgconfig COMPONENT development)
 
-# quorl-js prints its own completions and man page, from its table of options.
+# quorl-js prints its own completions and fills the manual page, from the table that it reads its
+# options by.
 set(QUORL_HAS_MAN_PAGE OFF)
 if(NOT CMAKE_CROSSCOMPILING)
   block()
@@ -92,11 +93,16 @@ if(NOT CMAKE_CROSSCOMPILING)
             COMPONENT tool)
 
     find_program(SCDOC scdoc DOC "Makes the manual page of quorl-js; there is none without it")
-    if(SCDOC)
-      generate(man ${folder}/quorl-js.1.scd)
-      # The date in the page's footer is fixed, so that the same sources produce the same page.
+    if(NOT SCDOC)
+      message(STATUS "No manual page is built: there is no scdoc")
+    else()
+      set(template ${PROJECT_SOURCE_DIR}/docs/quorl-js.1.scd.in)
+      add_custom_command(OUTPUT ${folder}/quorl-js.1.scd DEPENDS quorl-js ${template}
+                         COMMAND quorl-js --generate man < ${template} > ${folder}/quorl-js.1.scd
+                         VERBATIM)
+      # The page carries the release's date, so that the same sources make the same page.
       add_custom_command(OUTPUT ${folder}/quorl-js.1 DEPENDS ${folder}/quorl-js.1.scd
-                         COMMAND ${CMAKE_COMMAND} -E env SOURCE_DATE_EPOCH=0
+                         COMMAND ${CMAKE_COMMAND} -E env SOURCE_DATE_EPOCH=${QUORL_RELEASE_SECONDS}
                                  ${SCDOC} < ${folder}/quorl-js.1.scd > ${folder}/quorl-js.1
                          VERBATIM)
       list(APPEND generated ${folder}/quorl-js.1)

@@ -44,7 +44,10 @@ set(CPACK_DEBIAN_TOOL_DESCRIPTION
 Prints the structure records of JavaScript and HTML files, or of any other
 text, on standard output.")
 
-# Debian requires a copyright file and a changelog in each package, and compressed man pages.
+execute_process(COMMAND date -u -R -d @${QUORL_RELEASE_SECONDS} OUTPUT_VARIABLE QUORL_RELEASE_DATE
+                OUTPUT_STRIP_TRAILING_WHITESPACE)
+
+# Debian wants a copyright file and a changelog in each package, and manual pages compressed.
 configure_file(${CMAKE_CURRENT_LIST_DIR}/debian/changelog.in ${PROJECT_BINARY_DIR}/debian/changelog
                @ONLY)
 set(CPACK_QUORL_DEBIAN_CHANGELOG ${PROJECT_BINARY_DIR}/debian/changelog)

@@ -19,10 +19,9 @@ namespace {
 
 constexpr std::size_t kReadBytes = std::size_t{64} * 1024;
 
-std::string directoryTemplate() {
+std::string parentDirectory() {
   const char* const given = std::getenv("TMPDIR");
-  const std::string parent = given == nullptr || *given == '\0' ? "/tmp" : given;
-  return parent + "/quorl-js-XXXXXX";
+  return given == nullptr || *given == '\0' ? "/tmp" : given;
 }
 
 void copyStandardInput(int file, const std::string& path, std::uint64_t limit) {
@@ -50,12 +49,14 @@ void removeBoth(const std::string& directory, const std::string& file) {
 }  // namespace
 
 StandardInputCopy::StandardInputCopy(const std::string& path, std::uint64_t limit)
-    : directory_(directoryTemplate()) {
+    : directory_(parentDirectory() + "/quorl-js-XXXXXX") {
   const std::string name = path.substr(path.rfind('/') + 1);
   int file = -1;
   {
     const SignalsHeld held;
-    if (::mkdtemp(directory_.data()) == nullptr) throw systemFailure(directory_, errno);
+    if (::mkdtemp(directory_.data()) == nullptr) {
+      throw systemFailure("temporary directory in " + parentDirectory(), errno);
+    }
     file_ = directory_ + "/" + name;
     noteTemporaryDirectory(directory_, file_);
   }

@@ -24,8 +24,11 @@ using host_test::writeFile;
 
 class GeneratedTexts : public host_test::QuorlJs {
  protected:
+  // The manual page is made from a template, which comes by standard input.
   static std::string generated(const std::string& kind) {
-    const Outcome outcome = run({"--generate", kind});
+    const Outcome outcome =
+        runProgram("/bin/sh", {"-c", "exec \"$1\" --generate \"$2\" < \"$3\"", "sh", QUORL_JS_PATH,
+                               kind, QUORL_DOCS "/quorl-js.1.scd.in"});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.err, "");
     return outcome.out;
@@ -63,12 +66,13 @@ std::set<std::string> optionsInHelp(const std::string& help) {
 TEST_F(GeneratedTexts, HaveEveryOptionOfTheHelp) {
   const std::set<std::string> names = optionsInHelp(run({"--help"}).out);
   EXPECT_EQ(names,
-            (std::set<std::string>{"--recursive",   "--hidden",   "--node-modules", "--files-from",
-                                   "--null",        "--format",   "--depth",        "--only",
-                                   "--times",       "--out-dir",  "--defines",      "--plugin",
-                                   "--diagnostics", "--jobs",     "--timeout",      "--max-memory",
-                                   "--max-output",  "--max-size", "--strict",       "--quiet",
-                                   "--no-progress", "--color",    "--help",         "--version"}));
+            (std::set<std::string>{
+                "--recursive", "--hidden",  "--node-modules", "--no-ignore",  "--binary",
+                "--include",   "--exclude", "--files-from",   "--null",       "--stdin",
+                "--format",    "--only",    "--depth",        "--times",      "--output",
+                "--out-dir",   "--color",   "--defines",      "--plugin",     "--diagnostics",
+                "--jobs",      "--timeout", "--max-memory",   "--max-output", "--max-size",
+                "--strict",    "--quiet",   "--no-progress",  "--help",       "--version"}));
   for (const char* kind : {"bash", "zsh", "fish", "man"}) {
     const std::string text = generated(kind);
     EXPECT_EQ(text.back(), '\n') << kind;
@@ -82,17 +86,45 @@ TEST_F(GeneratedTexts, HaveEveryOptionOfTheHelp) {
 
 TEST_F(GeneratedTexts, StandInTheDocumentation) {
   const std::string tables = generated("tables");
-  EXPECT_NE(
-      tables.find("| `-0`, `--null` | names in LIST end in NUL bytes instead of line feeds |\n"),
-      std::string::npos);
-  EXPECT_NE(tables.find("| 0 | every file was read |\n"), std::string::npos);
+  EXPECT_NE(tables.find("| `-0, --null` | Split LIST at NUL bytes instead of line feeds. |\n"),
+            std::string::npos);
+  EXPECT_NE(tables.find("| 0 | Every file was read. An empty file counts as read. |\n"),
+            std::string::npos);
   EXPECT_NE(contentsOf(QUORL_DOCS "/cli.md").find("\n\n" + tables + "\n"), std::string::npos)
       << "docs/cli.md should hold what quorl-js --generate tables prints:\n"
       << tables;
 }
 
+// The texts of the table reach help, manual page, documentation and completions alike.
+TEST_F(GeneratedTexts, SayTheSameOfEveryOption) {
+  std::istringstream table(generated("tables"));
+  const std::string help = run({"--help"}).out;
+  const std::string man = generated("man");
+  std::string oneLineHelp;  // without line breaks and indentation
+  std::istringstream words(help);
+  for (std::string word; words >> word;) oneLineHelp += word + " ";
+  int options = 0;
+  for (std::string row; std::getline(table, row);) {
+    if (row.rfind("| Option of", 0) == 0) break;
+    if (row.rfind("| `-", 0) != 0) continue;
+    ++options;
+    const std::size_t end = row.find("` | ");
+    const std::string label = row.substr(3, end - 3);
+    const std::string text = row.substr(end + 4, row.size() - end - 4 - 2);
+    const std::string first = text.substr(0, text.find(". "));
+    const std::string sentence = first.ends_with('.') ? first.substr(0, first.size() - 1) : first;
+    std::string plainText;
+    for (const char byte : sentence) {
+      if (byte != '\\') plainText += byte;
+    }
+    EXPECT_NE(oneLineHelp.find(label + " " + plainText + " "), std::string::npos) << row;
+    EXPECT_NE(man.find("\n\t" + text.substr(0, 20)), std::string::npos) << row;
+  }
+  EXPECT_EQ(options, 31);
+}
+
 TEST_F(GeneratedTexts, NeedNothingElse) {
-  EXPECT_EQ(run({"--generate=man", "--plugin", "gone.so"}), (Outcome{0, generated("man"), ""}));
+  EXPECT_EQ(run({"--generate=fish", "--plugin", "gone.so"}), (Outcome{0, generated("fish"), ""}));
   EXPECT_EQ(run({"--generate", "ksh"}),
             (Outcome{2, "", "quorl-js: nothing to generate is called ksh\n"}));
   EXPECT_EQ(run({"--generate", ""}),
@@ -100,8 +132,8 @@ TEST_F(GeneratedTexts, NeedNothingElse) {
 }
 
 TEST_F(GeneratedTexts, ThatCannotBeWrittenEndTheRun) {
-  EXPECT_EQ(run({"--generate", "man"}, StandardOutput::kAbandonedPipe),
-            (Outcome{2, "", "quorl-js: standard output: Broken pipe\n"}));
+  EXPECT_EQ(run({"--generate", "bash"}, StandardOutput::kFullDisk),
+            (Outcome{2, "", "quorl-js: standard output: No space left on device\n"}));
 }
 
 // ---- Completions, each asked by its own shell
@@ -119,8 +151,11 @@ TEST_F(Completions, OfBash) {
     std::string offered;
   };
   const std::vector<Row> rows = {
-      {"options", "--n", "--node-modules --null --no-progress"},
+      {"options", "--n", "--node-modules --no-ignore --null --no-progress"},
       {"the short option too", "-0", "-0"},
+      {"all formats", "--format ''", "(+o default)raw json ndjson tree"},
+      {"labels", "--only cl", "(+o default)class classvar"},
+      {"a file for the output", "-o ''", ""},
       {"files are left to the shell", "f", ""},
       {"the words of an option", "--diagnostics ''", "none stderr"},
       {"words that are all there is", "--color ''", "(+o default)auto always never"},
@@ -135,9 +170,10 @@ TEST_F(Completions, OfBash) {
       {"no options behind --", "-- --", ""},
       {"the other command", "me", "(-o filenames)melon.js merge"},
       {"a file that is no command", "merger", ""},
-      {"options of the other command", "merge -", "--files-from -0 --null --help"},
+      {"options of the other command", "merge -", "--files-from -0 --null -o --output -h --help"},
       {"files for it", "merge --files-from ''", ""},
-      {"no command but as the first word", "f merge --n", "--node-modules --null --no-progress"},
+      {"no command but as the first word", "f merge --n",
+       "--node-modules --no-ignore --null --no-progress"},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.why);
@@ -159,21 +195,24 @@ TEST_F(Completions, OfZsh) {
   writeFile("_quorl-js", script);
   EXPECT_EQ(printedBy("zsh", "zsh -n _quorl-js"), "");
   const std::string diagnostics =
-      "--diagnostics=[where the plug-in's diagnostic lines go]:WHERE:"
+      "--diagnostics=[Write the plug-in's diagnostic lines to a file or to stderr]:WHERE:"
       R"x({_alternative "words\:word\:(none stderr)" "files\:file\:_files"})x";
   // The specifications as zsh reads them out of the quotes.
   const std::string read =
       printedBy("zsh", "_arguments() { printf '%s\\n' \"$@\" }; . ./_quorl-js");
   for (const std::string& line :
-       Words{"-S", "(-0 --null)-0[names in LIST end in NUL bytes instead of line feeds]",
-             "(-0 --null)--null[names in LIST end in NUL bytes instead of line feeds]",
-             "*--defines=[a name for the record of the defines]:NAME: ",
-             "--out-dir=[write the output for each FILE to a file of its own in the directory "
-             "DIR]:DIR:_files -/",
-             "(-j --jobs)-j+[read N files at a time, 1 to 256]:N: ",
-             "(-j --jobs)--jobs=[read N files at a time, 1 to 256]:N: ",
-             "--color=[colour the outline]:WHEN:(auto always never)", diagnostics,
-             "--help[print this text and stop]", "*:FILE:_files",
+       Words{"-S", "(-0 --null)-0[Split LIST at NUL bytes instead of line feeds]",
+             "(-0 --null)--null[Split LIST at NUL bytes instead of line feeds]",
+             "*--defines=[Add NAME to the record of defines]:NAME: ",
+             "*--only=[Print only records with this label]:LABEL:(filepath namespace class "
+             "function logic loop classvar line define preprocessor htmlelement link container "
+             "error)",
+             "--format=[Choose the output format]:FORMAT:(raw json ndjson tree)",
+             "--out-dir=[Write one output file per input file, to the directory DIR]:DIR:_files -/",
+             "(-j --jobs)-j+[Parse N files in parallel, 1 to 256]:N: ",
+             "(-j --jobs)--jobs=[Parse N files in parallel, 1 to 256]:N: ",
+             "--color=[Color the tree]:WHEN:(auto always never)", diagnostics,
+             "(-h --help)--help[Print this help]", "*:FILE:_files",
              R"x(1:FILE or command:{_alternative "commands\:command\:(merge)" )x"
              R"x("files\:file\:_files"})x"}) {
     EXPECT_NE(("\n" + read).find("\n" + line + "\n"), std::string::npos) << line << "\nis not in\n"
@@ -187,11 +226,15 @@ TEST_F(Completions, OfZshBehindMerge) {
   EXPECT_EQ(printedBy("zsh",
                       "_arguments() { printf '%s\\n' \"$@\" }; words=(quorl-js merge x); CURRENT=3;"
                       ". ./_quorl-js"),
-            "-S\n--files-from=[the names of all files, one a line, a LIST of - being standard "
-            "input]:LIST:_files\n"
-            "(-0 --null)-0[names in LIST end in NUL bytes instead of line feeds]\n"
-            "(-0 --null)--null[names in LIST end in NUL bytes instead of line feeds]\n"
-            "--help[print this text and stop]\n*:SHARD:_files\n");
+            "-S\n--files-from=[Write files in the order of LIST, one name per line]:LIST:_files\n"
+            "(-0 --null)-0[Split LIST at NUL bytes instead of line feeds]\n"
+            "(-0 --null)--null[Split LIST at NUL bytes instead of line feeds]\n"
+            "(-o --output)-o+[Write to FILE, which is replaced when the output is complete]:FILE:"
+            "_files\n"
+            "(-o --output)--output=[Write to FILE, which is replaced when the output is complete]"
+            ":FILE:_files\n"
+            "(-h --help)-h[Print this help]\n"
+            "(-h --help)--help[Print this help]\n*:SHARD:_files\n");
 }
 
 TEST_F(Completions, OfFish) {
@@ -206,18 +249,23 @@ TEST_F(Completions, OfFish) {
   };
   const std::vector<Row> rows = {
       {"quorl-js --n",
-       "--node-modules\twith --recursive, take entries called node_modules too\n"
-       "--no-progress\tdo not show how far the run is\n"
-       "--null\tnames in LIST end in NUL bytes instead of line feeds\n"},
-      {"quorl-js --diagnostics s", "stderr\twhere the plug-in's diagnostic lines go\n"},
+       "--node-modules\tWith --recursive, include entries named node_modules\n"
+       "--no-ignore\tWith --recursive, include what git ignores\n"
+       "--no-progress\tHide the progress line\n"
+       "--null\tSplit LIST at NUL bytes instead of line feeds\n"},
+      {"quorl-js --diagnostics s",
+       "stderr\tWrite the plug-in's diagnostic lines to a file or to stderr\n"},
+      {"quorl-js --only cl",
+       "class\tPrint only records with this label\n"
+       "classvar\tPrint only records with this label\n"},
       {"quorl-js --plugin folder/", "folder/f.js\n"},
-      {"quorl-js --format j", "json\tthe form of the output\n"},
+      {"quorl-js --format j", "json\tChoose the output format\n"},
       {"quorl-js --out-dir folder/", ""},
       {"quorl-js --defines folder/", ""},
       {"quorl-js folder/", "folder/f.js\n"},
-      {"quorl-js me", "merge\tjoins the ndjson outputs of several runs\n"},
+      {"quorl-js me", "merge\tJoin the ndjson outputs of several runs\n"},
       {"quorl-js folder/f.js me", ""},
-      {"quorl-js merge --n", "--null\tnames in LIST end in NUL bytes instead of line feeds\n"},
+      {"quorl-js merge --n", "--null\tSplit LIST at NUL bytes instead of line feeds\n"},
       {"quorl-js merge folder/", "folder/f.js\n"},
   };
   for (const Row& row : rows) {
@@ -237,19 +285,26 @@ TEST_F(ManualPage, HasItsSections) {
   for (std::string line; std::getline(lines, line);) {
     if (line.rfind("# ", 0) == 0) sections.push_back(line.substr(2));
   }
-  EXPECT_EQ(sections, (Words{"NAME", "SYNOPSIS", "DESCRIPTION", "LIMITS", "OPTIONS", "EXIT STATUS",
-                             "MERGE", "EXAMPLES", "SEE ALSO"}));
+  EXPECT_EQ(sections, (Words{"NAME", "SYNOPSIS", "DESCRIPTION", "WHICH FILES ARE READ", "LIMITS",
+                             "OUTPUT FILES", "OPTIONS", "EXIT STATUS", "MERGE", "FILES", "EXAMPLES",
+                             "SEE ALSO"}));
   for (const char* text :
        {"\n*quorl-js* _FILE_... [_OPTION_]...++\n",
         "\n*quorl-js* *--files-from* _LIST_ [_FILE_]... [_OPTION_]...++\n",
         "\n*quorl-js* *merge* _SHARD_... [_OPTION_]...\n",
-        "\n*-j*, *--jobs* _N_\n\tread N files at a time",
-        "\n*-0*, *--null*\n\tnames in LIST end in NUL bytes instead of line feeds\n\n",
-        "\n*--plugin* _PATH_\n\tthe plug-in module", "entries called node\\_modules too\n",
-        "\n*0*\n\tevery file was read\n\n", "\n*0*\n\tevery file was answered\n\n",
-        "\n*quorl-js* *merge* [*--files-from* _LIST_ [*-0*]] _SHARD_...\n"}) {
+        "\n*-j*, *--jobs* _N_\n\tParse N files in parallel",
+        "\n*-0*, *--null*\n\tSplit LIST at NUL bytes instead of line feeds.\n\n",
+        "\n*-V*, *--version*\n\tPrint", "\n## Limits\n", "entries named node\\_modules.\n",
+        "\n*0*\n\tEvery file was read. An", "\n*0*\n\tEvery file was read.\n\n",
+        "\n*quorl-js* *merge* [*--files-from* _LIST_ [*-0*]] [*-o* _FILE_] _SHARD_...\n"}) {
     EXPECT_NE(source.find(text), std::string::npos) << text;
   }
+}
+
+TEST_F(ManualPage, IsRefusedWithAPlaceThatNoTextIsFor) {
+  EXPECT_EQ(runProgram("/bin/sh", {"-c", "printf '# NAME\\n@NOTHING@\\n' | \"$1\" --generate man",
+                                   "sh", QUORL_JS_PATH}),
+            (Outcome{2, "", "quorl-js: manual page: no text for @NOTHING@\n"}));
 }
 
 TEST_F(ManualPage, CompilesAndReadsWithoutAWarning) {
