@@ -71,6 +71,12 @@ install(FILES ${PROJECT_BINARY_DIR}/QuorlJSConfig.cmake
 configure_file(${CMAKE_CURRENT_LIST_DIR}/quorl-js.pc.in ${PROJECT_BINARY_DIR}/quorl-js.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/quorl-js.pc DESTINATION lib/pkgconfig COMPONENT development)
 
+# What there is to read: the pages lie beside each other, and below README, as their links say.
+install(FILES ${PROJECT_SOURCE_DIR}/README.md DESTINATION share/doc/quorl-js COMPONENT tool)
+install(FILES ${PROJECT_SOURCE_DIR}/docs/cli.md ${PROJECT_SOURCE_DIR}/docs/json-format.md
+              ${PROJECT_SOURCE_DIR}/docs/many-machines.md ${PROJECT_SOURCE_DIR}/docs/record-format.md
+        DESTINATION share/doc/quorl-js/docs COMPONENT tool)
+
 # quorl-js prints its own completions and fills the manual page, from the table that it reads its
 # options by.
 set(QUORL_HAS_MAN_PAGE OFF)

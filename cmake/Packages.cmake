@@ -52,6 +52,7 @@ configure_file(${CMAKE_CURRENT_LIST_DIR}/debian/changelog.in ${PROJECT_BINARY_DI
                @ONLY)
 set(CPACK_QUORL_DEBIAN_CHANGELOG ${PROJECT_BINARY_DIR}/debian/changelog)
 set(CPACK_QUORL_DEBIAN_COPYRIGHT ${CMAKE_CURRENT_LIST_DIR}/debian/copyright)
+set(CPACK_QUORL_DEBIAN_OVERRIDES ${CMAKE_CURRENT_LIST_DIR}/debian/overrides)
 set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/debian/finish.cmake)
 
 include(CPack)
