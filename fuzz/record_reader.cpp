@@ -1,7 +1,7 @@
 // The program's reader of answers, over any bytes: it stays within them, and what it takes is what
 // the plug-in would have written, to the byte.
-#include "records/record_escapes.h"
 #include "records/record_reader.h"
+#include "records/record_escapes.h"
 
 #include <algorithm>
 #include <cstddef>
