@@ -17,7 +17,7 @@ sys.dont_write_bytecode = True
 import raw_answer  # noqa: E402, which leaves nothing beside the sources
 
 SKIPPED = 77
-ANSWERED, FAILED, TOO_LARGE = "0", "1", "5"
+ANSWERED, FAILED, TOO_LARGE = "0", "2", "6"
 KEYS = ["lineNumber", "lineage", "argumentList", "childNodeIDs", "nodeID", "parentID", "fileID",
         "functionID", "isCalled", "branchTypeAsString", "filePath", "tags", "contents",
         "simpleFunctionName", "calloutIDs"]

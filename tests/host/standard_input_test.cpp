@@ -75,8 +75,8 @@ TEST_F(StandardInput, MayBeEmptyOrTooLarge) {
             (Outcome{0, R"([{"error": "File is empty: x/a.js"}])", ""}));
   EXPECT_EQ(runOver("let a = 123;", {"--stdin=a.js", "--max-size=12"}).status, 0);
   EXPECT_EQ(runOver("let a = 1234;", {"--stdin=a.js", "--max-size=12"}),
-            (Outcome{1, R"([{"error": "a.js: too large; see --max-size"}])",
-                     "quorl-js: a.js: too large; see --max-size\n"}));
+            (Outcome{1, R"-([{"error": "a.js: larger than 12 bytes (--max-size)"}])-",
+                     "quorl-js: a.js: larger than 12 bytes (--max-size)\n"}));
 }
 
 TEST_F(StandardInput, IsNamedInWarningsAndOutputFiles) {

@@ -116,7 +116,7 @@ TEST_F(StoppedWorkers, AreKilledWhenTheyDoNotEnd) {
   host::WorkerPool pool(task_, 1, false);
   EXPECT_EQ(pool.waitFor(0, idle_).text, "[\na|\n]\n");
   EXPECT_TRUE(pool.finish(idle_));
-  EXPECT_EQ(host::askVersion(task_).text, "odd plug-in\n");
+  EXPECT_EQ(host::askVersion(task_).text, "odd plug-in (Address: 0x1)\n");
 }
 
 }  // namespace

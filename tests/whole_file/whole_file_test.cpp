@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <ostream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/program_runner.h"
@@ -53,6 +54,18 @@ void expectAsCase(const Run& run, const CaseFile& file) {
   EXPECT_EQ(run.standardError, file.standardError);
 }
 
+// The one line in which quorl-js sums up the module's warnings, which are all alike.
+std::string messageFor(const CaseFile& file) {
+  constexpr std::string_view kWarning = "Warning: Attempting to pop from empty element stack\n";
+  if (file.standardError.empty()) return {};
+  const std::size_t count = file.standardError.size() / kWarning.size();
+  std::string all;
+  for (std::size_t i = 0; i < count; ++i) all += kWarning;
+  EXPECT_EQ(file.standardError, all);
+  return "quorl-js: " + file.input + ": " + std::to_string(count) +
+         (count == 1 ? " warning" : " warnings") + ": Attempting to pop from empty element stack\n";
+}
+
 ParseFunction parseOfModule() {
   static void* const kModule = dlopen(QUORL_PLUGIN_PATH, RTLD_NOW | RTLD_LOCAL);
   if (kModule == nullptr) return nullptr;
@@ -82,7 +95,9 @@ TEST_P(WholeFile, ThroughTheCommandLineHost) {
   arguments.push_back(file.input);
   const host_test::Outcome outcome = host_test::runProgram(QUORL_JS_PATH, arguments);
   EXPECT_EQ(outcome.status, 0);
-  expectAsCase({outcome.out, readFile(diagnostics), outcome.err}, file);
+  EXPECT_EQ(outcome.out, file.records);
+  EXPECT_EQ(readFile(diagnostics), file.standardOutput);
+  EXPECT_EQ(outcome.err, messageFor(file));
 }
 
 std::string testName(const testing::TestParamInfo<CaseFile>& info) {
