@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <chrono>
@@ -39,7 +40,9 @@ constexpr std::string_view kErrorClosing = R"("}])";
 constexpr const char* kEmptyMessage = "File is empty: ";
 constexpr const char* kUnopenedMessage = "Could not open file: ";
 // The module may run out of memory before the program does.
-constexpr std::string_view kMemoryAnswer = R"([{"error": "Parser exception: std::bad_alloc"}])";
+constexpr std::array<std::string_view, 2> kMemoryAnswers = {
+    R"([{"error": "Parser exception: std::bad_alloc"}])",
+    R"([{"error": "Parser exception: Memory allocation failed for ObjectBranch"}])"};
 
 constexpr std::chrono::microseconds kNoTimeLimit{0};
 
@@ -242,7 +245,9 @@ class Worker {
     frame.hasAnswer = true;
     const std::uint64_t limit = task_.limits.answerBytes;
     if (limit != 0 && report.answer.size() > limit) ::_exit(kWorkerTooLarge);
-    if (report.answer == kMemoryAnswer) ::_exit(kWorkerOutOfMemory);
+    if (std::ranges::find(kMemoryAnswers, report.answer) != kMemoryAnswers.end()) {
+      ::_exit(kWorkerOutOfMemory);
+    }
     if (!input.copy.empty()) {
       renamedAnswer_ = withPath(report.answer, input.copy, input.path);
       report.answer = renamedAnswer_;

@@ -177,6 +177,10 @@ void closePipes() {
   while (true) ::pause();
 }
 
+void waitFor(const char* file) {
+  while (!std::filesystem::exists(file)) std::this_thread::sleep_for(std::chrono::milliseconds(5));
+}
+
 void hang() {
   leaveMark("hanging");
   while (true) ::pause();
@@ -233,10 +237,9 @@ constexpr std::array kMisdeeds = {
     Misdeed{"wait",
             [] {
               leaveMark("waiting");
-              while (!std::filesystem::exists("go")) {
-                std::this_thread::sleep_for(std::chrono::milliseconds(5));
-              }
+              waitFor("go");
             }},
+    Misdeed{"wait-for-load-7", [] { waitFor("load-7"); }},
     Misdeed{"hang", hang},
     Misdeed{"hang\x1b[2J\n", hang},
     Misdeed{"hang-once",
@@ -305,6 +308,8 @@ EXPORTED const char* ParseJS(const char* path, const char* defines) {
     answer = "[\n" + addressSpace() + "\n]\n";
   } else if (name == "bad-alloc") {
     answer = R"([{"error": "Parser exception: std::bad_alloc"}])";
+  } else if (name == "no-node") {
+    answer = R"([{"error": "Parser exception: Memory allocation failed for ObjectBranch"}])";
   } else if (name == "big-by") {
     std::ofstream("process") << ::getpid();
     answer = "[\n" + std::string(kBigAnswerBytes, 'x') + "\n]\n";
