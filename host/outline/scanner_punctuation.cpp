@@ -119,23 +119,13 @@ void Scanner::handleArrow() {
 void Scanner::handleAngle(const Token& token) {
   Frame& frame = top();
   const bool opens = token.punct == '<';
+  if (opens && (frame.phase == Phase::kValue || frame.phase == Phase::kMember)) {
+    frame.phase = frame.phase == Phase::kValue ? Phase::kValueAngle : Phase::kMemberAngle;
+    frame.angles = 1;
+    operandMayBegin_ = true;
+    return;
+  }
   switch (frame.phase) {
-    case Phase::kValue:
-      if (opens) {
-        frame.phase = Phase::kValueAngle;
-        frame.angles = 1;
-        operandMayBegin_ = true;
-        return;
-      }
-      break;
-    case Phase::kMember:
-      if (opens) {
-        frame.phase = Phase::kMemberAngle;
-        frame.angles = 1;
-        operandMayBegin_ = true;
-        return;
-      }
-      break;
     case Phase::kType:
     case Phase::kTypeAlias:
     case Phase::kArrowType:
