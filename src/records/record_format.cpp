@@ -178,12 +178,12 @@ consteval std::size_t roomWithoutTexts(bool isLast) {
   return room.bytes();
 }
 
-// What a record takes beside its texts, whatever its place and with up to one child, and what each
-// child takes behind the first.
-constexpr std::size_t kFixedBytes =
-    std::max({roomWithoutTexts<0>(false), roomWithoutTexts<0>(true), roomWithoutTexts<1>(false),
-              roomWithoutTexts<1>(true)});
+// What each child takes, and what a record takes beside its texts and children, whatever its place.
+// A list of children takes more than an empty one.
 constexpr std::size_t kChildBytes = roomWithoutTexts<2>(false) - roomWithoutTexts<1>(false);
+constexpr std::size_t kFixedBytes =
+    std::max({roomWithoutTexts<0>(false), roomWithoutTexts<0>(true),
+              roomWithoutTexts<1>(false) - kChildBytes, roomWithoutTexts<1>(true) - kChildBytes});
 
 std::size_t maxRecordBytes(const ObjectBranch& node, std::size_t childCount) {
   return kFixedBytes + kChildBytes * childCount + node.branchTypeAsString.size() +

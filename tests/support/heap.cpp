@@ -13,13 +13,21 @@ support::NodeSweep* sweep = nullptr;
 
 }  // namespace
 
-// The other forms of operator new and operator delete call these.
+// The forms that are not here call these. Only a sanitizer's operator new for std::nothrow does not.
 void* operator new(std::size_t bytes) {
   if (bytes != 0 && bytes == failingBytes) throw std::bad_alloc();
   void* const block = std::malloc(bytes == 0 ? 1 : bytes);
   if (block == nullptr) throw std::bad_alloc();
   if (sweep != nullptr) sweep->note(block, bytes);
   return block;
+}
+
+void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept {
+  try {
+    return operator new(bytes);
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
 }
 
 void operator delete(void* block) noexcept {
