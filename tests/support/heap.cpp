@@ -13,7 +13,8 @@ support::NodeSweep* sweep = nullptr;
 
 }  // namespace
 
-// The forms that are not here call these. Only a sanitizer's operator new for std::nothrow does not.
+// The forms that are not here call these. Only a sanitizer's operator new for std::nothrow does
+// not.
 void* operator new(std::size_t bytes) {
   if (bytes != 0 && bytes == failingBytes) throw std::bad_alloc();
   void* const block = std::malloc(bytes == 0 ? 1 : bytes);
