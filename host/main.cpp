@@ -69,7 +69,7 @@ int run(const RunOptions& options) {
 }  // namespace host
 
 int main(int argc, char** argv) {
-  // A reader that has gone and a limit on the size of files are noticed where answers are written.
+  // Let write fail with EPIPE or EFBIG instead of ending by the signal.
   std::signal(SIGPIPE, SIG_IGN);
   std::signal(SIGXFSZ, SIG_IGN);
   host::endRunOnSignals();

@@ -30,7 +30,7 @@ class ArgumentParser {
   // All values of an option, in their order.
   std::vector<std::string> valuesOf(std::string_view option) const;
 
-  // The arguments that are no options, byte for byte and in their order.
+  // The arguments that are not options, byte for byte and in their order.
   const std::vector<std::string>& operands() const { return operands_; }
 
   // What to throw for arguments that cannot be followed. Without a hint it names the help.

@@ -15,15 +15,15 @@ enum class Completion { kNothing, kFiles, kDirectories };
 struct Option {
   std::string_view name;
   std::string_view shortName = {};  // or empty
-  std::string_view argument = {};   // what its value is called; empty for an option without one
+  std::string_view argument = {};   // the name of its value; empty for an option without one
   Completion completion = Completion::kNothing;
   std::vector<std::string_view> (*words)() = nullptr;  // values with a meaning of their own
-  std::string_view values = {};      // what a value may be, where the words do not tell it
-  bool mayRepeat = false;            // each value counts; of another option the last one does
-  std::string_view neededName = {};  // the option that this one needs, or empty
-  std::string_view group = {};       // the heading that begins with this option, or empty
-  std::string_view help;             // at most two lines of --help; see summary
-  std::string_view details = {};     // further sentences for the manual page and the documentation
+  std::string_view values = {};                        // allowed values, unless words lists them
+  bool mayRepeat = false;                              // keeps every value, not just the last
+  std::string_view neededName = {};                    // the option that this one needs, or empty
+  std::string_view group = {};    // the heading that begins with this option, or empty
+  std::string_view help;          // at most two lines of --help; see summary
+  std::string_view details = {};  // further sentences for the manual page and the documentation
 };
 
 struct ExitStatus {
@@ -38,11 +38,11 @@ struct Example {
 
 struct Command {
   std::string_view name;
-  std::string_view operand;                    // what an argument is called that is no option
+  std::string_view operand;                    // the name of an argument that is not an option
   std::span<const std::string_view> synopses;  // the forms of the command line
   std::string_view purpose;                    // what the command does, in a sentence or two
   std::span<const Option> options;             // in the order of --help
-  Option endOfOptions;                         // "--", which is no option to look up
+  Option endOfOptions;                         // "--", which is never looked up
   std::span<const ExitStatus> statuses;
   std::span<const Example> examples;
   std::span<const Option> hiddenOptions = {};  // for the build; no text names them

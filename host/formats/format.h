@@ -32,7 +32,7 @@ struct Format {
   void (*end)(const FormatSettings& settings, std::string& out);
   std::string_view separator;
   bool isAnswer;  // what file writes for an answer is that answer, whatever the settings say
-  bool hasTimes;  // it tells the time that a file took
+  bool hasTimes;  // it shows the parse time of a file
 };
 
 // The format that is called that, or null.

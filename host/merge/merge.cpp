@@ -145,7 +145,7 @@ Plan readShards(const MergeOptions& options) {
       }
       plan.places[place] = found;
     });
-    // With a list it is seen by name what is not there.
+    // With a list, checkAllAreThere reports missing files by name.
     if (!order && lines.offset() == 0) throw Failure(lines.path() + ": empty, not even a header");
   }
   if (order) checkAllAreThere(plan, *order, *options.list);

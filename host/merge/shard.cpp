@@ -18,7 +18,7 @@
 namespace host {
 namespace {
 
-// What header and file lines tell. Values of lines that were written elsewhere may be missing.
+// The values of header and file lines. Those of lines that were written elsewhere may be missing.
 struct LineValues {
   std::optional<std::string> path;
   std::optional<std::string> pathBytes;
@@ -139,8 +139,8 @@ class ShardReader {
   }
 
   // Reads the line as JSON, which it has to be from its first byte to its last.
-  template <typename Handler, typename... ArgumentParser>
-  void parse(std::string_view line, ArgumentParser&... arguments) {
+  template <typename Handler, typename... Arguments>
+  void parse(std::string_view line, Arguments&... arguments) {
     // Iterative: the nesting of foreign lines must not become that of calls.
     constexpr unsigned kFlags =
         rapidjson::kParseIterativeFlag | rapidjson::kParseValidateEncodingFlag;

@@ -11,7 +11,7 @@
 // - Other text: an item for each record with a line; a block without one takes its first child's,
 //   and one without children is left out. It ends where its last child does.
 //
-// The records that only wrap a file are no items.
+// The records that only wrap a file have no item.
 #pragma once
 
 #include <string_view>

@@ -6,7 +6,7 @@ namespace host::outline {
 namespace {
 
 constexpr std::string_view kScriptEnd = "</script>";
-constexpr std::size_t kMaxTagBytes = 10'000;  // more of a tag is not looked at
+constexpr std::size_t kMaxTagBytes = 10'000;  // the rest of a longer tag is ignored
 
 }  // namespace
 

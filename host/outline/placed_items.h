@@ -10,7 +10,7 @@ namespace host::outline {
 
 struct PlacedItem {
   Item item;
-  // Where several items stand on a line their bytes tell which contains which; 0 where they do not.
+  // Order the items of one line by containment; 0 if it has only one.
   std::size_t begin = 0;
   std::size_t end = 0;
 };

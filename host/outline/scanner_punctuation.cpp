@@ -1,4 +1,4 @@
-// Punctuation that is no bracket: ends of members, values, types and arrows.
+// Punctuation other than brackets: ends of members, values, types and arrows.
 #include "outline/scanner_parts.h"
 
 namespace host::outline {

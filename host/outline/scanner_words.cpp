@@ -33,7 +33,7 @@ void Scanner::enterClass(bool isStatement) {
   frame.angles = 0;
 }
 
-// A word where a statement begins. Leaves the phase at kExpression for what is no keyword there.
+// A word where a statement begins. Leaves the phase at kExpression unless it is a keyword there.
 void Scanner::startStatement(const Token& token, Word word) {
   Frame& frame = top();
   if (frame.statementLine == 0) frame.statementLine = token.line;
@@ -211,7 +211,7 @@ void Scanner::handleWord(const Token& token) {
           known.nameEnd = token.end;
         }
       }
-      frame.target.line = kNone;  // what follows is no name
+      frame.target.line = kNone;  // no name follows
       return;
     case Phase::kTypesHead:
       if (frame.function == kNone) {

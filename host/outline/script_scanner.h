@@ -1,7 +1,7 @@
 // What script text defines, and where each thing and each bracket ends.
 //
 // One pass over the tokens with a stack of open brackets, for JavaScript, TypeScript and JSX. It
-// knows just enough syntax to tell a definition from a call and a type from a value.
+// knows just enough syntax to distinguish a definition from a call and a type from a value.
 #pragma once
 
 #include <cstdint>

@@ -20,7 +20,7 @@ enum class TokenType : std::uint8_t {
   kPunct,  // see Token::punct
 };
 
-// Punctuation that is no single byte, or whose byte says too little.
+// Punctuation of several bytes, or whose byte is ambiguous.
 inline constexpr char kArrow = 'A';          // =>
 inline constexpr char kOperator = 'o';       // any operator that is of no interest by itself
 inline constexpr char kIncrement = '+';      // ++ or --
@@ -55,7 +55,7 @@ class ScriptTokens {
   // Between tags of JSX: { < kJsxClosingTag or the end.
   Token nextInJsxText();
 
-  // The next byte that is no blank on the same line; 0 at the end of the line.
+  // The next byte on the same line that is not a blank; 0 at the end of the line.
   char peekOnLine() const;
 
   std::string_view textOf(const Token& token) const {

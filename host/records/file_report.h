@@ -1,4 +1,4 @@
-// What became of one file, whoever found it out.
+// The outcome of one file.
 #pragma once
 
 #include <cstdint>
@@ -9,9 +9,9 @@ namespace host {
 
 enum class FileStatus {
   kAnswered,     // answer holds the records
-  kEmpty,        // the file has no byte, and no records; that is no failure
+  kEmpty,        // the file has no bytes, and so no records; not a failure
   kFailed,       // the module or the program could not read the file; message says why
-  kCrashed,      // the worker died over it
+  kCrashed,      // the worker died while parsing it
   kTimedOut,     // longer than --timeout
   kOutOfMemory,  // more than --max-memory
   kTooLarge,     // larger than --max-size, or an answer longer than --max-output

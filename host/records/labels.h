@@ -8,7 +8,7 @@ namespace host {
 
 inline constexpr std::string_view kFileLabel = "filepath";  // of a file's own record
 
-// Stands for all labels that begin with it and a colon; what follows there tells the error.
+// Stands for all labels that begin with it and a colon; the error follows.
 inline constexpr std::string_view kErrorLabel = "error";
 
 inline constexpr std::array<std::string_view, 14> kLabels = {

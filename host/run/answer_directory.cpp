@@ -48,7 +48,7 @@ std::string folded(std::string name) {
 
 bool foldsCase(int directory) {
   const TemporaryFile file = makeTemporaryFile(directory);
-  if (file.descriptor < 0) return false;  // writing answers will fail, and tell why
+  if (file.descriptor < 0) return false;  // writing answers will fail, with the reason
   ::close(file.descriptor);
   const bool isFound = ::faccessat(directory, folded(file.name).c_str(), F_OK, 0) == 0;
   dropTemporaryFile(directory, file);

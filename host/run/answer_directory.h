@@ -14,7 +14,7 @@ bool foldsCase(int directory);
 class AnswerDirectory {
  public:
   // Answer files have the extension. Removes temporary files of processes that are gone. Throws
-  // Failure when the path is no directory that files can be made in.
+  // Failure if the path is not a directory that files can be made in.
   AnswerDirectory(const std::string& path, std::string_view extension,
                   bool (*probe)(int directory) = foldsCase);
   AnswerDirectory(const AnswerDirectory&) = delete;

@@ -48,7 +48,7 @@ class Batch {
     if (!pool_.finish(idleUntilTheEnd())) throw diagnostics_.failure();
     if (output_ != nullptr) finishOutput();
     if (options_.strict && task_.inputs->reportCount == 0) {
-      printMessage("nothing to read");  // which is nothing about a single file
+      printMessage("nothing to read");  // not about a single file, so --quiet keeps it
       warned_ = true;
     }
     if (isSummaryWanted()) sumUp();
@@ -124,7 +124,7 @@ class Batch {
     progress_.show(done_, failed_, input.path);
   }
 
-  // Returns false, with a message, if there is no place for the answer.
+  // Returns false, with a message, if the answer cannot be written.
   bool deliver(const Input& input, const FileResult& result) {
     if (answerDirectory_ != nullptr) return deliverToFile(input, result);
     deliverToOutput(result);

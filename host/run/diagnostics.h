@@ -1,4 +1,4 @@
-// Where the module's diagnostic lines go: what file descriptor 1 of a worker leads to.
+// Where the module's diagnostic lines go: file descriptor 1 of a worker.
 #pragma once
 
 #include <string>

@@ -26,7 +26,7 @@ Output::Output(std::optional<std::string> file) : file_(std::move(file)) {
   if (isThere && S_ISDIR(status.st_mode)) throw systemFailure(subject_, EISDIR);
   if (isThere && !S_ISREG(status.st_mode)) return;
   if (isThere) mode_ = status.st_mode & 07777;
-  // The file that a link leads to is the one to replace, and not the link.
+  // Replace the target of a link, not the link.
   std::error_code error;
   std::filesystem::path path = *file_;
   if (isThere) path = std::filesystem::canonical(path, error);

@@ -11,7 +11,7 @@
 
 namespace host {
 
-// From begin to close, descriptor 1 leads to the file, as after a shell's ">": workers write there,
+// From begin to close, descriptor 1 is the file, as after a shell's ">": workers write there,
 // too. A regular file, or one that is not there yet, is replaced by close and not touched before;
 // any other file, such as a FIFO, is written directly.
 class Output {

@@ -1,5 +1,4 @@
-// A line on the terminal that tells how far a run is, and goes when anything else is to stand
-// there.
+// The progress line. It is erased before anything else is printed.
 #pragma once
 
 #include <chrono>
@@ -12,7 +11,7 @@ namespace host {
 
 class Progress {
  public:
-  // Without isWanted, or when standard error is no terminal, there is none.
+  // There is none without isWanted, or if standard error is not a terminal.
   Progress(bool isWanted, std::uint64_t fileCount);
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;

@@ -8,14 +8,14 @@ namespace host {
 
 struct TemporaryFile {
   std::string name;
-  int descriptor;  // negative if it could not be made; errno tells why
+  int descriptor;  // negative if it could not be made, for the reason in errno
 };
 
 // Makes a file in the directory, whose descriptor has to stay open.
 TemporaryFile makeTemporaryFile(int directory);
 
 // Gives the file its name, in place of what bore it, or removes the file if the number of an error
-// comes with it. Returns 0, or the number of the error for which there is no such file.
+// comes with it. Returns 0 or the number of the error.
 int finishTemporaryFile(int directory, const TemporaryFile& file, const std::string& name,
                         int error);
 

@@ -27,8 +27,8 @@ struct Listing {
   bool hasIgnoreFile = false;
 };
 
-// Asks the entry and not its path: the listing has told the kind already, also of what is too deep
-// for a path or in a directory that may only be listed.
+// Uses the kind from the listing: stat fails for paths that are too long, and in directories that
+// may only be listed.
 void appendEntry(std::vector<Entry>& entries, const fs::directory_entry& entry, std::string name) {
   std::error_code unseen;
   const bool isLink = entry.is_symlink(unseen);

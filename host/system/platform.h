@@ -1,5 +1,4 @@
-// What POSIX leaves to each system. Where a system lacks something, the function does what comes
-// nearest, which is told at each.
+// Calls that differ between systems. Each says what it does where the system has no such thing.
 #pragma once
 
 #include <sys/types.h>
@@ -14,28 +13,27 @@ unsigned availableCores();
 // How many files this process may have open at once.
 std::uint64_t openFileLimit();
 
-// Has this process, a child of parent, killed when parent ends. Elsewhere than on Linux a child
-// learns of that when it next reads from its parent or writes to it.
+// Kills this process, a child of parent, when parent ends. Only on Linux: elsewhere a child notices
+// when it next reads from its parent or writes to it.
 void endWithParent(pid_t parent);
 
-// The memory of the machine in bytes, 0 where it is not told.
+// The memory of the machine in bytes, or 0 if unknown.
 std::uint64_t machineMemory();
 
 // The most memory that this process has had at once, in bytes.
 std::uint64_t peakMemory();
 
-// Lets this process have no more address space than that, nor than it may have already. macOS takes
-// the limit and does not hold to it; a build for AddressSanitizer, which reserves more than any
-// limit, sets none.
+// Limits the address space of this process, and never raises its limit. macOS does not enforce it;
+// a build for AddressSanitizer, which reserves more than any limit, sets none.
 void limitMemory(std::uint64_t bytes);
 
-// Lets a pipe hold as much as an ordinary user may ask for, where that can be asked for at all.
+// Gives a pipe the largest buffer that an ordinary user may have, where it can be set.
 void widenPipe(int descriptor);
 
-// Whether what is written there has nobody left to read it.
+// Whether a pipe has no reader left.
 bool isAbandoned(int descriptor);
 
-// The columns of the terminal, or 0 when the descriptor leads to none.
+// The columns of the terminal, or 0 if the descriptor is not one.
 unsigned terminalWidth(int descriptor);
 
 }  // namespace host

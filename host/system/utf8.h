@@ -8,7 +8,7 @@
 namespace host {
 
 struct CodePoint {
-  char32_t value = 0;     // kReplacement where the bytes are no UTF-8
+  char32_t value = 0;     // kReplacement if the bytes are not UTF-8
   std::size_t bytes = 0;  // that it takes up; of bad ones, as many as could have begun a code point
   bool valid = false;
 };

@@ -11,7 +11,7 @@ namespace host {
 inline constexpr std::chrono::seconds kTimeGrace{2};
 
 // Counts the time between calls of now, but of each gap no more than kLongestStep: in a longer one
-// the parent was suspended, perhaps with its workers, or waited for whoever reads its output. Both
+// the parent was suspended, perhaps with its workers, or waited for the reader of its output. Both
 // make a deadline late, never early. To be read at least that often.
 class AwakeClock {
  public:

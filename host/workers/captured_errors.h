@@ -1,5 +1,5 @@
 // What the module writes to standard error while it parses a file. It is kept aside, so that the
-// user gets one line with the name of the file instead of lines that tell of none.
+// user gets one line with the name of the file instead of many without.
 #pragma once
 
 #include <string>

@@ -1,4 +1,4 @@
-// What one file may cost. In each, 0 is no limit.
+// The limits on one file. 0 means no limit.
 #pragma once
 
 #include <chrono>
@@ -15,7 +15,7 @@ struct FileLimits {
   std::uint64_t sourceBytes = std::uint64_t{256} << 20U;
 };
 
-// For messages: "256M", or "1000 bytes" for what is no whole number of K, M or G.
+// For messages: "256M", or "1000 bytes" if it is not a whole number of K, M or G.
 std::string sizeText(std::uint64_t bytes);
 
 // For messages: "60 s", "0.5 s".

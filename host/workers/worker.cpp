@@ -136,7 +136,7 @@ class Worker {
  private:
   void send(Frame& frame, std::string_view text) {
     frame.diagnosticsLost = areDiagnosticsLost();
-    // Should it fail, there is no parent any more.
+    // It fails only if the parent has ended.
     if (writeFrame(results_, frame, text) != 0) ::_exit(EXIT_FAILURE);
   }
 

@@ -20,21 +20,21 @@ struct WorkerTask {
   FileLimits limits;
   std::chrono::microseconds timeBesidesFiles = std::chrono::seconds(60);  // to load, and to exit
   bool isMemoryShared = false;  // limits.memory is a share: what fails with it is tried with more
-  int diagnostics = -1;         // the descriptor that the module's standard output leads to
+  int diagnostics = -1;         // descriptor for the module's standard output
   const Inputs* inputs = nullptr;  // none where only the version is asked for
   const Format* format = nullptr;
   FormatSettings settings;
   bool wholeDocuments = false;  // each file is an output of its own
   bool writesOutput = false;    // workers write to standard output themselves: there is one file
   bool times = false;
-  bool quiet = false;      // the module's standard error leads nowhere
-  int standardError = -1;  // the descriptor that it leads to else, unless it stays as it is
+  bool quiet = false;      // discards the module's standard error
+  int standardError = -1;  // descriptor for it otherwise; -1 leaves it as it is
 };
 
 // Asks for the module's version instead of for a file.
 inline constexpr std::uint64_t kVersionRequest = UINT64_MAX;
 
-// Exit statuses by which a worker tells its parent why it ended.
+// Exit statuses of a worker that say why it ended.
 enum WorkerExit : int {
   kWorkerOutOfMemory = 90,
   kWorkerTooLarge = 91,

@@ -48,7 +48,7 @@ class FrameReader {
   State read(int descriptor);
 
   // Takes the next frame. Gives kWhole, kOpen if not all of it is there, or kMalformed for
-  // bytes that are no frame.
+  // bytes that are not a frame.
   State next(Frame& frame);
 
   std::size_t heldBytes() const { return bytes_.size() - taken_; }

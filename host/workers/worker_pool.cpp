@@ -21,14 +21,14 @@ constexpr std::uint64_t kMaxInputsAhead = 1024;
 constexpr std::size_t kMaxBytesAhead = std::size_t{64} << 20U;
 constexpr std::size_t kBytesOfAResult = 256;  // besides its texts
 
-// The least share of memory, besides what a worker inherits from the program: the module and some
-// room for files.
+// The smallest share of memory, besides what a worker inherits from the program: the module and
+// some room for files.
 constexpr std::uint64_t kLeastShare = std::uint64_t{64} << 20U;
 
-constexpr int kMillisecondsToEnd = 1;     // between looks at whether workers have ended
+constexpr int kMillisecondsToEnd = 1;     // between checks for workers that have ended
 constexpr int kMillisecondsToStart = 10;  // between attempts to start one
 
-// As many as are asked for and of use, and for which there are descriptors.
+// The smallest of jobs, files, and workers that the limit on open files allows.
 std::size_t workerCount(unsigned jobs, const Inputs& inputs) {
   constexpr std::uint64_t kDescriptorsBesides = 24;
   constexpr std::uint64_t kDescriptorsOfAWorker = 3;

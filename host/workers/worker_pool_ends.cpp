@@ -46,8 +46,8 @@ void WorkerPool::enforceDeadlines(std::uint64_t wanted) {
   }
 }
 
-// A process that the module has started may keep the pipe of a worker open that has ended. That
-// is looked for only when nothing else is to be done.
+// A child of the module can hold the pipe of a worker that has ended open. Checked only when there
+// is nothing else to do.
 void WorkerPool::handleEnds(bool isIdle) {
   for (Slot& slot : slots_) {
     if (!slot.process) continue;

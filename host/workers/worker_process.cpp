@@ -136,7 +136,7 @@ bool WorkerProcess::hasEnded() const {
 }
 
 std::optional<ProcessEnd> WorkerProcess::endIfEnded() {
-  // It stays a zombie until it is no longer noted, so that nobody else has its number.
+  // It stays a zombie until it is no longer noted, so that its number is not reused.
   if (!hasEnded()) return std::nullopt;
   const SignalsHeld held;
   ProcessEnd end;

@@ -64,7 +64,7 @@ class WorkerProcess {
   FrameReader frames_;
 };
 
-// Pauses between two looks at whether processes have ended: short at first, since most end at once.
+// Pauses between checks for processes that have ended: short at first, since most end at once.
 class EndPause {
  public:
   void sleep();

@@ -100,7 +100,7 @@ class PreprocessorSimulation {
   bool atLineStart_ = true;
   bool inDirective_ = true;
   std::string directiveLine_;
-  std::size_t inkEnd_ = 0;  // just past the last byte of directiveLine_ that is no space
+  std::size_t inkEnd_ = 0;  // just past the last byte of directiveLine_ that is not a space
   bool emitting_ = true;
 
   // Indexed by nesting depth of conditionals; entry 0 is the text outside all of them. Entries

@@ -12,11 +12,11 @@
 QUORL_API bool IsDirectory(const std::string& path);
 
 // Whether the extension, case-sensitive, is one of js, jsx, ts, tsx, html, htm, xhtml, php.
-// required: the module extensions mjs, cjs, es6 and es are no batch files.
+// required: the module extensions mjs, cjs, es6 and es are not batch files.
 QUORL_API bool IsJavaScriptFile(const std::string& name);
 
 // The batch files right in the directory, each with the path before its name, in the order in
-// which the system lists them; empty if the directory cannot be opened. There is no descent.
+// which the system lists them; empty if the directory cannot be opened. Does not descend.
 QUORL_API std::vector<std::string> GetFilesInDirectory(const std::string& path);
 
 // Runs one file through the parser and throws its records away; says on standard output what

@@ -17,8 +17,8 @@ namespace {
 constexpr std::size_t kStackBytes = 32'768;
 constexpr std::size_t kPageBytes = 4'096;  // the smallest there is
 // The state takes 32 bytes, and the C library's table of such blocks 16 bytes for each library that
-// is loaded: enough for 2,000 of them. Not a size that the allocator keeps for the next request of
-// just that size.
+// is loaded: enough for 2,000 of them. Too large for malloc's caches of one size, so success
+// means that the heap can grow.
 constexpr std::size_t kStateBytes = 32'768;
 
 // A thread's first memory may come from the heap or, where the heap cannot grow, from mappings.

@@ -3,7 +3,7 @@
 
 namespace plugin {
 
-// Takes from the system, ahead of the work, what it would end the process for lacking later:
+// Allocates in advance what would end the process if it were missing later:
 //
 // - The thread's exception state. In a host without the C++ library it is allocated at the
 //   thread's first throw, and if that fails the C library aborts the process.

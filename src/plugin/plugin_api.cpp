@@ -72,7 +72,7 @@ records::RecordText parseFile(const std::string& path, const char* defines, Obje
   if (text->empty()) return errorAnswer("File is empty: ", path);
   root = tree::makeNode();
   std::vector<std::string> names = splitDefines(defines);
-  // required: the host's names are no names that conditions know.
+  // required: conditions do not know the host's names.
   cleaner::clean(*text, {}, names);
   records::RecordText answer =
       builder::buildRecords({path, {}, {}, *text, true, names, chunk}, root, emptyAnswer());

@@ -157,7 +157,7 @@ constexpr void writeRecord(Out& out, const Node& node, const Relatives& relative
   out.text(isLast ? "\n" : ",\n");
 }
 
-// What a record tells of a node, with texts that are empty.
+// The parts of a node that a record holds, with empty texts.
 struct TextlessNode {
   std::int32_t lineNumber = 0;
   std::int32_t nodeID = 0;
