@@ -40,9 +40,7 @@ void appendEntry(std::string& out, const std::string& label, std::string_view te
 }
 
 void appendOption(std::string& out, const Option& option) {
-  std::string text = std::string(option.help) + ".";
-  if (!option.details.empty()) text.append(" ").append(option.details);
-  appendEntry(out, markedUp(labelOf(option)), text);
+  appendEntry(out, markedUp(labelOf(option)), descriptionOf(option));
 }
 
 std::string synopses(const Command& command) {

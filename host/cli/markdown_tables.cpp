@@ -13,9 +13,7 @@ void appendRow(std::string& out, const std::string& left, const std::string& rig
 }
 
 void appendOption(std::string& out, const Option& option) {
-  std::string text = std::string(option.help) + ".";
-  if (!option.details.empty()) text.append(" ").append(option.details);
-  appendRow(out, "`" + labelOf(option) + "`", text);
+  appendRow(out, "`" + labelOf(option) + "`", descriptionOf(option));
 }
 
 void appendTables(std::string& out, const Command& command, const std::string& ofWhat) {

@@ -289,6 +289,12 @@ std::string labelOf(const Option& option) {
   return label;
 }
 
+std::string descriptionOf(const Option& option) {
+  std::string text = std::string(option.help) + ".";
+  if (!option.details.empty()) text.append(" ").append(option.details);
+  return text;
+}
+
 std::string_view summary(const Option& option) {
   const std::string_view text = option.help.substr(0, option.help.find_first_of(":;("));
   return text.substr(0, text.find_last_not_of(' ') + 1);

@@ -54,6 +54,9 @@ extern const Command kMerge;    // what it does when its first argument is merge
 // "-j, --jobs N".
 std::string labelOf(const Option& option);
 
+// The help and the details as sentences.
+std::string descriptionOf(const Option& option);
+
 // The help without what follows its first parenthesis, colon or semicolon: as much as a completion
 // has room for.
 std::string_view summary(const Option& option);

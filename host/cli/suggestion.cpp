@@ -4,12 +4,10 @@
 #include <cstddef>
 #include <vector>
 
+#include "system/ascii.h"
+
 namespace host {
 namespace {
-
-char lower(char byte) {
-  return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte;
-}
 
 // The fewest typing mistakes that lead from one word to the other: the optimal string alignment
 // distance, row by row.
@@ -23,10 +21,11 @@ std::size_t mistakesBetween(std::string_view left, std::string_view right) {
     last.swap(row);
     row[0] = i;
     for (std::size_t j = 1; j <= right.size(); ++j) {
-      const bool isSame = lower(left[i - 1]) == lower(right[j - 1]);
+      const bool isSame = asciiLower(left[i - 1]) == asciiLower(right[j - 1]);
       row[j] = std::min({last[j] + 1, row[j - 1] + 1, last[j - 1] + (isSame ? 0 : 1)});
-      const bool isSwapped = i > 1 && j > 1 && lower(left[i - 1]) == lower(right[j - 2]) &&
-                             lower(left[i - 2]) == lower(right[j - 1]);
+      const bool isSwapped = i > 1 && j > 1 &&
+                             asciiLower(left[i - 1]) == asciiLower(right[j - 2]) &&
+                             asciiLower(left[i - 2]) == asciiLower(right[j - 1]);
       if (isSwapped) row[j] = std::min(row[j], beforeLast[j - 2] + 1);
     }
   }

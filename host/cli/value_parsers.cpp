@@ -6,6 +6,8 @@
 #include <string>
 #include <system_error>
 
+#include "system/ascii.h"
+
 namespace host {
 namespace {
 
@@ -16,10 +18,6 @@ bool parseDigits(std::string_view text, Number& number) {
   return error == std::errc() && end == text.data() + text.size();
 }
 
-char upper(char byte) {
-  return byte >= 'a' && byte <= 'z' ? static_cast<char>(byte - 'a' + 'A') : byte;
-}
-
 }  // namespace
 
 bool parseNumber(std::string_view text, unsigned& number) { return parseDigits(text, number); }
@@ -27,8 +25,7 @@ bool parseNumber(std::string_view text, unsigned& number) { return parseDigits(t
 std::optional<std::uint64_t> parseSize(std::string_view text) {
   constexpr std::string_view kUnits = "KMGT";
   const std::size_t digits = std::min(text.find_first_not_of("0123456789"), text.size());
-  std::string unit(text.substr(digits));
-  std::transform(unit.begin(), unit.end(), unit.begin(), upper);
+  const std::string unit = asciiUpper(std::string(text.substr(digits)));
   unsigned shift = 0;
   if (!unit.empty()) {
     const std::size_t place = kUnits.find(unit.front());

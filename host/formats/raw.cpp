@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include "formats/formatters.h"
-#include "records/record_escapes.h"
+#include "records/error_answer.h"
 
 namespace host {
 std::string writeRawFile(const FileReport& report, const FormatSettings& /*settings*/,
@@ -14,7 +14,7 @@ std::string writeRawFile(const FileReport& report, const FormatSettings& /*setti
   if (!isLost || !report.answer.empty()) {
     out += report.answer;
   } else {
-    out.append("[{\"error\": \"").append(escaped(report.message)).append("\"}]");
+    out += errorAnswer(report.message);
   }
   return {};
 }

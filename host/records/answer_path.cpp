@@ -2,6 +2,7 @@
 
 #include <cstddef>
 
+#include "records/error_answer.h"
 #include "records/record_escapes.h"
 
 namespace host {
@@ -9,8 +10,6 @@ namespace {
 
 constexpr std::string_view kMemberStart = "\n    \"filePath\": \"";
 constexpr std::string_view kMemberEnd = "\",\n";
-constexpr std::string_view kErrorStart = "[{\"error\": \"";
-constexpr std::string_view kErrorEnd = "\"}]";
 
 std::string between(std::string_view start, std::string_view path, std::string_view end) {
   return std::string(start).append(escaped(path)).append(end);
@@ -19,11 +18,11 @@ std::string between(std::string_view start, std::string_view path, std::string_v
 }  // namespace
 
 std::string withPath(std::string_view answer, std::string_view from, std::string_view to) {
-  if (answer.starts_with(kErrorStart)) {
-    const std::string sought = between(": ", from, kErrorEnd);
+  if (answer.starts_with(kErrorAnswerStart)) {
+    const std::string sought = between(": ", from, kErrorAnswerEnd);
     if (!answer.ends_with(sought)) return std::string(answer);
     answer.remove_suffix(sought.size());
-    return std::string(answer).append(between(": ", to, kErrorEnd));
+    return std::string(answer).append(between(": ", to, kErrorAnswerEnd));
   }
   const std::string sought = between(kMemberStart, from, kMemberEnd);
   const std::string replacement = between(kMemberStart, to, kMemberEnd);

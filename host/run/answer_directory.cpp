@@ -3,12 +3,12 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <utility>
 
 #include "run/answer_name.h"
 #include "run/temporary_file.h"
+#include "system/ascii.h"
 #include "system/failure.h"
 #include "system/io.h"
 
@@ -35,14 +35,7 @@ int writeWhole(int directory, const std::string& name, std::string_view text) {
 }
 
 // Answer names are ASCII.
-char toUpper(char byte) {
-  return byte >= 'a' && byte <= 'z' ? static_cast<char>(byte - 'a' + 'A') : byte;
-}
-
-std::string folded(std::string name) {
-  std::transform(name.begin(), name.end(), name.begin(), toUpper);
-  return name;
-}
+std::string folded(std::string name) { return asciiUpper(std::move(name)); }
 
 }  // namespace
 

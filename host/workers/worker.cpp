@@ -17,6 +17,7 @@
 #include <utility>
 
 #include "records/answer_path.h"
+#include "records/error_answer.h"
 #include "records/record_escapes.h"
 #include "system/display_text.h"
 #include "system/failure.h"
@@ -35,30 +36,33 @@ constexpr std::uint64_t kMaxMemoryKept = std::uint64_t{256} << 20U;
 
 constexpr std::size_t kRequestsAtOnce = 64;
 constexpr std::string_view kRecordsOpening = "[\n";
-constexpr std::string_view kErrorOpening = R"([{"error": ")";
-constexpr std::string_view kErrorClosing = R"("}])";
 constexpr const char* kEmptyMessage = "File is empty: ";
 constexpr const char* kUnopenedMessage = "Could not open file: ";
 // The module may run out of memory before the program does.
-constexpr std::array<std::string_view, 2> kMemoryAnswers = {
-    R"([{"error": "Parser exception: std::bad_alloc"}])",
-    R"([{"error": "Parser exception: Memory allocation failed for ObjectBranch"}])"};
+constexpr std::array<std::string_view, 2> kMemoryErrors = {
+    "Parser exception: std::bad_alloc",
+    "Parser exception: Memory allocation failed for ObjectBranch"};
 
 constexpr std::chrono::microseconds kNoTimeLimit{0};
 
+bool isMemoryError(std::string_view answer) {
+  return std::ranges::any_of(
+      kMemoryErrors, [answer](std::string_view error) { return answer == errorAnswer(error); });
+}
+
 // The text of an error answer, with the file's name unless it ends with that.
 std::string errorMessage(const std::string& file, std::string_view answer) {
-  if (!answer.starts_with(kErrorOpening) || !answer.ends_with(kErrorClosing)) {
+  if (!answer.starts_with(kErrorAnswerStart) || !answer.ends_with(kErrorAnswerEnd)) {
     return file + ": the answer is neither records nor an error";
   }
-  answer.remove_prefix(kErrorOpening.size());
-  answer.remove_suffix(kErrorClosing.size());
+  answer.remove_prefix(kErrorAnswerStart.size());
+  answer.remove_suffix(kErrorAnswerEnd.size());
   std::string message = unescaped(answer);
   return message.ends_with(file) ? message : file + ": " + message;
 }
 
 std::string errorAnswer(const std::string& message) {
-  return std::string(kErrorOpening).append(escaped(message)).append(kErrorClosing);
+  return std::string(kErrorAnswerStart).append(escaped(message)).append(kErrorAnswerEnd);
 }
 
 // The error number of opening the file; 0 if it can be opened by now.
@@ -245,9 +249,7 @@ class Worker {
     frame.hasAnswer = true;
     const std::uint64_t limit = task_.limits.answerBytes;
     if (limit != 0 && report.answer.size() > limit) ::_exit(kWorkerTooLarge);
-    if (std::ranges::find(kMemoryAnswers, report.answer) != kMemoryAnswers.end()) {
-      ::_exit(kWorkerOutOfMemory);
-    }
+    if (isMemoryError(report.answer)) ::_exit(kWorkerOutOfMemory);
     if (!input.copy.empty()) {
       renamedAnswer_ = withPath(report.answer, input.copy, input.path);
       report.answer = renamedAnswer_;
