@@ -11,10 +11,10 @@ namespace {
 void writeNothing(const FormatSettings& /*settings*/, std::string& /*out*/) {}
 
 constexpr std::array kFormats = {
-    Format{"raw", writeNothing, writeRawFile, writeNothing, "", true, false},
-    Format{"json", beginJson, writeJsonFile, endJson, ",\n", false, true},
-    Format{"ndjson", beginNdjson, writeNdjsonFile, writeNothing, "", false, true},
-    Format{"tree", writeNothing, writeTreeFile, writeNothing, "\n", false, false},
+    Format{"raw", writeNothing, writeRawFile, writeNothing, "", true, false, false},
+    Format{"json", beginJson, writeJsonFile, endJson, ",\n", false, true, true},
+    Format{"ndjson", beginNdjson, writeNdjsonFile, writeNothing, "", false, true, true},
+    Format{"tree", writeNothing, writeTreeFile, writeNothing, "\n", false, false, false},
 };
 
 }  // namespace

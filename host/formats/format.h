@@ -33,6 +33,7 @@ struct Format {
   std::string_view separator;
   bool isAnswer;  // what file writes for an answer is that answer, whatever the settings say
   bool hasTimes;  // it tells the time that a file took
+  bool tellsOmissions;
 };
 
 // The format that is called that, or null.

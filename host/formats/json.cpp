@@ -1,11 +1,14 @@
 // Strict JSON: one document, or one object a line.
 
+#include <cstdint>
 #include <string_view>
+#include <utility>
 
 #include "formats/formatters.h"
 #include "formats/json_text.h"
 #include "formats/ndjson_lines.h"
 #include "formats/record_selection.h"
+#include "outline/omissions.h"
 #include "records/record_reader.h"
 #include "records/status_words.h"
 
@@ -25,6 +28,34 @@ struct Outcome {
   std::string_view message;
 };
 
+void appendOmission(std::string& out, const outline::Omission& omission) {
+  out.append("{\"reason\":\"").append(outline::reasonWord(omission.reason)).append("\"");
+  const auto append = [&out](std::string_view key, std::int64_t number) {
+    out.append(",\"").append(key).append("\":");
+    appendNumber(out, number);
+  };
+  append("line", omission.line);
+  append("lines", omission.lines);
+  append("lineCount", omission.lineCount);
+  append("bytes", omission.bytes);
+  append("byteCount", omission.byteCount);
+  out += "}";
+}
+
+void appendOmitted(std::string& out, const FileReport& report) {
+  out += ",\"omitted\":";
+  if (report.omitted == nullptr || report.omitted->empty()) {
+    out += "null";
+    return;
+  }
+  char before = '[';
+  for (const outline::Omission& omission : *report.omitted) {
+    out += std::exchange(before, ',');
+    appendOmission(out, omission);
+  }
+  out += "]";
+}
+
 void appendFileMembers(std::string& out, const FileReport& report, const Outcome& outcome) {
   appendJsonMember(out, "path", report.path);
   out.append(",\"status\":\"").append(outcome.status).append("\",");
@@ -41,6 +72,7 @@ void appendFileMembers(std::string& out, const FileReport& report, const Outcome
   } else {
     out += "null";
   }
+  appendOmitted(out, report);
 }
 
 // The filePath member of an answer's records, which is the same in all of them.

@@ -9,21 +9,26 @@ namespace {
 constexpr std::string_view kMarker = "TTTTT";
 
 // Drops page comments but for their line feeds, and makes line feeds of carriage returns.
-std::string dropPageComments(std::string_view source, std::vector<std::int32_t>& lines) {
+// openComment becomes the line of a comment that has no end, or 0.
+std::string dropPageComments(std::string_view source, std::vector<std::int32_t>& lines,
+                             std::int32_t& openComment) {
   std::string text;
   text.reserve(source.size());
   lines.push_back(1);
   std::int32_t line = 1;
   bool inComment = false;
+  openComment = 0;
   for (std::size_t at = 0; at < source.size();) {
     const std::string_view rest = source.substr(at, 4);
     if (!inComment && rest == "<!--") {
       inComment = true;
+      openComment = line;
       at += 4;
       continue;
     }
     if (inComment && rest.starts_with("-->")) {
       inComment = false;
+      openComment = 0;
       at += 3;
       continue;
     }
@@ -51,17 +56,20 @@ class CommentDropper {
     std::vector<std::int32_t> kept;
     kept.push_back(lines_.front());
     kept_.reserve(text_.size());
-    std::size_t line = 0;
     for (std::size_t at = 0; at < text_.size(); ++at) {
       const std::size_t before = kept_.size();
       take(at);
       if (text_[at] != '\n') continue;
-      ++line;
-      if (kept_.size() > before) kept.push_back(lines_[line]);
+      ++line_;
+      if (kept_.size() > before) kept.push_back(lines_[line_]);
     }
+    if (inBlock_) openComment_ = blockLine_;
     lines_ = std::move(kept);
     return std::move(kept_);
   }
+
+  // Source line of a comment that has no end; 0 if there is none.
+  std::int32_t openComment() const { return openComment_; }
 
  private:
   void take(std::size_t at) {
@@ -139,6 +147,7 @@ class CommentDropper {
     }
     inLine_ = next == '/';
     inBlock_ = next == '*';
+    if (inBlock_) blockLine_ = lines_[line_];
     return inLine_ || inBlock_;
   }
 
@@ -152,6 +161,9 @@ class CommentDropper {
   const std::string& text_;
   std::vector<std::int32_t>& lines_;
   std::string kept_;
+  std::size_t line_ = 0;
+  std::int32_t blockLine_ = 0;  // of the last comment that began
+  std::int32_t openComment_ = 0;
   bool inLine_ = false;
   bool inBlock_ = false;
   bool inSingle_ = false;
@@ -191,17 +203,22 @@ void dropDirectives(std::string& text) {
 
 CleanedText cleanText(std::string_view source) {
   std::vector<std::int32_t> lines;
-  const std::string withComments = dropPageComments(source, lines);
-  std::string text = CommentDropper(withComments, lines).run();
+  std::int32_t openPageComment = 0;
+  const std::string withComments = dropPageComments(source, lines, openPageComment);
+  CommentDropper dropper(withComments, lines);
+  std::string text = dropper.run();
   dropDirectives(text);
-  return {std::move(text), LineMap(std::move(lines))};
+  const std::int32_t openComment =
+      dropper.openComment() != 0 ? dropper.openComment() : openPageComment;
+  return {std::move(text), LineMap(std::move(lines)), openComment};
 }
 
 LineMap cleanedLines(std::string_view source) {
   const bool hasMarker = source.find(kMarker) != std::string_view::npos;
   if (!hasMarker && source.find('\r') == std::string_view::npos) return {};
   std::vector<std::int32_t> lines;
-  const std::string withComments = dropPageComments(source, lines);
+  std::int32_t openComment = 0;
+  const std::string withComments = dropPageComments(source, lines, openComment);
   if (hasMarker) CommentDropper(withComments, lines).run();
   return LineMap(std::move(lines));
 }

@@ -47,6 +47,7 @@ class Batch {
     for (std::uint64_t index = 0; index < inputs.size(); ++index) take(index, inputs[index]);
     if (!pool_.finish(idleUntilTheEnd())) throw diagnostics_.failure();
     if (output_ != nullptr) finishOutput();
+    reportUnread();
     if (options_.strict && task_.inputs->reportCount == 0) {
       printMessage("nothing to read");  // which is nothing about a single file
       warned_ = true;
@@ -117,11 +118,30 @@ class Batch {
       warn(input.path + ": succeeded on the second attempt; first failure: " + result.firstFailure);
     }
     if (result.hasChanged) warn(input.path + ": changed while it was read");
+    if (!result.omitted.empty()) reportOmitted(input, result);
     if (!result.warnings.empty()) tell(input.path + ": " + result.warnings);
     if (result.status == FileStatus::kEmpty) ++empty_;
     if (!isGood(result.status)) tell(result.message);
     if (!isGood(result.status) || !isDelivered) ++failed_;
     progress_.show(done_, failed_, input.path);
+  }
+
+  // Prose is cut short by a single apostrophe, and a tree of scripts holds much of it: a walk
+  // counts the files of that kind.
+  void reportOmitted(const Input& input, const FileResult& result) {
+    if (input.isFound && result.isOtherText) {
+      ++unread_;
+    } else {
+      warn(input.path + ": " + result.omitted);
+    }
+  }
+
+  void reportUnread() {
+    if (unread_ == 0) return;
+    warn(std::to_string(unread_) +
+         (unread_ == 1 ? " file that is no script or page was not read to its end"
+                       : " files that are no scripts or pages were not read to their ends") +
+         "; name a FILE to see where");
   }
 
   // Returns false, with a message, if there is no place for the answer.
@@ -204,6 +224,7 @@ class Batch {
   std::uint64_t done_ = 0;
   std::uint64_t failed_ = 0;
   std::uint64_t empty_ = 0;
+  std::uint64_t unread_ = 0;  // files of other text
   const std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
   bool warned_ = false;
   bool isBegun_ = false;

@@ -71,6 +71,8 @@ WorkerTask taskFor(const RunOptions& options, const Diagnostics& diagnostics) {
   task.wholeDocuments = options.outDirectory.has_value();
   task.times = options.times;
   task.quiet = options.quiet;
+  task.findsOmissions = !options.quiet || options.strict || options.format->tellsOmissions;
+  task.keepsSources = task.findsOmissions;
   return task;
 }
 
