@@ -1,12 +1,47 @@
 #include "outline/cleaned_text.h"
 
 #include <algorithm>
+#include <array>
+#include <cstring>
 #include <utility>
+
+#include "outline/limits.h"
 
 namespace host::outline {
 namespace {
 
-constexpr std::string_view kMarker = "TTTTT";
+// Bytes of which a run may be taken at once, by what the text is.
+enum Plain : std::uint8_t {
+  kPlainInPage = 1,
+  kPlainInPageComment = 2,
+  kPlainInCode = 4,
+  kPlainInString = 8,
+  kPlainInLineComment = 16,
+  kPlainInBlockComment = 32,
+};
+
+constexpr std::array<std::uint8_t, 256> kPlain = [] {
+  std::array<std::uint8_t, 256> table{};
+  const auto fill = [&table](Plain plain, std::size_t first, std::size_t last,
+                             std::string_view others) {
+    for (std::size_t byte = first; byte <= last; ++byte) {
+      if (others.find(static_cast<char>(byte)) == std::string_view::npos) table[byte] |= plain;
+    }
+  };
+  fill(kPlainInPage, 0, 255, "<\r\n\t");
+  fill(kPlainInPageComment, 0, 255, "-\r\n");
+  fill(kPlainInCode, ' ', '~', "T;[/'\"}");
+  fill(kPlainInString, ' ', '~', "'\"\\;[");
+  fill(kPlainInLineComment, ' ', '~', ";");
+  fill(kPlainInBlockComment, ' ', '~', ";*/");
+  return table;
+}();
+
+// Where the run ends that begins there.
+std::size_t plainEnd(std::string_view text, std::size_t at, Plain plain) {
+  while (at < text.size() && (kPlain[static_cast<unsigned char>(text[at])] & plain) != 0) ++at;
+  return at;
+}
 
 // Drops page comments but for their line feeds, and makes line feeds of carriage returns.
 // openComment becomes the line of a comment that has no end, or 0.
@@ -19,6 +54,10 @@ std::string dropPageComments(std::string_view source, std::vector<std::int32_t>&
   bool inComment = false;
   openComment = 0;
   for (std::size_t at = 0; at < source.size();) {
+    const std::size_t end = plainEnd(source, at, inComment ? kPlainInPageComment : kPlainInPage);
+    if (!inComment) text.append(source.substr(at, end - at));
+    at = end;
+    if (at == source.size()) break;
     const std::string_view rest = source.substr(at, 4);
     if (!inComment && rest == "<!--") {
       inComment = true;
@@ -57,6 +96,8 @@ class CommentDropper {
     kept.push_back(lines_.front());
     kept_.reserve(text_.size());
     for (std::size_t at = 0; at < text_.size(); ++at) {
+      at = takePlain(at);
+      if (at == text_.size()) break;
       const std::size_t before = kept_.size();
       take(at);
       if (text_[at] != '\n') continue;
@@ -72,6 +113,21 @@ class CommentDropper {
   std::int32_t openComment() const { return openComment_; }
 
  private:
+  // Takes as many bytes as there are of which none changes what the text is. Gives where they end.
+  std::size_t takePlain(std::size_t at) {
+    if (copiesNext_ || inMarker_) return at;
+    if (inLine_) return plainEnd(text_, at, kPlainInLineComment);
+    if (inBlock_) return plainEnd(text_, at, kPlainInBlockComment);
+    const bool inString = inSingle_ || inDouble_;
+    const std::size_t end = plainEnd(text_, at, inString ? kPlainInString : kPlainInCode);
+    const std::string_view run = std::string_view(text_).substr(at, end - at);
+    kept_ += run;
+    if (!inString && startsStatement_ && run.find_first_not_of(' ') != std::string_view::npos) {
+      startsStatement_ = false;
+    }
+    return end;
+  }
+
   void take(std::size_t at) {
     const char byte = text_[at];
     const char next = at + 1 < text_.size() ? text_[at + 1] : byte;
@@ -189,9 +245,10 @@ void dropDirectives(std::string& text) {
       keepsBlanks = false;
     } else {
       const bool isBlank = first == end && end > at;
-      std::size_t from = keepsBlanks ? at : first;
+      const std::size_t from = keepsBlanks ? at : first;
       keepsBlanks = isBlank && !keepsBlanks;
-      while (from < end) text[kept++] = text[from++];
+      std::memmove(text.data() + kept, text.data() + from, end - from);
+      kept += end - from;
     }
     if (end < text.size()) text[kept++] = '\n';
     at = end + 1;

@@ -3,21 +3,19 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <optional>
 
 #include "outline/cleaned_text.h"
+#include "outline/limits.h"
 #include "outline/page_tags.h"
+#include "outline/quick_check.h"
 #include "outline/record_tags.h"
-#include "outline/script_items.h"
 #include "outline/source_lines.h"
 #include "outline/statement_ends.h"
 #include "records/record_reader.h"
 
 namespace host::outline {
 namespace {
-
-constexpr std::int64_t kMaxBraces = 100;
-constexpr std::size_t kMaxPageBytes = 52'428'800;
-constexpr std::size_t kMaxOtherBytes = 10'485'760;
 
 // More braces of a kind than the module takes, counted as it counts them: outside strings that end
 // with the line, and not behind a backslash.
@@ -43,8 +41,7 @@ bool hasManyBraces(std::string_view line) {
 
 class Finder {
  public:
-  explicit Finder(std::string_view source)
-      : source_(source), lines_(source), cleaned_(cleanText(source)) {}
+  explicit Finder(std::string_view source) : source_(source), cleaned_(cleanText(source)) {}
 
   // The text of a script, whose first line has that index in the cleaned text.
   void readScript(std::string_view script, std::size_t firstLine) {
@@ -89,24 +86,21 @@ class Finder {
 
   void readComments() {
     if (cleaned_.openComment == 0) return;
-    leaveOutLines(OmissionReason::kOpenComment, cleaned_.openComment, lines_.count());
+    leaveOutLines(OmissionReason::kOpenComment, cleaned_.openComment, lines().count());
   }
 
-  // A conditional branch that the module does not read may hold the quote that seems to be open:
-  // then there are records behind it.
-  void readRecords(std::string_view answer) {
+  void readStatements(std::string_view answer) {
+    const StatementEnds ends = findStatementEnds(text());
+    const bool isCommentOpen = cleaned_.openComment != 0;
+    if (!isCommentOpen && ends.unendedLine == std::string_view::npos) return;
     std::int32_t line = 0;
     RecordReader records(answer);
-    while (const Record* const record = records.next()) {
-      line = std::max(line, record->lineNumber);
-    }
+    while (const Record* const record = records.next()) line = std::max(line, record->lineNumber);
     if (!records.fault().empty()) return;  // another module's
-    const StatementEnds ends = findStatementEnds(text());
-    if (cleaned_.openComment == 0) {
-      if (ends.unendedLine == std::string_view::npos) return;
-      const bool isReadOn = line > 0 && static_cast<std::size_t>(line) - 1 > ends.unendedLine;
-      if (isReadOn) return;
-    }
+    // A conditional branch that the module does not read may hold the quote that seems to be open:
+    // then there are records behind it.
+    const bool isReadOn = line > 0 && static_cast<std::size_t>(line) - 1 > ends.unendedLine;
+    if (isReadOn && !isCommentOpen) return;
     stopEarly(ends.lastLine == std::string_view::npos ? 0 : sourceLine(ends.lastLine));
   }
 
@@ -114,8 +108,13 @@ class Finder {
   std::vector<Omission> take() { return std::move(omissions_); }
 
  private:
-  std::int32_t sourceLine(std::size_t index) const {
-    return std::min(cleaned_.lines.sourceLine(index), lines_.count());
+  const SourceLines& lines() {
+    if (!lines_) lines_.emplace(source_);
+    return *lines_;
+  }
+
+  std::int32_t sourceLine(std::size_t index) {
+    return std::min(cleaned_.lines.sourceLine(index), lines().count());
   }
 
   Omission& entry(OmissionReason reason) {
@@ -124,7 +123,7 @@ class Finder {
     }
     Omission omission;
     omission.reason = reason;
-    omission.lineCount = lines_.count() - (lines_.text(lines_.count()).empty() ? 1 : 0);
+    omission.lineCount = lines().count() - (lines().text(lines().count()).empty() ? 1 : 0);
     omission.byteCount = static_cast<std::int64_t>(source_.size());
     return omissions_.emplace_back(omission);
   }
@@ -133,7 +132,7 @@ class Finder {
     Omission& omission = entry(reason);
     const std::int32_t line = sourceLine(index);
     if (omission.lines++ == 0) omission.line = line;
-    omission.bytes += static_cast<std::int64_t>(lines_.text(line).size());
+    omission.bytes += static_cast<std::int64_t>(lines().text(line).size());
   }
 
   // All source lines from one line of the cleaned text to another.
@@ -145,19 +144,19 @@ class Finder {
     Omission& omission = entry(reason);
     if (omission.lines == 0) omission.line = from;
     for (std::int32_t line = from; line <= to; ++line) {
-      if (line == lines_.count() && lines_.text(line).empty()) break;
+      if (line == lines().count() && lines().text(line).empty()) break;
       ++omission.lines;
-      omission.bytes += static_cast<std::int64_t>(lines_.text(line).size());
+      omission.bytes += static_cast<std::int64_t>(lines().text(line).size());
     }
   }
 
   void stopEarly(std::int32_t lastLine) {
-    leaveOutLines(OmissionReason::kStoppedEarly, lastLine + 1, lines_.count());
+    leaveOutLines(OmissionReason::kStoppedEarly, lastLine + 1, lines().count());
     entry(OmissionReason::kStoppedEarly).line = lastLine;
   }
 
   std::string_view source_;
-  SourceLines lines_;
+  std::optional<SourceLines> lines_;  // only where something is left out
   CleanedText cleaned_;
   std::vector<Omission> omissions_;
 };
@@ -184,6 +183,7 @@ std::string_view reasonWord(OmissionReason reason) {
 std::vector<Omission> findOmissions(std::string_view source, std::string_view answer) {
   std::string path;
   const Route route = routeOf(answer, path);
+  if (route != Route::kOther && isSurelyReadWhole(source)) return {};
   Finder finder(source);
   switch (route) {
     case Route::kScript:
@@ -196,8 +196,7 @@ std::vector<Omission> findOmissions(std::string_view source, std::string_view an
       finder.readPage();
       break;
     case Route::kOther:
-      if (finder.readToLimit(kMaxOtherBytes) && answer.starts_with("[\n"))
-        finder.readRecords(answer);
+      if (finder.readToLimit(kMaxOtherBytes)) finder.readStatements(answer);
       break;
   }
   return finder.take();

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "outline/cleaned_text.h"
+#include "outline/limits.h"
 #include "outline/page_items.h"
 #include "outline/placed_items.h"
 #include "outline/record_tags.h"

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "outline/cleaned_text.h"
+#include "outline/limits.h"
 #include "outline/page_elements.h"
 #include "outline/page_tags.h"
 #include "outline/record_tags.h"

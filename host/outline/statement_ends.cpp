@@ -1,11 +1,18 @@
 #include "outline/statement_ends.h"
 
 #include <algorithm>
+#include <array>
 
 namespace host::outline {
 namespace {
 
-constexpr std::string_view kStops = "'\"`\n;{}()";
+constexpr std::array<bool, 256> kStops = [] {
+  std::array<bool, 256> table{};
+  for (const char byte : {'\'', '"', '`', '\n', ';', '{', '}', '(', ')'}) {
+    table[static_cast<unsigned char>(byte)] = true;
+  }
+  return table;
+}();
 
 bool isLetterOrDigit(char byte) {
   return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') ||
@@ -18,7 +25,8 @@ class Scanner {
 
   StatementEnds run() {
     while (position_ < text_.size() && !isEnded_) {
-      const std::size_t stop = std::min(text_.find_first_of(kStops, position_), text_.size());
+      std::size_t stop = position_;
+      while (stop < text_.size() && !kStops[static_cast<unsigned char>(text_[stop])]) ++stop;
       take(text_.substr(position_, stop - position_));
       position_ = stop;
       if (stop < text_.size()) takeStop(text_[stop]);
