@@ -27,7 +27,7 @@ ScriptDialect dialectOf(std::string_view path) {
 }
 
 std::vector<PlacedItem> outlineScript(std::string_view source, std::string_view answer,
-                                      std::string_view path) {
+                                      std::string_view path, std::string& fault) {
   const LineMap map = cleanedLines(source);
   SourceLines lines(source);
   const std::int32_t maxLines =
@@ -40,6 +40,7 @@ std::vector<PlacedItem> outlineScript(std::string_view source, std::string_view 
     const std::int32_t line = map.sourceLine(static_cast<std::size_t>(record->lineNumber) - 1);
     items.push_back(script.itemOf(*record, std::min(line, lines.count()), lines));
   }
+  fault = records.fault();
   script.addOthers(lines, items);
   return items;
 }
@@ -61,7 +62,8 @@ Kind kindOf(std::string_view label) {
   return row == kLabelKinds.end() ? Kind::kStatement : row->kind;
 }
 
-std::vector<PlacedItem> outlineOther(std::string_view source, std::string_view answer) {
+std::vector<PlacedItem> outlineOther(std::string_view source, std::string_view answer,
+                                     std::string& fault) {
   const LineMap map = cleanedLines(source);
   const std::int32_t lineCount = SourceLines(source).count();
   struct Span {
@@ -87,6 +89,7 @@ std::vector<PlacedItem> outlineOther(std::string_view source, std::string_view a
     }
     all.push_back(std::move(placed));
   }
+  fault = records.fault();
   // Children stand behind their parents.
   for (std::size_t i = spans.size(); i-- > 0;) {
     const Span& child = spans[i];
@@ -110,19 +113,22 @@ std::vector<PlacedItem> outlineOther(std::string_view source, std::string_view a
 
 }  // namespace
 
-std::vector<Item> makeOutline(std::string_view source, std::string_view answer) {
+std::vector<Item> makeOutline(std::string_view source, std::string_view answer,
+                              std::string* fault) {
   // Positions in scripts are of 32 bits.
   source = source.substr(0, std::numeric_limits<std::uint32_t>::max());
   std::string path;
+  std::string ownFault;
+  std::string& found = fault == nullptr ? ownFault : *fault;
   switch (routeOf(answer, path)) {
     case Route::kScript:
-      return nest(outlineScript(source, answer, path));
+      return nest(outlineScript(source, answer, path, found));
     case Route::kPage:
-      return nest(outlinePage(source, answer));
+      return nest(outlinePage(source, answer, found));
     case Route::kOther:
       break;
   }
-  return nest(outlineOther(source, answer));
+  return nest(outlineOther(source, answer, found));
 }
 
 }  // namespace host::outline

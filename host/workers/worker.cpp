@@ -198,7 +198,7 @@ class Worker {
       frame.isOtherText = outline::isOtherText(omitted);
     }
     std::string fault;
-    const bool isAnswer = task_.format->isAnswer && frame.hasAnswer;
+    const bool isAnswer = task_.format->isAnswer() && frame.hasAnswer;
     if (!isAnswer) fault = appendText(report, task_, frame.text);
     std::string_view text = isAnswer ? report.answer : frame.text;
     limitTime(kNoTimeLimit);
