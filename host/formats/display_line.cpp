@@ -66,7 +66,7 @@ std::size_t DisplayLine::show(std::string_view text, std::string_view color) {
   const bool colored = settings_.color && !color.empty() && !text.empty();
   if (colored) out_ += color;
   const std::size_t columns = appendDisplay(out_, text, settings_.escapeControlBytes, columnsLeft_);
-  if (colored) out_ += kPlain;
+  if (colored) out_ += kReset;
   columnsLeft_ -= columns;
   return columns;
 }

@@ -9,7 +9,7 @@
 
 namespace host {
 
-inline constexpr std::string_view kPlain = "\x1b[0m";
+inline constexpr std::string_view kReset = "\x1b[0m";
 inline constexpr std::string_view kBold = "\x1b[1m";
 inline constexpr std::string_view kDim = "\x1b[2m";
 inline constexpr std::string_view kRed = "\x1b[31m";

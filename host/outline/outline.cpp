@@ -34,7 +34,8 @@ std::vector<PlacedItem> outlineScript(std::string_view source, std::string_view 
       std::min(map.sourceLine(static_cast<std::size_t>(kMaxScriptLines) - 1), kMaxScriptLines);
   ScriptItems script(source, 1, maxLines, dialectOf(path));
   std::vector<PlacedItem> items;
-  RecordReader records(answer);
+  items.reserve(static_cast<std::size_t>(lines.count()));
+  RecordReader records(answer, RecordTexts::kEscaped);
   while (const Record* const record = records.next()) {
     if (record->lineNumber <= 0 || wrapsFile(*record)) continue;
     const std::int32_t line = map.sourceLine(static_cast<std::size_t>(record->lineNumber) - 1);

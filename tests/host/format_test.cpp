@@ -37,7 +37,7 @@ std::string write(std::string_view format, const FileReport& report,
 }
 
 TEST(Format, FormsAreFoundByTheirNames) {
-  for (const char* name : {"raw", "json", "ndjson", "tree"}) {
+  for (const char* name : {"raw", "json", "ndjson", "tree", "outline", "ctags", "etags"}) {
     ASSERT_NE(host::findFormat(name), nullptr) << name;
     EXPECT_EQ(host::findFormat(name)->name, name);
   }
@@ -46,8 +46,9 @@ TEST(Format, FormsAreFoundByTheirNames) {
 }
 
 TEST(Format, NamesAreThoseOfAProperty) {
-  EXPECT_EQ(host::formatNames(), (std::vector<std::string_view>{"raw", "json", "ndjson", "tree"}));
-  EXPECT_EQ(host::formatNames([](const host::Format& format) { return format.hasTimes; }),
+  EXPECT_EQ(host::formatNames(), (std::vector<std::string_view>{"raw", "json", "ndjson", "tree",
+                                                               "outline", "ctags", "etags"}));
+  EXPECT_EQ(host::formatNames([](const host::Format& format) { return format.isJson; }),
             (std::vector<std::string_view>{"json", "ndjson"}));
 }
 
