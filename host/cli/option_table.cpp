@@ -183,12 +183,10 @@ constexpr std::array kOptions = {
            .argument = "SIZE",
            .values = kSizes,
            .help = "Skip files larger than SIZE (default: 256M; 0 = no limit)"},
-    Option{
-        .name = "--strict",
-        .group = "Messages",
-        .help =
-            "Treat warnings as errors: text that is left out, irregular or changed files, second "
-            "attempts, an empty run"},
+    Option{.name = "--strict",
+           .group = "Messages",
+           .help = "Treat warnings as errors: text left out, irregular or changed files, retries, "
+                   "an empty run"},
     Option{.name = "--quiet",
            .shortName = "-q",
            .help = "Suppress messages about individual files, including the plug-in's own",

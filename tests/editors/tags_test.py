@@ -25,7 +25,8 @@ def script(number, indent=""):
     return "\n".join(indent + line for line in [
         "import x from 'x';", "", "/* a comment", "   of three", "   lines */",
         "function fn%d(a, b) {" % n, "  if (a) {", "    return fnOther(b);", "  }", "}", "",
-        "class Cls%d {" % n, "  constructor() {", "    this.a = '\u00e9\u00e9 class Not%d {';" % n, "  }",
+        "class Cls%d {" % n, "  constructor() {",
+        "    this.a = '\u00e9\u00e9 class Not%d {';" % n, "  }",
         "  method%d(a) {" % n, "    return a;", "  }", "}", "const arrow%d = (a) => {" % n,
         "  return `", "${a}", "`;", "};", "exports.exported%d = function () {" % n, "};",
         "const object%d = {" % n, "  member%d() {" % n, "    return 1;", "  }", "};", ""])

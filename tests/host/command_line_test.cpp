@@ -236,10 +236,11 @@ TEST_F(Arguments, ThatMeanNothingToTheFormatAreRefused) {
     std::string message;
   };
   const std::vector<Row> rows = {
-      {{"--depth=1"}, "--depth: not with --format raw; use --format json, ndjson or tree"},
-      {{"--only=line"}, "--only: not with --format raw; use --format json, ndjson or tree"},
+      {{"--depth=1"}, "--depth: not with --format raw; use --format json, ndjson, tree or outline"},
+      {{"--only=line"},
+       "--only: not with --format raw; use --format json, ndjson, tree, outline, ctags or etags"},
       {{"--only=line", "--format=raw"},
-       "--only: not with --format raw; use --format json, ndjson or tree"},
+       "--only: not with --format raw; use --format json, ndjson, tree, outline, ctags or etags"},
       {{"--times"}, "--times: not with --format raw; use --format json or ndjson"},
       {{"--times", "--format=tree"},
        "--times: not with --format tree; use --format json or ndjson"},

@@ -47,7 +47,7 @@ TEST(Format, FormsAreFoundByTheirNames) {
 
 TEST(Format, NamesAreThoseOfAProperty) {
   EXPECT_EQ(host::formatNames(), (std::vector<std::string_view>{"raw", "json", "ndjson", "tree",
-                                                               "outline", "ctags", "etags"}));
+                                                                "outline", "ctags", "etags"}));
   EXPECT_EQ(host::formatNames([](const host::Format& format) { return format.isJson; }),
             (std::vector<std::string_view>{"json", "ndjson"}));
 }
