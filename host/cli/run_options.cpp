@@ -92,6 +92,7 @@ std::string isNoneOf(std::string_view value, std::span<const std::string_view> w
 template <typename Take>
 void readOnly(const ArgumentParser& arguments, std::span<const std::string_view> words, Take take) {
   for (const std::string& value : arguments.valuesOf("--only")) {
+    if (value.empty()) throw Failure(isNoneOf(value, words));
     for (const std::string_view word : partsOf(value, ',')) {
       if (!take(word)) throw Failure(isNoneOf(word, words));
     }
@@ -186,6 +187,11 @@ RunOptions parseRunOptions(int argc, const char* const* argv) {
   withValue(arguments, "--format",
             [&](const auto& text) { return takeFormat(text, result.format); });
   withValue(arguments, "--depth", [&](const auto& text) { return takeDepth(text, result.depth); });
+  if (result.format->selection == Selection::kKinds) {
+    result.onlyKinds = readKinds(arguments);
+  } else {
+    result.onlyLabels = readLabels(arguments);
+  }
   const auto isJson = [](const Format& format) { return format.isJson; };
   checkFormat(arguments, "--depth", *result.format,
               [](const Format& format) { return format.hasLevels; });
@@ -193,8 +199,6 @@ RunOptions parseRunOptions(int argc, const char* const* argv) {
               [](const Format& format) { return format.selection != Selection::kNothing; });
   checkFormat(arguments, "--times", *result.format, isJson);
   checkFormat(arguments, "--ranges", *result.format, isJson);
-  if (result.format->selection == Selection::kLabels) result.onlyLabels = readLabels(arguments);
-  if (result.format->selection == Selection::kKinds) result.onlyKinds = readKinds(arguments);
   result.ranges = arguments.isGiven("--ranges");
   result.times = arguments.isGiven("--times");
   result.jobs = std::min(availableCores(), kMaxJobs);
