@@ -26,10 +26,13 @@
 #include "detect/flow.h"
 #include "detect/module_patterns.h"
 #include "detect/statement.h"
+#include "formats/format.h"
 #include "html/html_structure.h"
+#include "outline/omissions.h"
 #include "outline/outline.h"
 #include "plugin/plugin_api.h"
 #include "plugin/source_file.h"
+#include "records/file_report.h"
 #include "records/record_pass.h"
 #include "refine/inline_functions.h"
 #include "refine/qualified_names.h"
@@ -222,6 +225,26 @@ void makeOutline(Sample& sample, const Text& text) {
   addTime(sample, [&] { benchmark::DoNotOptimize(host::outline::makeOutline(text.raw, answer)); });
 }
 
+void findOmissions(Sample& sample, const Text& text) {
+  const std::string answer = ParseJS(text.path.c_str(), nullptr);
+  sample.recordBytes = static_cast<double>(answer.size());
+  addTime(sample,
+          [&] { benchmark::DoNotOptimize(host::outline::findOmissions(text.raw, answer)); });
+}
+
+Step writing(const char* format, bool ranges) {
+  return [format, ranges](Sample& sample, const Text& text) {
+    const std::string answer = ParseJS(text.path.c_str(), nullptr);
+    sample.recordBytes = static_cast<double>(answer.size());
+    const host::FileReport report{.path = text.path, .answer = answer, .source = text.raw};
+    host::FormatSettings settings;
+    settings.ranges = ranges;
+    std::string out;
+    addTime(sample, [&] { host::findFormat(format)->file(report, settings, out); });
+    benchmark::DoNotOptimize(out.data());
+  };
+}
+
 // ---- which steps run on which routes
 
 struct Kernel {
@@ -270,6 +293,12 @@ std::vector<Kernel> kernels() {
       {"records", page, recording(buildPage, true)},
       {"records", other, recording(buildOther, false)},
       {"outline", all, makeOutline},
+      {"omissions", all, findOmissions},
+      {"write-ndjson", all, writing("ndjson", false)},
+      {"write-ranges", all, writing("ndjson", true)},
+      {"write-outline", all, writing("outline", false)},
+      {"write-ctags", all, writing("ctags", false)},
+      {"write-etags", all, writing("etags", false)},
   };
 }
 

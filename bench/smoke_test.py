@@ -45,8 +45,10 @@ def main():
         assert min(run["ms"], run["against_ms"], run["peak_bytes"]) > 0, run
         records = kernels["records/" + route]
         assert records["record_bytes"] > len(text) and records["ms"] > 0, records
-        outline = kernels["outline/" + route]
-        assert outline["record_bytes"] == run["record_bytes"] and outline["ms"] > 0, outline
+        for step in ("outline", "omissions", "write-ndjson", "write-ranges", "write-outline",
+                     "write-ctags", "write-etags"):
+            made = kernels[step + "/" + route]
+            assert made["record_bytes"] == run["record_bytes"] and made["ms"] > 0, made
     # The root, two wrappers, the function and its variable; a line that only closes makes no node.
     assert kernels["script-content/script"]["nodes"] == 5, kernels["script-content/script"]
     print("%d whole runs and %d kernels were measured" % (len(runs), len(kernels)))

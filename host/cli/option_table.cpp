@@ -1,8 +1,10 @@
 #include "cli/option_table.h"
 
+#include <algorithm>
 #include <array>
 
 #include "formats/format.h"
+#include "outline/item.h"
 #include "records/labels.h"
 #include "system/text_parts.h"
 
@@ -11,7 +13,14 @@ namespace {
 
 using Words = std::vector<std::string_view>;
 
-Words labelWords() { return {kLabels.begin(), kLabels.end()}; }
+// The labels of records and what else items can be.
+Words selectionWords() {
+  Words words(kLabels.begin(), kLabels.end());
+  for (const std::string_view kind : outline::kindWords()) {
+    if (std::find(words.begin(), words.end(), kind) == words.end()) words.push_back(kind);
+  }
+  return words;
+}
 
 constexpr std::string_view kSizes = "a size such as 64M or 2GiB, or 0 for no limit";
 
@@ -79,22 +88,31 @@ constexpr std::array kOptions = {
            .argument = "FORMAT",
            .words = formatNames,
            .group = "Output",
-           .help = "Choose the output format: raw, json, ndjson or tree (default: raw)",
+           .help = "Choose the output format: raw, json, ndjson, tree, outline, ctags or etags "
+                   "(default: raw)",
            .details = "raw is the plug-in's own text, json one document, ndjson one object per "
-                      "line, tree an outline to read."},
+                      "line, tree the records in the plug-in's own nesting. outline lists "
+                      "definitions as the source nests them, with the lines where they begin and "
+                      "end. ctags is a tags file for Vim and most editors, etags one for Emacs."},
     Option{.name = "--only",
            .argument = "LABEL",
-           .words = labelWords,
+           .words = selectionWords,
            .mayRepeat = true,
-           .help = "Print only records with this label (repeatable, or comma-separated)",
-           .details = "error stands for every label that begins with it. In json and ndjson a "
-                      "record keeps its numbers, so parentID and childNodeIDs may name records "
-                      "that are not printed. Not for raw."},
+           .help = "Print only records with this label, or items of this kind (repeatable, or "
+                   "comma-separated)",
+           .details = "json, ndjson and tree take labels; error stands for every label that begins "
+                      "with it. outline, ctags and etags take kinds; without --only they hold "
+                      "classes, interfaces, enums, namespaces, types, functions, methods, blocks "
+                      "of other text and, outside of functions and classes, variables; tags also "
+                      "hold fields. In json and ndjson a record keeps its numbers, so parentID and "
+                      "childNodeIDs may name records that are not printed. Not for raw."},
     Option{.name = "--depth",
            .argument = "N",
            .values = "a number",
            .help = "Print only the top N levels",
-           .details = "The record of the file itself is level 0. Not for raw."},
+           .details = "The file itself is level 0. Not for raw, ctags and etags."},
+    Option{.name = "--ranges",
+           .help = "Include the source lines, kind and name of each record (json, ndjson)"},
     Option{.name = "--times", .help = "Include each file's parse time (json, ndjson)"},
     Option{.name = "--output",
            .shortName = "-o",
@@ -117,7 +135,7 @@ constexpr std::array kOptions = {
                [] {
                  return Words{"auto", "always", "never"};
                },
-           .help = "Color the tree: auto, always or never (default: auto)",
+           .help = "Color outline and tree: auto, always or never (default: auto)",
            .details = "auto means: on a terminal, unless the environment variable NO_COLOR is "
                       "set."},
     Option{.name = "--defines",
@@ -167,9 +185,8 @@ constexpr std::array kOptions = {
            .help = "Skip files larger than SIZE (default: 256M; 0 = no limit)"},
     Option{.name = "--strict",
            .group = "Messages",
-           .help =
-               "Treat warnings as errors: irregular or changed files, second attempts, an empty "
-               "run"},
+           .help = "Treat warnings as errors: text left out, irregular or changed files, retries, "
+                   "an empty run"},
     Option{.name = "--quiet",
            .shortName = "-q",
            .help = "Suppress messages about individual files, including the plug-in's own",
@@ -202,9 +219,11 @@ constexpr std::array kStatuses = {
 
 constexpr std::array kExamples = {
     Example{"Print the records of two files:", "quorl-js a.js b.html"},
-    Example{"Print the outline of a file:", "quorl-js a.js --format tree"},
+    Example{"Print the outline of a file:", "quorl-js a.js --format outline"},
     Example{"List the classes and functions below a directory:",
-            "quorl-js -r src --format tree --only class,function"},
+            "quorl-js -r src --format outline --only class,function"},
+    Example{"Write a tags file for Vim, and one for Emacs:",
+            "quorl-js -r . --format ctags -o tags\nquorl-js -r . --format etags -o TAGS"},
     Example{"Write the records of a project to a file:",
             "quorl-js -r . --format ndjson -o records.ndjson"},
     Example{"Write one file of records per source file:",

@@ -5,12 +5,15 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string_view>
 #include <utility>
 
 #include "cli/argument_parser.h"
 #include "cli/option_table.h"
+#include "cli/suggestion.h"
 #include "cli/value_parsers.h"
+#include "outline/item.h"
 #include "records/labels.h"
 #include "system/failure.h"
 #include "system/memory_budget.h"
@@ -80,18 +83,43 @@ void readLimits(const ArgumentParser& arguments, FileLimits& limits) {
             [&](const auto& text) { return takeSize(text, limits.sourceBytes); });
 }
 
-std::vector<std::string> readLabels(const ArgumentParser& arguments) {
-  std::vector<std::string> labels;
+std::string isNoneOf(std::string_view value, std::span<const std::string_view> words) {
+  return "--only: invalid value '" + std::string(value) + "'" + suggestion(value, words) +
+         " (one of " + joined({words.begin(), words.end()}, ", ") + ")";
+}
+
+// Calls take with each of the words that --only names.
+template <typename Take>
+void readOnly(const ArgumentParser& arguments, std::span<const std::string_view> words, Take take) {
   for (const std::string& value : arguments.valuesOf("--only")) {
-    if (value.empty()) throw arguments.invalidValue("--only", value);
-    for (const std::string_view label : partsOf(value, ',')) {
-      const bool isKnown =
-          isErrorLabel(label) || std::find(kLabels.begin(), kLabels.end(), label) != kLabels.end();
-      if (!isKnown) throw arguments.invalidValue("--only", label);
-      labels.emplace_back(label);
+    if (value.empty()) throw Failure(isNoneOf(value, words));
+    for (const std::string_view word : partsOf(value, ',')) {
+      if (!take(word)) throw Failure(isNoneOf(word, words));
     }
   }
+}
+
+std::vector<std::string> readLabels(const ArgumentParser& arguments) {
+  std::vector<std::string> labels;
+  readOnly(arguments, kLabels, [&labels](std::string_view label) {
+    const bool isKnown =
+        isErrorLabel(label) || std::find(kLabels.begin(), kLabels.end(), label) != kLabels.end();
+    if (isKnown) labels.emplace_back(label);
+    return isKnown;
+  });
   return labels;
+}
+
+std::optional<outline::KindSet> readKinds(const ArgumentParser& arguments) {
+  if (!arguments.isGiven("--only")) return std::nullopt;
+  const std::vector<std::string_view> words = outline::kindWords();
+  outline::KindSet kinds;
+  readOnly(arguments, words, [&](std::string_view word) {
+    const auto found = std::find(words.begin(), words.end(), word);
+    if (found != words.end()) kinds.set(static_cast<std::size_t>(found - words.begin()));
+    return found != words.end();
+  });
+  return kinds;
 }
 
 // Refuses an option that means nothing to the format.
@@ -159,12 +187,19 @@ RunOptions parseRunOptions(int argc, const char* const* argv) {
   withValue(arguments, "--format",
             [&](const auto& text) { return takeFormat(text, result.format); });
   withValue(arguments, "--depth", [&](const auto& text) { return takeDepth(text, result.depth); });
-  result.onlyLabels = readLabels(arguments);
-  const auto isFiltered = [](const Format& format) { return !format.isAnswer; };
-  checkFormat(arguments, "--depth", *result.format, isFiltered);
-  checkFormat(arguments, "--only", *result.format, isFiltered);
-  checkFormat(arguments, "--times", *result.format,
-              [](const Format& format) { return format.hasTimes; });
+  if (result.format->selection == Selection::kKinds) {
+    result.onlyKinds = readKinds(arguments);
+  } else {
+    result.onlyLabels = readLabels(arguments);
+  }
+  const auto isJson = [](const Format& format) { return format.isJson; };
+  checkFormat(arguments, "--depth", *result.format,
+              [](const Format& format) { return format.hasLevels; });
+  checkFormat(arguments, "--only", *result.format,
+              [](const Format& format) { return format.selection != Selection::kNothing; });
+  checkFormat(arguments, "--times", *result.format, isJson);
+  checkFormat(arguments, "--ranges", *result.format, isJson);
+  result.ranges = arguments.isGiven("--ranges");
   result.times = arguments.isGiven("--times");
   result.jobs = std::min(availableCores(), kMaxJobs);
   withValue(arguments, "--jobs", [&](const auto& text) { return takeJobs(text, result.jobs); });

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "formats/format.h"
+#include "outline/item.h"
 #include "sources/directory_walk.h"
 #include "sources/name_list.h"
 #include "workers/file_limits.h"
@@ -32,6 +33,8 @@ struct RunOptions {
   const Format* format = nullptr;       // set by parseRunOptions
   std::optional<std::size_t> depth;     // the lowest level that is asked for
   std::vector<std::string> onlyLabels;  // empty for all
+  std::optional<outline::KindSet> onlyKinds;
+  bool ranges = false;
   bool times = false;
   unsigned jobs = 1;
   FileLimits limits;

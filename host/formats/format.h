@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "outline/item.h"
 #include "records/file_report.h"
 
 namespace host {
@@ -15,11 +16,17 @@ namespace host {
 struct FormatSettings {
   std::uint64_t fileCount = 0;  // all files of the run, for a header
   bool color = false;
-  bool escapeControlBytes = false;           // the output is a terminal
-  std::size_t width = 0;                     // in columns; 0 for no limit
-  std::optional<std::size_t> depth = {};     // the lowest level that is asked for
-  std::vector<std::string> onlyLabels = {};  // the labels that are; empty for all
+  bool escapeControlBytes = false;                 // the output is a terminal
+  std::size_t width = 0;                           // in columns; 0 for no limit
+  std::optional<std::size_t> depth = {};           // the lowest level that is asked for
+  std::vector<std::string> onlyLabels = {};        // the labels that are; empty for all
+  std::optional<outline::KindSet> onlyKinds = {};  // the same of what items are
+  bool ranges = false;                             // of records in the source
+  std::string tagsFolder = {};  // an absolute path: the names in tags are relative to it
 };
+
+// What --only selects.
+enum class Selection { kNothing, kLabels, kKinds };
 
 // Each function appends to out; that for a file gives what is wrong with an answer that leaves the
 // record format, or nothing. A file's bytes depend on its report and the settings only, so that
@@ -31,8 +38,13 @@ struct Format {
   std::string (*file)(const FileReport& report, const FormatSettings& settings, std::string& out);
   void (*end)(const FormatSettings& settings, std::string& out);
   std::string_view separator;
-  bool isAnswer;  // what file writes for an answer is that answer, whatever the settings say
-  bool hasTimes;  // it shows the parse time of a file
+  Selection selection;     // nothing where file writes the answer itself, whatever the settings say
+  bool isJson = false;     // has times and ranges, and says what is left out
+  bool hasLevels = false;  // --depth selects the top ones
+  bool needsSource = false;  // besides the answer
+  bool isSorted = false;     // the lines of all files, by their bytes
+
+  bool isAnswer() const { return selection == Selection::kNothing; }
 };
 
 // The format that is called that, or null.

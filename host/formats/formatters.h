@@ -22,4 +22,14 @@ std::string writeNdjsonFile(const FileReport& report, const FormatSettings& sett
 std::string writeTreeFile(const FileReport& report, const FormatSettings& settings,
                           std::string& out);
 
+std::string writeOutlineFile(const FileReport& report, const FormatSettings& settings,
+                             std::string& out);
+
+void beginCtags(const FormatSettings& settings, std::string& out);
+std::string writeCtagsFile(const FileReport& report, const FormatSettings& settings,
+                           std::string& out);
+
+std::string writeEtagsFile(const FileReport& report, const FormatSettings& settings,
+                           std::string& out);
+
 }  // namespace host

@@ -1,11 +1,17 @@
 // Strict JSON: one document, or one object a line.
 
+#include <cstdint>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "formats/formatters.h"
 #include "formats/json_text.h"
 #include "formats/ndjson_lines.h"
 #include "formats/record_selection.h"
+#include "outline/item.h"
+#include "outline/omissions.h"
+#include "outline/outline.h"
 #include "records/record_reader.h"
 #include "records/status_words.h"
 
@@ -25,6 +31,34 @@ struct Outcome {
   std::string_view message;
 };
 
+void appendOmission(std::string& out, const outline::Omission& omission) {
+  out.append("{\"reason\":\"").append(outline::reasonWord(omission.reason)).append("\"");
+  const auto append = [&out](std::string_view key, std::int64_t number) {
+    out.append(",\"").append(key).append("\":");
+    appendNumber(out, number);
+  };
+  append("line", omission.line);
+  append("lines", omission.lines);
+  append("lineCount", omission.lineCount);
+  append("bytes", omission.bytes);
+  append("byteCount", omission.byteCount);
+  out += "}";
+}
+
+void appendOmitted(std::string& out, const FileReport& report) {
+  out += ",\"omitted\":";
+  if (report.omitted == nullptr || report.omitted->empty()) {
+    out += "null";
+    return;
+  }
+  char before = '[';
+  for (const outline::Omission& omission : *report.omitted) {
+    out += std::exchange(before, ',');
+    appendOmission(out, omission);
+  }
+  out += "]";
+}
+
 void appendFileMembers(std::string& out, const FileReport& report, const Outcome& outcome) {
   appendJsonMember(out, "path", report.path);
   out.append(",\"status\":\"").append(outcome.status).append("\",");
@@ -41,6 +75,7 @@ void appendFileMembers(std::string& out, const FileReport& report, const Outcome
   } else {
     out += "null";
   }
+  appendOmitted(out, report);
 }
 
 // The filePath member of an answer's records, which is the same in all of them.
@@ -89,8 +124,62 @@ void appendRecordMembers(std::string& out, const Record& record, PathMember& pat
   appendJsonMember(out, "contents", record.contents);
   out += ",";
   appendJsonMember(out, "simpleFunctionName", record.simpleFunctionName);
-  out += ",\"calloutIDs\":[]}";
+  out += ",\"calloutIDs\":[]";
 }
+
+// Where the records of an answer stand in the source.
+class Ranges {
+ public:
+  Ranges(const FileReport& report, const FormatSettings& settings) {
+    if (!settings.ranges || report.status != FileStatus::kAnswered) return;
+    items_ = outline::makeOutline(report.source, report.answer);
+    parents_.reserve(items_.size());
+    for (const outline::Item& item : items_) {
+      parents_.push_back(item.parent < 0 ? kNone : nearestRecord(item.parent));
+      if (item.record < 0) continue;
+      const auto record = static_cast<std::size_t>(item.record);
+      if (itemOf_.size() <= record) itemOf_.resize(record + 1, kNone);
+      itemOf_[record] = static_cast<std::int32_t>(parents_.size()) - 1;
+    }
+  }
+
+  void append(std::string& out, std::int32_t record) const {
+    const auto number = static_cast<std::size_t>(record);
+    out += ",\"source\":";
+    if (record < 0 || number >= itemOf_.size() || itemOf_[number] == kNone) {
+      out += "null";
+      return;
+    }
+    const auto index = static_cast<std::size_t>(itemOf_[number]);
+    const outline::Item& item = items_[index];
+    out += "{\"line\":";
+    appendNumber(out, item.firstLine);
+    out += ",\"endLine\":";
+    appendNumber(out, item.lastLine);
+    out.append(",\"kind\":\"").append(outline::kindWord(item.kind)).append("\",");
+    appendJsonMember(out, "name", item.name);
+    out += ",\"parent\":";
+    if (parents_[index] == kNone) {
+      out += "null";
+    } else {
+      appendNumber(out, parents_[index]);
+    }
+    out += "}";
+  }
+
+ private:
+  static constexpr std::int32_t kNone = -1;
+
+  // Of the item or, if it has no record, of the innermost item around it that has.
+  std::int32_t nearestRecord(std::int32_t item) const {
+    const auto index = static_cast<std::size_t>(item);
+    return items_[index].record >= 0 ? items_[index].record : parents_[index];
+  }
+
+  std::vector<outline::Item> items_;
+  std::vector<std::int32_t> parents_;  // the record around each item, by item
+  std::vector<std::int32_t> itemOf_;   // by record
+};
 
 // Calls write with each record that the settings ask for.
 template <typename Write>
@@ -113,10 +202,13 @@ std::string appendJsonFile(std::string& out, const FileReport& report,
   if (report.status == FileStatus::kAnswered) {
     RecordReader reader(report.answer);
     PathMember path;
+    const Ranges ranges(report, settings);
     std::string_view separator = "\n{";
     forEachWanted(reader, settings, [&](const Record& record) {
       out += separator;
       appendRecordMembers(out, record, path);
+      if (settings.ranges) ranges.append(out, record.nodeId);
+      out += "}";
       separator = ",\n{";
     });
     fault = reader.fault();
@@ -166,13 +258,15 @@ std::string writeNdjsonFile(const FileReport& report, const FormatSettings& sett
   std::size_t recordCount = 0;
   if (report.status == FileStatus::kAnswered) {
     PathMember path;
+    const Ranges ranges(report, settings);
     std::string lineStart(kRecordLineStart);
     appendNumber(lineStart, report.index);
     lineStart += ",";
     forEachWanted(reader, settings, [&](const Record& record) {
       out += lineStart;
       appendRecordMembers(out, record, path);
-      out += "\n";
+      if (settings.ranges) ranges.append(out, record.nodeId);
+      out += "}\n";
       ++recordCount;
     });
     if (!reader.fault().empty()) outcome = {kUnreadableWord, reader.fault()};

@@ -5,6 +5,7 @@
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
@@ -32,6 +33,13 @@ void appendBase64(std::string& out, std::string_view bytes) {
   }
 }
 
+// Whether the text is itself in JSON, and UTF-8. Most names and lines are.
+bool isPlain(std::string_view text) {
+  return std::all_of(text.begin(), text.end(), [](char byte) {
+    return byte >= ' ' && byte <= '~' && byte != '"' && byte != '\\';
+  });
+}
+
 }  // namespace
 
 void appendJsonString(std::string& out, std::string_view text) {
@@ -49,7 +57,9 @@ void appendJsonString(std::string& out, std::string_view text) {
 
 void appendJsonMember(std::string& out, std::string_view key, std::string_view text) {
   out.append("\"").append(key).append("\":");
-  if (isUtf8(text)) {
+  if (isPlain(text)) {
+    out.append("\"").append(text).append("\"");
+  } else if (isUtf8(text)) {
     appendJsonString(out, text);
   } else {
     appendJsonString(out, withReplacements(text));

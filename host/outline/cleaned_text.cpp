@@ -1,29 +1,73 @@
 #include "outline/cleaned_text.h"
 
 #include <algorithm>
+#include <array>
+#include <cstring>
 #include <utility>
+
+#include "outline/limits.h"
 
 namespace host::outline {
 namespace {
 
-constexpr std::string_view kMarker = "TTTTT";
+// Bytes of which a run may be taken at once, by what the text is.
+enum Plain : std::uint8_t {
+  kPlainInPage = 1,
+  kPlainInPageComment = 2,
+  kPlainInCode = 4,
+  kPlainInString = 8,
+  kPlainInLineComment = 16,
+  kPlainInBlockComment = 32,
+};
+
+constexpr std::array<std::uint8_t, 256> kPlain = [] {
+  std::array<std::uint8_t, 256> table{};
+  const auto fill = [&table](Plain plain, std::size_t first, std::size_t last,
+                             std::string_view others) {
+    for (std::size_t byte = first; byte <= last; ++byte) {
+      if (others.find(static_cast<char>(byte)) == std::string_view::npos) table[byte] |= plain;
+    }
+  };
+  fill(kPlainInPage, 0, 255, "<\r\n\t");
+  fill(kPlainInPageComment, 0, 255, "-\r\n");
+  fill(kPlainInCode, ' ', '~', "T;[/'\"}");
+  fill(kPlainInString, ' ', '~', "'\"\\;[");
+  fill(kPlainInLineComment, ' ', '~', ";");
+  fill(kPlainInBlockComment, ' ', '~', ";*/");
+  return table;
+}();
+
+// Where the run ends that begins there.
+std::size_t plainEnd(std::string_view text, std::size_t at, Plain plain) {
+  while (at < text.size() && (kPlain[static_cast<unsigned char>(text[at])] & plain) != 0) ++at;
+  return at;
+}
 
 // Drops page comments but for their line feeds, and makes line feeds of carriage returns.
-std::string dropPageComments(std::string_view source, std::vector<std::int32_t>& lines) {
+// openComment becomes the line of a comment that has no end, or 0.
+std::string dropPageComments(std::string_view source, std::vector<std::int32_t>& lines,
+                             std::int32_t& openComment) {
   std::string text;
   text.reserve(source.size());
   lines.push_back(1);
   std::int32_t line = 1;
   bool inComment = false;
+  openComment = 0;
   for (std::size_t at = 0; at < source.size();) {
+    const std::size_t end = plainEnd(source, at, inComment ? kPlainInPageComment : kPlainInPage);
+    if (!inComment) text.append(source.substr(at, end - at));
+    at = end;
+    if (at == source.size()) break;
     const std::string_view rest = source.substr(at, 4);
     if (!inComment && rest == "<!--") {
       inComment = true;
+      openComment = line;
       at += 4;
       continue;
     }
     if (inComment && rest.starts_with("-->")) {
       inComment = false;
+      openComment = 0;
       at += 3;
       continue;
     }
@@ -51,19 +95,39 @@ class CommentDropper {
     std::vector<std::int32_t> kept;
     kept.push_back(lines_.front());
     kept_.reserve(text_.size());
-    std::size_t line = 0;
     for (std::size_t at = 0; at < text_.size(); ++at) {
+      at = takePlain(at);
+      if (at == text_.size()) break;
       const std::size_t before = kept_.size();
       take(at);
       if (text_[at] != '\n') continue;
-      ++line;
-      if (kept_.size() > before) kept.push_back(lines_[line]);
+      ++line_;
+      if (kept_.size() > before) kept.push_back(lines_[line_]);
     }
+    if (inBlock_) openComment_ = blockLine_;
     lines_ = std::move(kept);
     return std::move(kept_);
   }
 
+  // Source line of a comment that has no end; 0 if there is none.
+  std::int32_t openComment() const { return openComment_; }
+
  private:
+  // Takes as many bytes as there are of which none changes what the text is. Gives where they end.
+  std::size_t takePlain(std::size_t at) {
+    if (copiesNext_ || inMarker_) return at;
+    if (inLine_) return plainEnd(text_, at, kPlainInLineComment);
+    if (inBlock_) return plainEnd(text_, at, kPlainInBlockComment);
+    const bool inString = inSingle_ || inDouble_;
+    const std::size_t end = plainEnd(text_, at, inString ? kPlainInString : kPlainInCode);
+    const std::string_view run = std::string_view(text_).substr(at, end - at);
+    kept_ += run;
+    if (!inString && startsStatement_ && run.find_first_not_of(' ') != std::string_view::npos) {
+      startsStatement_ = false;
+    }
+    return end;
+  }
+
   void take(std::size_t at) {
     const char byte = text_[at];
     const char next = at + 1 < text_.size() ? text_[at + 1] : byte;
@@ -139,6 +203,7 @@ class CommentDropper {
     }
     inLine_ = next == '/';
     inBlock_ = next == '*';
+    if (inBlock_) blockLine_ = lines_[line_];
     return inLine_ || inBlock_;
   }
 
@@ -152,6 +217,9 @@ class CommentDropper {
   const std::string& text_;
   std::vector<std::int32_t>& lines_;
   std::string kept_;
+  std::size_t line_ = 0;
+  std::int32_t blockLine_ = 0;  // of the last comment that began
+  std::int32_t openComment_ = 0;
   bool inLine_ = false;
   bool inBlock_ = false;
   bool inSingle_ = false;
@@ -177,9 +245,10 @@ void dropDirectives(std::string& text) {
       keepsBlanks = false;
     } else {
       const bool isBlank = first == end && end > at;
-      std::size_t from = keepsBlanks ? at : first;
+      const std::size_t from = keepsBlanks ? at : first;
       keepsBlanks = isBlank && !keepsBlanks;
-      while (from < end) text[kept++] = text[from++];
+      std::memmove(text.data() + kept, text.data() + from, end - from);
+      kept += end - from;
     }
     if (end < text.size()) text[kept++] = '\n';
     at = end + 1;
@@ -191,17 +260,22 @@ void dropDirectives(std::string& text) {
 
 CleanedText cleanText(std::string_view source) {
   std::vector<std::int32_t> lines;
-  const std::string withComments = dropPageComments(source, lines);
-  std::string text = CommentDropper(withComments, lines).run();
+  std::int32_t openPageComment = 0;
+  const std::string withComments = dropPageComments(source, lines, openPageComment);
+  CommentDropper dropper(withComments, lines);
+  std::string text = dropper.run();
   dropDirectives(text);
-  return {std::move(text), LineMap(std::move(lines))};
+  const std::int32_t openComment =
+      dropper.openComment() != 0 ? dropper.openComment() : openPageComment;
+  return {std::move(text), LineMap(std::move(lines)), openComment};
 }
 
 LineMap cleanedLines(std::string_view source) {
   const bool hasMarker = source.find(kMarker) != std::string_view::npos;
   if (!hasMarker && source.find('\r') == std::string_view::npos) return {};
   std::vector<std::int32_t> lines;
-  const std::string withComments = dropPageComments(source, lines);
+  std::int32_t openComment = 0;
+  const std::string withComments = dropPageComments(source, lines, openComment);
   if (hasMarker) CommentDropper(withComments, lines).run();
   return LineMap(std::move(lines));
 }

@@ -33,6 +33,7 @@ class LineMap {
 struct CleanedText {
   std::string text;  // without directives and with all conditional branches
   LineMap lines;
+  std::int32_t openComment = 0;  // source line of a comment that runs to the end; 0 if none does
 };
 
 CleanedText cleanText(std::string_view source);

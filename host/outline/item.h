@@ -1,9 +1,12 @@
 // What an outline is made of.
 #pragma once
 
+#include <bitset>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace host::outline {
 
@@ -31,8 +34,17 @@ enum class Kind : std::uint8_t {
   kBlock,   // of other text
 };
 
+inline constexpr std::size_t kKindCount = static_cast<std::size_t>(Kind::kBlock) + 1;
+
 // The word for a kind in outputs: "function", "method", ...
 std::string_view kindWord(Kind kind);
+
+// All of them, in the order of the kinds.
+std::vector<std::string_view> kindWords();
+
+using KindSet = std::bitset<kKindCount>;
+
+inline bool holds(const KindSet& kinds, Kind kind) { return kinds[static_cast<std::size_t>(kind)]; }
 
 struct Item {
   Kind kind = Kind::kStatement;

@@ -3,22 +3,19 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <deque>
+#include <optional>
 
 #include "outline/cleaned_text.h"
+#include "outline/limits.h"
 #include "outline/page_tags.h"
+#include "outline/quick_check.h"
 #include "outline/record_tags.h"
-#include "outline/script_items.h"
 #include "outline/source_lines.h"
+#include "outline/statement_ends.h"
 #include "records/record_reader.h"
 
 namespace host::outline {
 namespace {
-
-constexpr std::int64_t kMaxBraces = 100;
-constexpr std::size_t kMaxPageBytes = 52'428'800;
-constexpr std::size_t kMaxOtherBytes = 10'485'760;
-constexpr std::size_t kLastRecords = 16;
 
 // More braces of a kind than the module takes, counted as it counts them: outside strings that end
 // with the line, and not behind a backslash.
@@ -44,8 +41,7 @@ bool hasManyBraces(std::string_view line) {
 
 class Finder {
  public:
-  explicit Finder(std::string_view source)
-      : source_(source), lines_(source), cleaned_(cleanText(source)) {}
+  explicit Finder(std::string_view source) : source_(source), cleaned_(cleanText(source)) {}
 
   // The text of a script, whose first line has that index in the cleaned text.
   void readScript(std::string_view script, std::size_t firstLine) {
@@ -77,44 +73,48 @@ class Finder {
     }
   }
 
-  void readToLimit(std::size_t maxBytes) {
-    if (text().size() <= maxBytes) return;
+  // Whether all of the text is within the limit.
+  bool readToLimit(std::size_t maxBytes) {
+    if (text().size() <= maxBytes) return true;
     const auto lineAt = [this](std::size_t end) {
       return static_cast<std::size_t>(
           std::count(text().begin(), text().begin() + static_cast<std::ptrdiff_t>(end), '\n'));
     };
     leaveOutRest(OmissionReason::kSizeLimit, lineAt(maxBytes), lineAt(text().size()));
+    return false;
   }
 
-  // Whether the last word of the text is in one of the last records.
-  void readRecords(std::string_view answer) {
-    const std::string_view word = lastWord();
-    if (word.empty()) return;
-    std::deque<std::string> last;
+  void readComments() {
+    if (cleaned_.openComment == 0) return;
+    leaveOutLines(OmissionReason::kOpenComment, cleaned_.openComment, lines().count());
+  }
+
+  void readStatements(std::string_view answer) {
+    const StatementEnds ends = findStatementEnds(text());
+    const bool isCommentOpen = cleaned_.openComment != 0;
+    if (!isCommentOpen && ends.unendedLine == std::string_view::npos) return;
     std::int32_t line = 0;
     RecordReader records(answer);
-    while (const Record* const record = records.next()) {
-      if (wrapsFile(*record)) continue;
-      last.emplace_back(record->contents);
-      if (last.size() > kLastRecords) last.pop_front();
-      line = std::max(line, record->lineNumber);
-    }
-    const bool isThere = std::any_of(last.begin(), last.end(), [word](const std::string& contents) {
-      return contents.find(word) != std::string::npos;
-    });
-    const auto wordLine = std::count(text().data(), word.data(), '\n') + 1;
-    if (isThere || line >= wordLine) return;
-    Omission& omission = entry(OmissionReason::kStoppedEarly);
-    omission.line = line == 0 ? 0 : sourceLine(static_cast<std::size_t>(line) - 1);
-    omission.lines = lines_.count() - omission.line;
+    while (const Record* const record = records.next()) line = std::max(line, record->lineNumber);
+    if (!records.fault().empty()) return;  // another module's
+    // A conditional branch that the module does not read may hold the quote that seems to be open:
+    // then there are records behind it.
+    const bool isReadOn = line > 0 && static_cast<std::size_t>(line) - 1 > ends.unendedLine;
+    if (isReadOn && !isCommentOpen) return;
+    stopEarly(ends.lastLine == std::string_view::npos ? 0 : sourceLine(ends.lastLine));
   }
 
   std::string_view text() const { return cleaned_.text; }
   std::vector<Omission> take() { return std::move(omissions_); }
 
  private:
-  std::int32_t sourceLine(std::size_t index) const {
-    return std::min(cleaned_.lines.sourceLine(index), lines_.count());
+  const SourceLines& lines() {
+    if (!lines_) lines_.emplace(source_);
+    return *lines_;
+  }
+
+  std::int32_t sourceLine(std::size_t index) {
+    return std::min(cleaned_.lines.sourceLine(index), lines().count());
   }
 
   Omission& entry(OmissionReason reason) {
@@ -123,7 +123,7 @@ class Finder {
     }
     Omission omission;
     omission.reason = reason;
-    omission.lineCount = lines_.count() - (lines_.text(lines_.count()).empty() ? 1 : 0);
+    omission.lineCount = lines().count() - (lines().text(lines().count()).empty() ? 1 : 0);
     omission.byteCount = static_cast<std::int64_t>(source_.size());
     return omissions_.emplace_back(omission);
   }
@@ -132,36 +132,31 @@ class Finder {
     Omission& omission = entry(reason);
     const std::int32_t line = sourceLine(index);
     if (omission.lines++ == 0) omission.line = line;
-    omission.bytes += static_cast<std::int64_t>(lines_.text(line).size());
+    omission.bytes += static_cast<std::int64_t>(lines().text(line).size());
   }
 
   // All source lines from one line of the cleaned text to another.
   void leaveOutRest(OmissionReason reason, std::size_t first, std::size_t last) {
+    leaveOutLines(reason, sourceLine(first), sourceLine(last));
+  }
+
+  void leaveOutLines(OmissionReason reason, std::int32_t from, std::int32_t to) {
     Omission& omission = entry(reason);
-    const std::int32_t from = sourceLine(first);
-    const std::int32_t to = sourceLine(last);
     if (omission.lines == 0) omission.line = from;
     for (std::int32_t line = from; line <= to; ++line) {
-      if (line == lines_.count() && lines_.text(line).empty()) break;
+      if (line == lines().count() && lines().text(line).empty()) break;
       ++omission.lines;
-      omission.bytes += static_cast<std::int64_t>(lines_.text(line).size());
+      omission.bytes += static_cast<std::int64_t>(lines().text(line).size());
     }
   }
 
-  std::string_view lastWord() const {
-    const auto isLetter = [](char byte) {
-      return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') ||
-             (byte >= '0' && byte <= '9');
-    };
-    std::size_t end = text().size();
-    while (end > 0 && !isLetter(text()[end - 1])) --end;
-    std::size_t begin = end;
-    while (begin > 0 && isLetter(text()[begin - 1])) --begin;
-    return text().substr(begin, end - begin);
+  void stopEarly(std::int32_t lastLine) {
+    leaveOutLines(OmissionReason::kStoppedEarly, lastLine + 1, lines().count());
+    entry(OmissionReason::kStoppedEarly).line = lastLine;
   }
 
   std::string_view source_;
-  SourceLines lines_;
+  std::optional<SourceLines> lines_;  // only where something is left out
   CleanedText cleaned_;
   std::vector<Omission> omissions_;
 };
@@ -177,21 +172,31 @@ std::string withCommas(std::int64_t number) {
 
 }  // namespace
 
+std::string_view reasonWord(OmissionReason reason) {
+  constexpr std::array<std::string_view, 6> kWords = {
+      "long-lines", "many-braces", "line-limit", "size-limit", "open-comment", "stopped-early"};
+  static_assert(kWords.size() == static_cast<std::size_t>(OmissionReason::kStoppedEarly) + 1,
+                "a word a reason");
+  return kWords[static_cast<std::size_t>(reason)];
+}
+
 std::vector<Omission> findOmissions(std::string_view source, std::string_view answer) {
   std::string path;
   const Route route = routeOf(answer, path);
+  if (route != Route::kOther && isSurelyReadWhole(source)) return {};
   Finder finder(source);
   switch (route) {
     case Route::kScript:
+      finder.readComments();
       finder.readScript(finder.text(), 0);
       break;
     case Route::kPage:
+      finder.readComments();
       finder.readToLimit(kMaxPageBytes);
       finder.readPage();
       break;
     case Route::kOther:
-      finder.readToLimit(kMaxOtherBytes);
-      if (answer.starts_with("[\n")) finder.readRecords(answer);
+      if (finder.readToLimit(kMaxOtherBytes)) finder.readStatements(answer);
       break;
   }
   return finder.take();
@@ -212,11 +217,29 @@ std::string describe(const Omission& omission) {
       return lines + "behind the 100,000th line, from line " + line;
     case OmissionReason::kSizeLimit:
       return lines + "behind the size limit, from line " + line;
+    case OmissionReason::kOpenComment:
+      return lines + "in a comment that has no end, from line " + line;
     case OmissionReason::kStoppedEarly:
       break;
   }
+  if (omission.line == 0) {
+    return "reading stopped early: no line of " + withCommas(omission.lineCount) + " has a record";
+  }
   return "reading stopped early: last record on line " + line + " of " +
          withCommas(omission.lineCount);
+}
+
+bool isOtherText(const std::vector<Omission>& omissions) {
+  return std::any_of(omissions.begin(), omissions.end(), [](const Omission& each) {
+    return each.reason == OmissionReason::kStoppedEarly;
+  });
+}
+
+std::string describe(const std::vector<Omission>& omissions) {
+  std::string text;
+  for (const Omission& each : omissions)
+    text.append(text.empty() ? "" : "; ").append(describe(each));
+  return text;
 }
 
 }  // namespace host::outline

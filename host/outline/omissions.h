@@ -9,12 +9,16 @@
 namespace host::outline {
 
 enum class OmissionReason : std::uint8_t {
-  kLongLines,   // script lines above 10,000 bytes
-  kManyBraces,  // script lines with more than 100 braces of a kind
-  kLineLimit,   // script lines behind the 100,000th
-  kSizeLimit,   // what is behind the limit of a page (52,428,800 bytes) or other text (10,485,760)
-  kStoppedEarly,  // other text behind the last record
+  kLongLines,    // script lines above 10,000 bytes
+  kManyBraces,   // script lines with more than 100 braces of a kind
+  kLineLimit,    // script lines behind the 100,000th
+  kSizeLimit,    // what is behind the limit of a page (52,428,800 bytes) or other text (10,485,760)
+  kOpenComment,  // of a script or page, what is in a comment that has no end
+  kStoppedEarly,  // other text behind the last statement that has an end
 };
+
+// The word for a reason in outputs: "long-lines", "open-comment", ...
+std::string_view reasonWord(OmissionReason reason);
 
 struct Omission {
   OmissionReason reason = OmissionReason::kLongLines;
@@ -22,16 +26,23 @@ struct Omission {
   std::int64_t lineCount = 0;  // of the source
   std::int64_t bytes = 0;      // of the source lines left out, without their ends
   std::int64_t byteCount = 0;  // of the source
-  // The first source line left out; for kStoppedEarly the last one that has a record.
+  // The first source line left out; for kStoppedEarly the last one that has a record, 0 without.
   std::int64_t line = 0;
 };
 
-// Limits count bytes and lines of the cleaned text, the figures those of the source. For
-// kStoppedEarly the sign is that no record near the end holds the last word of the text.
+// Limits count bytes and lines of the cleaned text, the figures those of the source. What the
+// module takes for a comment or a string need not be one: it knows no regular expressions and no
+// prose.
 std::vector<Omission> findOmissions(std::string_view source, std::string_view answer);
+
+// Whether the file is other text, which prose often is: an apostrophe hides what is behind it.
+bool isOtherText(const std::vector<Omission>& omissions);
 
 // One line for a person, as "1 of 3 lines left out (77,312 of 78,128 bytes): longer than 10,000
 // bytes".
 std::string describe(const Omission& omission);
+
+// All of them on a line.
+std::string describe(const std::vector<Omission>& omissions);
 
 }  // namespace host::outline

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "outline/cleaned_text.h"
+#include "outline/limits.h"
 #include "outline/page_items.h"
 #include "outline/placed_items.h"
 #include "outline/record_tags.h"
@@ -26,19 +27,21 @@ ScriptDialect dialectOf(std::string_view path) {
 }
 
 std::vector<PlacedItem> outlineScript(std::string_view source, std::string_view answer,
-                                      std::string_view path) {
+                                      std::string_view path, std::string& fault) {
   const LineMap map = cleanedLines(source);
   SourceLines lines(source);
   const std::int32_t maxLines =
       std::min(map.sourceLine(static_cast<std::size_t>(kMaxScriptLines) - 1), kMaxScriptLines);
   ScriptItems script(source, 1, maxLines, dialectOf(path));
   std::vector<PlacedItem> items;
-  RecordReader records(answer);
+  items.reserve(static_cast<std::size_t>(lines.count()));
+  RecordReader records(answer, RecordTexts::kEscaped);
   while (const Record* const record = records.next()) {
     if (record->lineNumber <= 0 || wrapsFile(*record)) continue;
     const std::int32_t line = map.sourceLine(static_cast<std::size_t>(record->lineNumber) - 1);
     items.push_back(script.itemOf(*record, std::min(line, lines.count()), lines));
   }
+  fault = records.fault();
   script.addOthers(lines, items);
   return items;
 }
@@ -60,7 +63,8 @@ Kind kindOf(std::string_view label) {
   return row == kLabelKinds.end() ? Kind::kStatement : row->kind;
 }
 
-std::vector<PlacedItem> outlineOther(std::string_view source, std::string_view answer) {
+std::vector<PlacedItem> outlineOther(std::string_view source, std::string_view answer,
+                                     std::string& fault) {
   const LineMap map = cleanedLines(source);
   const std::int32_t lineCount = SourceLines(source).count();
   struct Span {
@@ -86,6 +90,7 @@ std::vector<PlacedItem> outlineOther(std::string_view source, std::string_view a
     }
     all.push_back(std::move(placed));
   }
+  fault = records.fault();
   // Children stand behind their parents.
   for (std::size_t i = spans.size(); i-- > 0;) {
     const Span& child = spans[i];
@@ -109,19 +114,22 @@ std::vector<PlacedItem> outlineOther(std::string_view source, std::string_view a
 
 }  // namespace
 
-std::vector<Item> makeOutline(std::string_view source, std::string_view answer) {
+std::vector<Item> makeOutline(std::string_view source, std::string_view answer,
+                              std::string* fault) {
   // Positions in scripts are of 32 bits.
   source = source.substr(0, std::numeric_limits<std::uint32_t>::max());
   std::string path;
+  std::string ownFault;
+  std::string& found = fault == nullptr ? ownFault : *fault;
   switch (routeOf(answer, path)) {
     case Route::kScript:
-      return nest(outlineScript(source, answer, path));
+      return nest(outlineScript(source, answer, path, found));
     case Route::kPage:
-      return nest(outlinePage(source, answer));
+      return nest(outlinePage(source, answer, found));
     case Route::kOther:
       break;
   }
-  return nest(outlineOther(source, answer));
+  return nest(outlineOther(source, answer, found));
 }
 
 }  // namespace host::outline

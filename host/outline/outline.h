@@ -14,6 +14,7 @@
 // The records that only wrap a file have no item.
 #pragma once
 
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -22,8 +23,9 @@
 namespace host::outline {
 
 // Items in the order of their first lines, each behind the item that contains it. The answer is the
-// module's for these bytes; records behind a fault in it are left out. The work grows linearly with
-// the two texts.
-std::vector<Item> makeOutline(std::string_view source, std::string_view answer);
+// module's for these bytes; records behind a fault in it are left out, and the fault is told where
+// that is wanted. The work grows linearly with the two texts.
+std::vector<Item> makeOutline(std::string_view source, std::string_view answer,
+                              std::string* fault = nullptr);
 
 }  // namespace host::outline

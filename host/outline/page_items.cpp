@@ -4,9 +4,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <string>
 #include <utility>
 
 #include "outline/cleaned_text.h"
+#include "outline/limits.h"
 #include "outline/page_elements.h"
 #include "outline/page_tags.h"
 #include "outline/record_tags.h"
@@ -71,7 +73,7 @@ class PageItems {
         elements_(findElements(source)),
         search_(elements_) {}
 
-  std::vector<PlacedItem> run() {
+  std::vector<PlacedItem> run(std::string& fault) {
     hasTag_ = tags_.next(tag_);
     RecordReader records(answer_);
     while (const Record* const record = records.next()) {
@@ -86,6 +88,7 @@ class PageItems {
         addElement(*record);
       }
     }
+    fault = records.fault();
     for (const ScriptItems& script : scripts_) script.addOthers(lines_, items_);
     return std::move(items_);
   }
@@ -185,8 +188,9 @@ class PageItems {
 
 }  // namespace
 
-std::vector<PlacedItem> outlinePage(std::string_view source, std::string_view answer) {
-  return PageItems(source, answer).run();
+std::vector<PlacedItem> outlinePage(std::string_view source, std::string_view answer,
+                                    std::string& fault) {
+  return PageItems(source, answer).run(fault);
 }
 
 }  // namespace host::outline

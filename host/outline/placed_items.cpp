@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <numeric>
 #include <utility>
 
 namespace host::outline {
@@ -19,19 +20,29 @@ bool contains(const PlacedItem& outer, const PlacedItem& inner) {
 }  // namespace
 
 std::vector<Item> nest(std::vector<PlacedItem> placed) {
-  std::stable_sort(placed.begin(), placed.end(), [](const PlacedItem& a, const PlacedItem& b) {
-    return a.item.firstLine < b.item.firstLine;
-  });
+  // Most often only the definitions at the end are out of order. Numbers are moved, not items.
+  std::vector<std::uint32_t> order(placed.size());
+  std::iota(order.begin(), order.end(), 0U);
+  const auto isBefore = [&placed](std::uint32_t a, std::uint32_t b) {
+    return placed[a].item.firstLine < placed[b].item.firstLine;
+  };
+  if (!std::is_sorted(order.begin(), order.end(), isBefore)) {
+    std::stable_sort(order.begin(), order.end(), isBefore);
+  }
   std::vector<Item> items;
   items.reserve(placed.size());
-  std::vector<std::size_t> open;  // indices of the items that contain the one before
-  for (std::size_t i = 0; i < placed.size(); ++i) {
-    while (!open.empty() && !contains(placed[open.back()], placed[i])) open.pop_back();
-    Item& item = placed[i].item;
-    item.parent = open.empty() ? -1 : static_cast<std::int32_t>(open.back());
-    item.depth = static_cast<std::int32_t>(open.size());
-    open.push_back(i);
-    items.push_back(std::move(item));
+  struct Open {
+    std::int32_t index;        // of the item
+    const PlacedItem* placed;  // without its name
+  };
+  std::vector<Open> open;  // the items that contain the one before
+  for (const std::uint32_t number : order) {
+    PlacedItem& next = placed[number];
+    while (!open.empty() && !contains(*open.back().placed, next)) open.pop_back();
+    next.item.parent = open.empty() ? -1 : open.back().index;
+    next.item.depth = static_cast<std::int32_t>(open.size());
+    open.push_back({static_cast<std::int32_t>(items.size()), &next});
+    items.push_back(std::move(next.item));
   }
   return items;
 }

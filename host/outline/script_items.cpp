@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "outline/limits.h"
+
 namespace host::outline {
 
 ScriptItems::ScriptItems(std::string_view text, std::int32_t firstLine, std::int32_t maxLines,

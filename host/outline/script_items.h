@@ -13,11 +13,6 @@
 
 namespace host::outline {
 
-// The module reads that many lines of a script, counted in its cleaned text, and none that is
-// longer.
-inline constexpr std::int32_t kMaxScriptLines = 100'000;
-inline constexpr std::size_t kMaxLineBytes = 10'000;
-
 class ScriptItems {
  public:
   // The text's first line has the given number in the source.

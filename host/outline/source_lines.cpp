@@ -6,9 +6,17 @@ namespace host::outline {
 
 SourceLines::SourceLines(std::string_view source) : source_(source) {
   starts_.push_back(0);
-  for (std::size_t at = source.find_first_of("\r\n"); at != std::string_view::npos;
-       at = source.find_first_of("\r\n", at)) {
-    at += source.substr(at).starts_with("\r\n") ? 2 : 1;
+  // Searches for single bytes are far quicker than those for one of two.
+  std::size_t carriageReturn = source.find('\r');
+  for (std::size_t at = 0; at < source.size();) {
+    const std::size_t lineFeed = source.find('\n', at);
+    while (carriageReturn < lineFeed) {
+      const std::size_t next = carriageReturn + 1;
+      if (next != lineFeed) starts_.push_back(next);
+      carriageReturn = source.find('\r', next);
+    }
+    if (lineFeed == std::string_view::npos) return;
+    at = lineFeed + 1;
     starts_.push_back(at);
   }
 }

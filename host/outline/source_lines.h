@@ -17,6 +17,9 @@ class SourceLines {
   // The line without its end; lines count from 1.
   std::string_view text(std::int32_t line) const;
 
+  // Where the line begins, in bytes.
+  std::size_t begin(std::int32_t line) const { return starts_[static_cast<std::size_t>(line) - 1]; }
+
   // Where the block ends that the line is the head of, by indentation alone: at the first later
   // line that begins with a closing bracket at the head's indentation, the head itself if there is
   // none or a line indented less comes first. A closer that opens again goes on. For sources whose

@@ -4,8 +4,13 @@
 #include <cstdint>
 #include <optional>
 #include <string_view>
+#include <vector>
 
 namespace host {
+
+namespace outline {
+struct Omission;
+}
 
 enum class FileStatus {
   kAnswered,     // answer holds the records
@@ -29,6 +34,8 @@ struct FileReport {
   FileStatus status = FileStatus::kAnswered;
   std::string_view message = {};  // one line for a person; empty unless the file failed
   std::string_view answer = {};   // the module's text, records or its error answer; may be empty
+  std::string_view source = {};   // the bytes that the module saw; only where the task wants them
+  const std::vector<outline::Omission>* omitted = nullptr;  // what the answer leaves out, or null
   std::uint64_t sourceBytes = 0;
   std::optional<std::uint64_t> microseconds = {};  // only where the user asked for times
 };

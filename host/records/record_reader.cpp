@@ -33,7 +33,8 @@ bool isPlain(char byte) { return byte >= ' ' && byte <= '~' && byte != '"' && by
 
 }  // namespace
 
-RecordReader::RecordReader(std::string_view answer) : rest_(answer), answerBytes_(answer.size()) {}
+RecordReader::RecordReader(std::string_view answer, RecordTexts texts)
+    : rest_(answer), answerBytes_(answer.size()), texts_(texts) {}
 
 const Record* RecordReader::next() {
   if (ended_) return nullptr;
@@ -103,6 +104,21 @@ bool RecordReader::takeEscaped(std::string& storage, std::string_view& text) {
   return rest_.starts_with('"');
 }
 
+// The same, with the escapes left in the text.
+bool RecordReader::skipEscaped(std::string_view& text) {
+  std::size_t stop = findEscaped(rest_, 0);
+  while (stop + 1 < rest_.size() && rest_[stop] == '\\' && escapeOf(rest_[stop + 1]) != nullptr) {
+    stop = findEscaped(rest_, stop + 2);
+  }
+  text = rest_.substr(0, stop);
+  rest_.remove_prefix(stop);
+  return rest_.starts_with('"');
+}
+
+bool RecordReader::takeText(std::string& storage, std::string_view& text) {
+  return texts_ == RecordTexts::kPlain ? takeEscaped(storage, text) : skipEscaped(text);
+}
+
 // All records of an answer have the same path.
 bool RecordReader::takePath() {
   if (recordCount_ > 0 && rest_.starts_with(writtenPath_) &&
@@ -153,9 +169,9 @@ bool RecordReader::takeRecord() {
          take(",\n    \"isCalled\": false,\n    \"branchTypeAsString\": \"") &&
          takePlain(record_.label) && take("\",\n    \"filePath\": \"") && takePath() &&
          take("\",\n    \"tags\": [") && takeTags() && take("    \"contents\": \"") &&
-         takeEscaped(contentsStorage_, record_.contents) &&
+         takeText(contentsStorage_, record_.contents) &&
          take("\",\n    \"simpleFunctionName\": \"") &&
-         takeEscaped(nameStorage_, record_.simpleFunctionName) &&
+         takeText(nameStorage_, record_.simpleFunctionName) &&
          take("\",\n    \"calloutIDs\": []\n  }");
 }
 

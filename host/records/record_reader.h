@@ -30,10 +30,13 @@ struct Record {
   std::string_view simpleFunctionName;
 };
 
+// Whether a reader's contents and simpleFunctionName lose their escapes, which takes time.
+enum class RecordTexts { kPlain, kEscaped };
+
 class RecordReader {
  public:
   // Reads out of the answer, which has to outlive the reader.
-  explicit RecordReader(std::string_view answer);
+  explicit RecordReader(std::string_view answer, RecordTexts texts = RecordTexts::kPlain);
 
   // The next record; null behind the last, and where the text leaves the layout.
   const Record* next();
@@ -49,6 +52,8 @@ class RecordReader {
   bool takeNumber(std::int32_t& number);
   bool takePlain(std::string_view& text);
   bool takeEscaped(std::string& storage, std::string_view& text);
+  bool skipEscaped(std::string_view& text);
+  bool takeText(std::string& storage, std::string_view& text);
   bool takePath();
   bool takeChildren();
   bool takeTags();
@@ -58,6 +63,7 @@ class RecordReader {
 
   std::string_view rest_;
   std::size_t answerBytes_;
+  RecordTexts texts_;
   Record record_;
   std::string_view writtenPath_;  // the path of the last record, with its escapes
   std::string pathStorage_;       // texts that have escapes, without them

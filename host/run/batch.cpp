@@ -2,18 +2,21 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstdio>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "run/progress.h"
 #include "run/stderr_relay.h"
 #include "system/io.h"
 #include "system/messages.h"
 #include "system/platform.h"
+#include "system/text_parts.h"
 #include "workers/worker_pool.h"
 
 namespace host {
@@ -22,6 +25,23 @@ namespace {
 // How often to check what sends no event: a reader that has gone, a worker that is stopped.
 constexpr int kIdleMilliseconds = 500;
 constexpr int kProgressMilliseconds = 100;
+
+// Writes the lines in the order of their bytes, each once.
+void writeSorted(std::string_view text, Output& output) {
+  constexpr std::size_t kWriteBytes = std::size_t{256} * 1024;
+  std::vector<std::string_view> lines = partsOf(text, '\n');
+  if (!lines.empty() && lines.back().empty()) lines.pop_back();
+  std::sort(lines.begin(), lines.end());
+  lines.erase(std::unique(lines.begin(), lines.end()), lines.end());
+  std::string block;
+  for (const std::string_view line : lines) {
+    block.append(line).append("\n");
+    if (block.size() < kWriteBytes) continue;
+    output.write(block);
+    block.clear();
+  }
+  output.write(block);
+}
 
 class Batch {
  public:
@@ -117,11 +137,18 @@ class Batch {
       warn(input.path + ": succeeded on the second attempt; first failure: " + result.firstFailure);
     }
     if (result.hasChanged) warn(input.path + ": changed while it was read");
+    if (!result.omitted.empty()) reportOmitted(input, result);
     if (!result.warnings.empty()) tell(input.path + ": " + result.warnings);
     if (result.status == FileStatus::kEmpty) ++empty_;
     if (!isGood(result.status)) tell(result.message);
     if (!isGood(result.status) || !isDelivered) ++failed_;
     progress_.show(done_, failed_, input.path);
+  }
+
+  // An unpaired apostrophe ends the reading of prose, and a tree of scripts holds much of it: for
+  // such files of a walk the omitted key has to do.
+  void reportOmitted(const Input& input, const FileResult& result) {
+    if (!input.isFound || !result.isOtherText) warn(input.path + ": " + result.omitted);
   }
 
   // Returns false, with a message, if the answer cannot be written.
@@ -155,7 +182,11 @@ class Batch {
     } else {
       output_->write(task_.format->separator);
     }
-    output_->write(result.text);
+    if (task_.format->isSorted) {
+      lines_ += result.text;
+    } else {
+      output_->write(result.text);
+    }
   }
 
   void begin() {
@@ -169,6 +200,7 @@ class Batch {
   void finishOutput() {
     if (task_.wholeDocuments) return;
     if (!isBegun_) begin();
+    if (task_.format->isSorted) writeSorted(lines_, *output_);
     std::string text;
     task_.format->end(task_.settings, text);
     output_->write(text);
@@ -205,6 +237,7 @@ class Batch {
   std::uint64_t failed_ = 0;
   std::uint64_t empty_ = 0;
   const std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+  std::string lines_;  // of a format whose lines are sorted
   bool warned_ = false;
   bool isBegun_ = false;
 };

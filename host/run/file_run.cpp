@@ -3,9 +3,11 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <iterator>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -48,11 +50,23 @@ bool isColorWanted(const RunOptions& options) {
   return terminalWidth(STDOUT_FILENO) != 0 && (noColor == nullptr || *noColor == '\0');
 }
 
+// Where the output is; for standard output the current directory.
+std::string folderOfOutput(const RunOptions& options) {
+  namespace fs = std::filesystem;
+  fs::path folder = options.outDirectory.value_or("");
+  if (options.outputFile) folder = fs::path(*options.outputFile).parent_path();
+  std::error_code error;
+  return fs::canonical(folder.empty() ? fs::path(".") : folder, error).string();
+}
+
 FormatSettings settingsFor(const RunOptions& options) {
   FormatSettings settings;
   settings.color = isColorWanted(options);
   settings.depth = options.depth;
   settings.onlyLabels = options.onlyLabels;
+  settings.onlyKinds = options.onlyKinds;
+  settings.ranges = options.ranges;
+  settings.tagsFolder = folderOfOutput(options);
   if (!options.outDirectory) {
     settings.width = terminalWidth(STDOUT_FILENO);
     settings.escapeControlBytes = settings.width != 0;
@@ -71,6 +85,8 @@ WorkerTask taskFor(const RunOptions& options, const Diagnostics& diagnostics) {
   task.wholeDocuments = options.outDirectory.has_value();
   task.times = options.times;
   task.quiet = options.quiet;
+  task.findsOmissions = !options.quiet || options.strict || options.format->isJson;
+  task.keepsSources = task.findsOmissions || options.format->needsSource || options.ranges;
   return task;
 }
 

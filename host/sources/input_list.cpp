@@ -89,6 +89,7 @@ class InputFinder {
     } else {
       found_.push_back(inputs_.all.size());
       add(path, InputKind::kFile);
+      inputs_.all.back().isFound = true;
     }
   }
 

@@ -22,6 +22,7 @@ struct Input {
   std::string reason;       // of one that is not for the module
   std::uint64_t place = 0;  // among the inputs that are reported on, which kPassedOver is not
   std::string copy = {};    // the file that holds its text, if that is not at path
+  bool isFound = false;     // in a walk, and not named
 
   const std::string& textPath() const { return copy.empty() ? path : copy; }
 };

@@ -15,7 +15,9 @@
 #include <new>
 #include <string_view>
 #include <utility>
+#include <vector>
 
+#include "outline/omissions.h"
 #include "records/answer_path.h"
 #include "records/error_answer.h"
 #include "records/record_escapes.h"
@@ -71,6 +73,24 @@ int errorOfOpening(const std::string& path) {
   if (file < 0) return errno;
   ::close(file);
   return 0;
+}
+
+// The first so many bytes of the file, or as many as there are. A file that changes while it is
+// read is noticed by its state.
+std::string bytesOf(const std::string& path, std::uint64_t size) {
+  std::string bytes;
+  const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+  if (file < 0) return bytes;
+  bytes.resize(size);
+  std::size_t count = 0;
+  while (count < bytes.size()) {
+    const ssize_t more = readSome(file, bytes.data() + count, bytes.size() - count);
+    if (more <= 0) break;
+    count += static_cast<std::size_t>(more);
+  }
+  ::close(file);
+  bytes.resize(count);
+  return bytes;
 }
 
 // Flushes C's stdout. The module ignores the results of its writes, but the stream remembers a
@@ -177,8 +197,15 @@ class Worker {
     frame.hasChanged = !readUnchanged(input, report, frame) && !readUnchanged(input, report, frame);
     report.message = frame.message;
     frame.status = report.status;
+    std::vector<outline::Omission> omitted;
+    if (task_.findsOmissions && report.status == FileStatus::kAnswered) {
+      omitted = outline::findOmissions(report.source, report.answer);
+      report.omitted = &omitted;
+      frame.omitted = outline::describe(omitted);
+      frame.isOtherText = outline::isOtherText(omitted);
+    }
     std::string fault;
-    const bool isAnswer = task_.format->isAnswer && frame.hasAnswer;
+    const bool isAnswer = task_.format->isAnswer() && frame.hasAnswer;
     if (!isAnswer) fault = appendText(report, task_, frame.text);
     std::string_view text = isAnswer ? report.answer : frame.text;
     limitTime(kNoTimeLimit);
@@ -202,10 +229,15 @@ class Worker {
     report.status = FileStatus::kAnswered;
     report.sourceBytes = before.bytes();
     report.answer = {};
+    report.source = {};
     frame.hasAnswer = false;
     frame.message.clear();
     if (!mayBeRead(input, before, report, frame)) return true;
     ask(input, before, report, frame);
+    if (task_.keepsSources && report.status == FileStatus::kAnswered) {
+      source_ = bytesOf(input.textPath(), before.bytes());
+      report.source = source_;
+    }
     return !FileState(input.textPath()).differsFrom(before);
   }
 
@@ -285,6 +317,7 @@ class Worker {
   PluginModule plugin_;
   std::uint64_t memoryAtStart_ = peakMemory();  // with all that the parent has
   std::string renamedAnswer_;                   // of a text that is kept in another file
+  std::string source_;
   unsigned files_ = 0;
   bool isWornOut_ = false;
 };

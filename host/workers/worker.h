@@ -27,8 +27,10 @@ struct WorkerTask {
   bool wholeDocuments = false;  // each file is an output of its own
   bool writesOutput = false;    // workers write to standard output themselves: there is one file
   bool times = false;
-  bool quiet = false;      // discards the module's standard error
-  int standardError = -1;  // descriptor for it otherwise; -1 leaves it as it is
+  bool findsOmissions = false;  // looks for what answers leave out
+  bool keepsSources = false;    // keeps the bytes that the module saw
+  bool quiet = false;           // discards the module's standard error
+  int standardError = -1;       // descriptor for it otherwise; -1 leaves it as it is
 };
 
 // Asks for the module's version instead of for a file.

@@ -24,6 +24,7 @@ struct Header {
   std::uint64_t index = 0;
   std::uint64_t messageBytes = 0;
   std::uint64_t warningBytes = 0;
+  std::uint64_t omittedBytes = 0;
   std::uint64_t textBytes = 0;
   std::uint8_t kind = 0;
   std::uint8_t status = 0;
@@ -32,6 +33,7 @@ struct Header {
   std::uint8_t diagnosticsLost = 0;
   std::uint8_t hasChanged = 0;
   std::uint8_t isWritten = 0;
+  std::uint8_t isOtherText = 0;
   std::uint8_t outputError = 0;  // no system has more than 255
   std::uint64_t endMark = kMark;
 };
@@ -44,7 +46,7 @@ bool isSound(const Header& header) {
          header.kind <= static_cast<std::uint8_t>(FrameKind::kFile) &&
          header.status <= static_cast<std::uint8_t>(FileStatus::kTooLarge) &&
          header.messageBytes < kMaxPartBytes && header.warningBytes < kMaxPartBytes &&
-         header.textBytes < kMaxPartBytes;
+         header.omittedBytes < kMaxPartBytes && header.textBytes < kMaxPartBytes;
 }
 
 Header headerOf(std::string_view bytes) {
@@ -53,9 +55,12 @@ Header headerOf(std::string_view bytes) {
   return header;
 }
 
-std::size_t frameBytes(const Header& header) {
-  return sizeof header + header.messageBytes + header.warningBytes + header.textBytes;
+// Where the text begins.
+std::size_t openingBytes(const Header& header) {
+  return sizeof header + header.messageBytes + header.warningBytes + header.omittedBytes;
 }
+
+std::size_t frameBytes(const Header& header) { return openingBytes(header) + header.textBytes; }
 
 }  // namespace
 
@@ -64,6 +69,7 @@ int writeFrame(int descriptor, const Frame& frame, std::string_view text) {
   header.index = frame.index;
   header.messageBytes = frame.message.size();
   header.warningBytes = frame.warnings.size();
+  header.omittedBytes = frame.omitted.size();
   header.textBytes = text.size();
   header.kind = static_cast<std::uint8_t>(frame.kind);
   header.status = static_cast<std::uint8_t>(frame.status);
@@ -72,10 +78,11 @@ int writeFrame(int descriptor, const Frame& frame, std::string_view text) {
   header.diagnosticsLost = frame.diagnosticsLost ? 1 : 0;
   header.hasChanged = frame.hasChanged ? 1 : 0;
   header.isWritten = frame.isWritten ? 1 : 0;
+  header.isOtherText = frame.isOtherText ? 1 : 0;
   header.outputError = static_cast<std::uint8_t>(frame.outputError);
   std::string opening(sizeof header, '\0');
   std::memcpy(opening.data(), &header, sizeof header);
-  opening.append(frame.message).append(frame.warnings);
+  opening.append(frame.message).append(frame.warnings).append(frame.omitted);
 
   // Together, so that the parent does not wake up for the header alone.
   std::array<iovec, 2> parts = {
@@ -130,11 +137,17 @@ FrameReader::State FrameReader::next(Frame& frame) {
   frame.diagnosticsLost = header.diagnosticsLost != 0;
   frame.hasChanged = header.hasChanged != 0;
   frame.isWritten = header.isWritten != 0;
+  frame.isOtherText = header.isOtherText != 0;
   frame.outputError = header.outputError;
   frame.index = header.index;
-  frame.message = rest.substr(sizeof header, header.messageBytes);
-  frame.warnings = rest.substr(sizeof header + header.messageBytes, header.warningBytes);
-  const std::size_t textStart = taken_ + sizeof header + header.messageBytes + header.warningBytes;
+  std::size_t next = sizeof header;
+  const auto take = [rest, &next](std::uint64_t bytes) {
+    return rest.substr(std::exchange(next, next + bytes), bytes);
+  };
+  frame.message = take(header.messageBytes);
+  frame.warnings = take(header.warningBytes);
+  frame.omitted = take(header.omittedBytes);
+  const std::size_t textStart = taken_ + openingBytes(header);
   taken_ = textStart + header.textBytes;
   if (taken_ == bytes_.size()) {
     bytes_.erase(0, textStart);

@@ -27,10 +27,12 @@ struct Frame {
   bool diagnosticsLost = false;  // the module's lines could not be written
   bool hasChanged = false;       // the file, while it was read
   bool isWritten = false;        // the worker has written the text itself, or tried to
+  bool isOtherText = false;      // what has omitted
   int outputError = 0;           // the number of the error that kept it from that
   std::uint64_t index = 0;       // of the file among the inputs
   std::string message;
   std::string warnings;  // a line on what the module wrote to standard error; see CapturedErrors
+  std::string omitted;   // a line on what the answer leaves out, or empty
   std::string text;
 };
 

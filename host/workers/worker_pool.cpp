@@ -338,6 +338,8 @@ void WorkerPool::acceptFile(Slot& slot, Frame frame) {
   result.hasChanged = frame.hasChanged;
   result.message = std::move(frame.message);
   result.warnings = std::move(frame.warnings);
+  result.omitted = std::move(frame.omitted);
+  result.isOtherText = frame.isOtherText;
   result.text = std::move(frame.text);
   result.isWritten = frame.isWritten;
   result.outputError = frame.outputError;

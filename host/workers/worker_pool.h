@@ -30,6 +30,8 @@ struct FileResult {
   bool hasChanged = false;       // the file, each time that it was read
   std::string message;           // empty unless the file failed
   std::string warnings;          // a line on what the module wrote to standard error, or empty
+  std::string omitted;           // a line on what the answer leaves out, or empty
+  bool isOtherText = false;      // what has omitted
   std::string text;              // for the output
   bool isWritten = false;        // the worker has written the text itself, or tried to
   int outputError = 0;           // the number of the error that kept it from that

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "outline/omissions.h"
 #include "record_text_of.h"
 
 namespace {
@@ -36,7 +37,7 @@ std::string write(std::string_view format, const FileReport& report,
 }
 
 TEST(Format, FormsAreFoundByTheirNames) {
-  for (const char* name : {"raw", "json", "ndjson", "tree"}) {
+  for (const char* name : {"raw", "json", "ndjson", "tree", "outline", "ctags", "etags"}) {
     ASSERT_NE(host::findFormat(name), nullptr) << name;
     EXPECT_EQ(host::findFormat(name)->name, name);
   }
@@ -45,8 +46,9 @@ TEST(Format, FormsAreFoundByTheirNames) {
 }
 
 TEST(Format, NamesAreThoseOfAProperty) {
-  EXPECT_EQ(host::formatNames(), (std::vector<std::string_view>{"raw", "json", "ndjson", "tree"}));
-  EXPECT_EQ(host::formatNames([](const host::Format& format) { return format.hasTimes; }),
+  EXPECT_EQ(host::formatNames(), (std::vector<std::string_view>{"raw", "json", "ndjson", "tree",
+                                                                "outline", "ctags", "etags"}));
+  EXPECT_EQ(host::formatNames([](const host::Format& format) { return format.isJson; }),
             (std::vector<std::string_view>{"json", "ndjson"}));
 }
 
@@ -101,9 +103,34 @@ TEST(JsonFormat, HasEveryKeyOfARecord) {
   const std::string answer = exampleAnswer();
   EXPECT_EQ(write("json", {.path = "it's.js", .answer = answer, .sourceBytes = 77}),
             R"({"path":"it's.js","status":"answered","message":null,"sourceBytes":77,)"
-            R"("microseconds":null,"records":[)"
+            R"("microseconds":null,"omitted":null,"records":[)"
             "\n{" +
                 std::string(kRecordMembers) + "]}");
+}
+
+TEST(JsonFormat, TellsWhatIsLeftOut) {
+  using host::outline::Omission;
+  using host::outline::OmissionReason;
+  const std::vector<Omission> omitted = {{.reason = OmissionReason::kLongLines,
+                                          .lines = 1,
+                                          .lineCount = 3,
+                                          .bytes = 77'312,
+                                          .byteCount = 78'128,
+                                          .line = 2},
+                                         {.reason = OmissionReason::kOpenComment}};
+  const std::string expected =
+      R"("omitted":[{"reason":"long-lines","line":2,"lines":1,"lineCount":3,"bytes":77312,)"
+      R"("byteCount":78128},{"reason":"open-comment","line":0,"lines":0,"lineCount":0,"bytes":0,)"
+      R"("byteCount":0}],)";
+  for (const char* format : {"json", "ndjson"}) {
+    const std::string text =
+        write(format, {.path = "a.js", .answer = "[\n]\n", .omitted = &omitted});
+    EXPECT_NE(text.find(expected), std::string::npos) << text;
+  }
+  const std::vector<Omission> none;
+  EXPECT_NE(write("json", {.path = "a.js", .answer = "[\n]\n", .omitted = &none})
+                .find(R"("omitted":null,)"),
+            std::string::npos);
 }
 
 TEST(JsonFormat, PutsACommaBetweenRecords) {
@@ -112,7 +139,7 @@ TEST(JsonFormat, PutsACommaBetweenRecords) {
   EXPECT_NE(json.find("\"calloutIDs\":[]},\n{\"lineNumber\":0"), std::string::npos) << json;
   EXPECT_EQ(write("json", {.path = "a.js", .answer = "[\n]\n", .microseconds = 1500}),
             R"({"path":"a.js","status":"answered","message":null,"sourceBytes":0,)"
-            R"("microseconds":1500,"records":[]})");
+            R"("microseconds":1500,"omitted":null,"records":[]})");
 }
 
 TEST(JsonFormat, TellsWhyThereAreNoRecords) {
@@ -132,7 +159,7 @@ TEST(JsonFormat, TellsWhyThereAreNoRecords) {
         write("json",
               {.path = "a.js", .status = row.status, .message = "no\tluck", .answer = answer}),
         R"({"path":"a.js","status":")" + std::string(row.word) +
-            R"(","message":"no\tluck","sourceBytes":0,"microseconds":null,"records":[]})");
+            R"(","message":"no\tluck","sourceBytes":0,"microseconds":null,"omitted":null,"records":[]})");
   }
 }
 
@@ -179,18 +206,19 @@ TEST(NdjsonFormat, HasALineForEachThing) {
   EXPECT_EQ(write("ndjson", {.index = 41, .path = "it's.js", .answer = answer, .sourceBytes = 77}),
             R"({"type":"record","file":41,)" + std::string(kRecordMembers) + "\n" +
                 R"({"type":"file","file":41,"path":"it's.js","status":"answered","message":null,)"
-                R"("sourceBytes":77,"microseconds":null,"recordCount":1})"
+                R"("sourceBytes":77,"microseconds":null,"omitted":null,"recordCount":1})"
                 "\n");
 }
 
 TEST(NdjsonFormat, HasALineForAFileWithoutRecords) {
-  EXPECT_EQ(write("ndjson", {.path = "a\nb.js",
-                             .status = FileStatus::kCrashed,
-                             .message = "signal 11",
-                             .microseconds = 9}),
-            R"({"type":"file","file":0,"path":"a\nb.js","status":"crashed",)"
-            R"("message":"signal 11","sourceBytes":0,"microseconds":9,"recordCount":0})"
-            "\n");
+  EXPECT_EQ(
+      write("ndjson", {.path = "a\nb.js",
+                       .status = FileStatus::kCrashed,
+                       .message = "signal 11",
+                       .microseconds = 9}),
+      R"({"type":"file","file":0,"path":"a\nb.js","status":"crashed",)"
+      R"("message":"signal 11","sourceBytes":0,"microseconds":9,"omitted":null,"recordCount":0})"
+      "\n");
   const std::string cut = write("ndjson", {.path = "a.js", .answer = "[\n  {"});
   EXPECT_TRUE(cut.starts_with(R"({"type":"file","file":0,"path":"a.js","status":"unreadable",)"
                               R"("message":"the answer leaves)"))

@@ -147,15 +147,17 @@ TEST_F(OutDir, HasAWholeDocumentForEachFile) {
   const std::string header =
       R"({"type":"header","schema":1,"tool":"quorl-js","version":")" QUORL_VERSION
       "\",\"fileCount\":1}\n";
-  EXPECT_EQ(filesIn("out"),
-            (Files{{"no-memory.ndjson",
-                    header + R"({"type":"file","file":0,"path":"no-memory","status":"failed",)"
-                             R"("message":"no-memory: no memory for the answer",)"
-                             "\"sourceBytes\":0,\"microseconds\":null,\"recordCount\":0}\n"},
-                   {"no-records.ndjson",
-                    header + R"({"type":"file","file":0,"path":"no-records","status":"answered",)"
-                             "\"message\":null,\"sourceBytes\":0,\"microseconds\":null,"
-                             "\"recordCount\":0}\n"}}));
+  EXPECT_EQ(
+      filesIn("out"),
+      (Files{{"no-memory.ndjson",
+              header +
+                  R"({"type":"file","file":0,"path":"no-memory","status":"failed",)"
+                  R"("message":"no-memory: no memory for the answer",)"
+                  "\"sourceBytes\":0,\"microseconds\":null,\"omitted\":null,\"recordCount\":0}\n"},
+             {"no-records.ndjson",
+              header + R"({"type":"file","file":0,"path":"no-records","status":"answered",)"
+                       "\"message\":null,\"sourceBytes\":0,\"microseconds\":null,"
+                       "\"omitted\":null,\"recordCount\":0}\n"}}));
 }
 
 TEST_F(OutDir, HasNothingForWhatIsSkipped) {

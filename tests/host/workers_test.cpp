@@ -132,7 +132,7 @@ TEST_F(BadFiles, HaveTheirSizeInTheReport) {
   EXPECT_EQ(linesOf(run({"a.js", "--max-output=10", "--format=ndjson"}).out).at(1),
             R"({"type":"file","file":0,"path":"a.js","status":"too-large",)"
             R"x("message":"a.js: answer larger than 10 bytes (--max-output)",)x"
-            R"("sourceBytes":11,"microseconds":null,"recordCount":0})");
+            R"("sourceBytes":11,"microseconds":null,"omitted":null,"recordCount":0})");
 }
 
 TEST_F(BadFiles, ThatTakeTooMuchMemory) {
@@ -357,7 +357,7 @@ TEST_F(BadFiles, DoNotHangTheRunByWhatTheyPrint) {
 
 TEST_F(BadFiles, AreKnownInEveryFormat) {
   const std::string members = R"("path":"crash","status":"crashed","message":"crash: )" + kKilled +
-                              R"(","sourceBytes":0,"microseconds":null,)";
+                              R"(","sourceBytes":0,"microseconds":null,"omitted":null,)";
   const std::string head = R"("schema":1,"tool":"quorl-js","version":")" QUORL_VERSION "\"";
   struct Row {
     const char* option;
@@ -413,7 +413,7 @@ TEST_F(BadFiles, AreCountedInTheHeader) {
   EXPECT_NE(lines[0].find("\"fileCount\":3}"), std::string::npos) << lines[0];
   EXPECT_EQ(lines[1], R"({"type":"file","file":0,"path":"pipe","status":"failed","message":)"
                       R"("pipe: not a regular file, skipped","sourceBytes":0,"microseconds":null,)"
-                      R"("recordCount":0})");
+                      R"("omitted":null,"recordCount":0})");
   EXPECT_EQ(lines[2].rfind(R"({"type":"file","file":1,"path":"tree/a.js","status":"answered",)"
                            R"("message":null,"sourceBytes":2,)",
                            0),

@@ -79,9 +79,74 @@ TEST(Omissions, NameTheLimitOfOtherText) {
   EXPECT_EQ(found[0].reason, OmissionReason::kSizeLimit);
 }
 
+TEST(Omissions, NameACommentThatHasNoEnd) {
+  EXPECT_EQ(described("a.js", "f();\nglob(`**/*.js`);\ng();\n"),
+            "2 of 3 lines left out (20 of 27 bytes): in a comment that has no end, from line 2\n");
+  EXPECT_EQ(described("a.js", "f();\nx = '<!--';\ng();"),
+            "2 of 3 lines left out (15 of 21 bytes): in a comment that has no end, from line 2\n");
+  EXPECT_EQ(described("a.html", "<p>x</p>\r\n<!-- a\r\n<p>y</p>\r\n"),
+            "2 of 3 lines left out (14 of 28 bytes): in a comment that has no end, from line 2\n");
+  EXPECT_EQ(described("a.js", "f();\n/* a\n*/\nglob('**/*.js');\n// /*\n"), "");
+  EXPECT_EQ(described("a.js", "/* **/*.js */\nf();\n"), "");
+}
+
 TEST(Omissions, TellWhereReadingStoppedEarly) {
-  EXPECT_EQ(described("a.txt", "one;\ntwo;\nit's three;\nfour;\nfive;\n"),
-            "reading stopped early: last record on line 2 of 5\n");
+  struct Row {
+    const char* what;
+    const char* text;
+    const char* described;
+  };
+  const std::vector<Row> rows = {
+      {"an apostrophe", "one;\ntwo;\nit's three;\nfour;\nfive;\n", "last record on line 2 of 5"},
+      {"one in the first line", "it's one;\ntwo;\n", "no line of 2 has a record"},
+      {"a parenthesis", "one;\n\ntwo (three\nfour;\n", "last record on line 1 of 4"},
+      {"a comment", "one;\ntwo **/*.c three\nfour;\n", "last record on line 2 of 3"},
+      {"no end of the last line", "one;\nmany words", "last record on line 1 of 2"},
+      {"line feeds in a string", "one;\ntwo 'a\nb' c\nthree;\nit's four\n",
+       "last record on line 4 of 5"},
+      {"a brace too many behind a new scope", "}}one;\n}}}\nmany words;\n",
+       "last record on line 1 of 3"},
+      {"too many closing braces", "one;\n}}\n}\nmany words;\n", "last record on line 1 of 4"},
+  };
+  for (const Row& row : rows) {
+    EXPECT_EQ(described("a.txt", row.text),
+              std::string("reading stopped early: ") + row.described + "\n")
+        << row.what;
+  }
+}
+
+TEST(Omissions, AreNoneWhereOtherTextIsReadToItsEnd) {
+  const std::vector<std::string_view> texts = {
+      "it's one;\nit's two;\n",           // two apostrophes make a string
+      "\"it's\"\n'don\\'t'\none;\n",      // in a string, behind a backslash
+      "f(one,\n  two);\nthree;\n",        // over lines
+      "void f(void) {\n  g(\n}\none;\n",  // a brace closes parentheses
+      "one;\n}",                          // nothing to speak of
+      "one; /* many words */",
+      "#if A\none;\n#endif\n",
+      "one;\n\n\n",
+      "a {\n} }\none;\n",           // a brace too many, which leaves the class
+      "a {\n} }}\none;\n}}two;\n",  // a statement renews the scope
+      "}\na {\none;\n}}\ntwo;\n",
+  };
+  for (const std::string_view text : texts) EXPECT_EQ(described("a.txt", text), "") << text;
+}
+
+TEST(Omissions, TrustRecordsBehindAnOpenQuote) {
+  EXPECT_EQ(described("a.h", "#if 0\nit's\n#endif\none;\ntwo;\n"), "");
+}
+
+TEST(Omissions, AreNotKnownOfAnAnswerInNoFormat) {
+  EXPECT_TRUE(findOmissions("it's\none;\n", "[\nanything\n]\n").empty());
+  EXPECT_TRUE(findOmissions("", "[\n]\n").empty());
+}
+
+TEST(Omissions, AreDescribedOnOneLine) {
+  const std::string text = std::string(10'001, 'a') + "\n/*\n";
+  EXPECT_EQ(describe(omissionsOf("a.js", text)),
+            "1 of 2 lines left out (2 of 10,005 bytes): in a comment that has no end, from line 2; "
+            "1 of 2 lines left out (10,001 of 10,005 bytes): longer than 10,000 bytes");
+  EXPECT_EQ(describe(std::vector<Omission>()), "");
 }
 
 }  // namespace

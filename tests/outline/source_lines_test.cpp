@@ -18,6 +18,9 @@ TEST(SourceLines, EndAtEachKindOfLineBreak) {
   EXPECT_EQ(lines.text(5), "d");
   EXPECT_EQ(SourceLines("").count(), 1);
   EXPECT_EQ(SourceLines("a\n").count(), 2);
+  EXPECT_EQ(SourceLines("a\r").count(), 2);
+  EXPECT_EQ(SourceLines("\r\r\n\n\r").text(4), "");
+  EXPECT_EQ(SourceLines("\r\r\n\n\r").count(), 5);
 }
 
 TEST(SourceLines, FindBlockEndsByIndentation) {
