@@ -92,7 +92,6 @@ void Scanner::handleAssign() {
       }
       break;
     case Phase::kDeclared:
-      break;
     case Phase::kType:
       break;
     default:

@@ -121,7 +121,9 @@ inline constexpr Entry kEntries[] = {{"abstract", Word::kAbstract},
 inline constexpr std::size_t kSlots = 512;
 
 constexpr std::size_t slotOf(std::string_view text, std::size_t factor) {
-  const auto byte = [text](std::size_t at) { return static_cast<unsigned char>(text[at]); };
+  const auto byte = [text](std::size_t at) {
+    return std::size_t{static_cast<unsigned char>(text[at])};
+  };
   return (byte(0) * factor + byte(1) * 31 + byte(text.size() - 1) * 7 + text.size()) % kSlots;
 }
 
