@@ -26,7 +26,7 @@ ScriptDialect dialectOf(std::string_view path) {
 }
 
 std::vector<PlacedItem> outlineScript(std::string_view source, std::string_view answer,
-                                      std::string_view path) {
+                                      std::string_view path, std::vector<CommentLines>* comments) {
   const LineMap map = cleanedLines(source);
   SourceLines lines(source);
   const std::int32_t maxLines =
@@ -40,6 +40,7 @@ std::vector<PlacedItem> outlineScript(std::string_view source, std::string_view 
     items.push_back(script.itemOf(*record, std::min(line, lines.count()), lines));
   }
   script.addOthers(lines, items);
+  if (comments != nullptr) *comments = script.comments();
   return items;
 }
 
@@ -107,21 +108,34 @@ std::vector<PlacedItem> outlineOther(std::string_view source, std::string_view a
   return items;
 }
 
-}  // namespace
-
-std::vector<Item> makeOutline(std::string_view source, std::string_view answer) {
+// Without comments they are not looked for.
+std::vector<Item> outlineOf(std::string_view source, std::string_view answer,
+                            std::vector<CommentLines>* comments) {
   // Positions in scripts are of 32 bits.
   source = source.substr(0, std::numeric_limits<std::uint32_t>::max());
   std::string path;
-  switch (routeOf(answer, path)) {
+  const Route route = routeOf(answer, path);
+  if (comments != nullptr && route != Route::kScript) *comments = findComments(source);
+  switch (route) {
     case Route::kScript:
-      return nest(outlineScript(source, answer, path));
+      return nest(outlineScript(source, answer, path, comments));
     case Route::kPage:
       return nest(outlinePage(source, answer));
     case Route::kOther:
       break;
   }
   return nest(outlineOther(source, answer));
+}
+
+}  // namespace
+
+std::vector<Item> makeOutline(std::string_view source, std::string_view answer) {
+  return outlineOf(source, answer, nullptr);
+}
+
+std::vector<Item> makeOutline(std::string_view source, std::string_view answer,
+                              std::vector<CommentLines>& comments) {
+  return outlineOf(source, answer, &comments);
 }
 
 }  // namespace host::outline

@@ -17,6 +17,7 @@
 #include <string_view>
 #include <vector>
 
+#include "outline/comment_lines.h"
 #include "outline/item.h"
 
 namespace host::outline {
@@ -25,5 +26,9 @@ namespace host::outline {
 // module's for these bytes; records behind a fault in it are left out. The work grows linearly with
 // the two texts.
 std::vector<Item> makeOutline(std::string_view source, std::string_view answer);
+
+// The same, and the comments of several lines that begin their lines.
+std::vector<Item> makeOutline(std::string_view source, std::string_view answer,
+                              std::vector<CommentLines>& comments);
 
 }  // namespace host::outline

@@ -18,6 +18,10 @@ std::uint64_t openFileLimit();
 // learns of that when it next reads from its parent or writes to it.
 void endWithParent(pid_t parent);
 
+// A descriptor that becomes readable when the process ends; -1 for one that is not there or cannot
+// be watched.
+int watchProcess(pid_t process);
+
 // The memory of the machine in bytes, 0 where it is not told.
 std::uint64_t machineMemory();
 

@@ -33,6 +33,8 @@ ROOMS = {
     "sources": {"system"},
     "formats": {"system", "records"},
     "workers": {"system", "records", "sources", "formats", "plugin/plugin_api.h"},
+    "lsp": {"system", "records", "outline", "sources", "workers", "cli", "run/output.h",
+            "run/exit_status.h"},
     "cli": {"system", "sources", "formats", "records/labels.h", "workers/file_limits.h"},
     "run": {"system", "sources", "formats", "workers", "cli"},
     "merge": {"system", "records", "sources", "formats", "cli", "run/output.h",
