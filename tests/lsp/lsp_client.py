@@ -149,3 +149,13 @@ def replacement(start, end, text):
     """A change of the text between two (line, character) pairs."""
     return {"range": {"start": {"line": start[0], "character": start[1]},
                       "end": {"line": end[0], "character": end[1]}}, "text": text}
+
+
+def run_tests(module):
+    """Runs the test functions of a script."""
+    tests = [(name, test) for name, test in module.items() if name.startswith("test_")]
+    assert tests
+    for name, test in tests:
+        print(name, flush=True)
+        test()
+    print("%d tests passed" % len(tests))
