@@ -2,7 +2,7 @@
 
 usage: editors_test.py neovim | emacs | vscode  PROJECT_ROOT SERVER FOLDER
 
-Each opens a script with the settings of examples/editors, asks for its outline, edits it and asks
+Each opens a script with the settings of editors/, asks for its outline, edits it and asks
 again. Skipped, with exit status 77, without the editor or, for vscode, without npm's registry.
 """
 import os
@@ -49,7 +49,7 @@ def run(command):
 def neovim():
     if shutil.which("nvim") is None:
         skip("no neovim")
-    settings = ROOT / "examples" / "editors" / "neovim.lua"
+    settings = ROOT / "editors" / "neovim.lua"
     return run(["nvim", "--headless", "-n", "-u", settings, FOLDER / "shape.js", "-c",
                 "luafile %s" % (HERE / "neovim_check.lua")]), [
                     "symbol 1 [Class] Shape", "symbol 2 [Method] area", "symbol 6 [Function] scale",
@@ -66,7 +66,7 @@ def emacs():
     if subprocess.run(["emacs", "--batch", "--eval", load, "-l", "eglot"], check=False,
                       stderr=subprocess.DEVNULL).returncode != 0:
         skip("no eglot")
-    return run(["emacs", "--batch", "--eval", load, "-l", ROOT / "examples/editors/emacs.el", "-l",
+    return run(["emacs", "--batch", "--eval", load, "-l", ROOT / "editors/emacs.el", "-l",
                 HERE / "emacs_check.el", "--eval", '(check-file "shape.js")']), [
                     "symbol 0 Class -", "symbol 1 Shape 1",
                     "symbol 0 Method -", "symbol 1 Shape -", "symbol 2 area 2",
