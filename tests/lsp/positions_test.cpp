@@ -1,10 +1,13 @@
 #include "lsp/positions.h"
 
+#include <algorithm>
 #include <random>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
+
+#include "lsp/plain_text.h"
 
 namespace {
 
@@ -109,85 +112,25 @@ TEST(Edits, ReplaceRanges) {
   }
 }
 
-// The client's text in the plain reading: lines of units, in which positions are indices.
-class PlainText {
- public:
-  explicit PlainText(std::u16string text) : text_(std::move(text)) {}
-
-  void replace(Range range, const std::u16string& with) {
-    const std::size_t begin = offset(range.start);
-    text_.replace(begin, offset(range.end) - begin, with);
-  }
-
-  std::string utf8() const {
-    std::string result;
-    for (std::size_t i = 0; i < text_.size(); ++i) {
-      const char16_t unit = text_[i];
-      if (unit < 0x80) {
-        result += static_cast<char>(unit);
-      } else if (unit == 0xe4) {
-        result += "\xc3\xa4";
-      } else {
-        result += "\xf0\x9f\x98\x80";
-        ++i;
-      }
-    }
-    return result;
-  }
-
-  // A place between characters, and between lines.
-  Position anyPosition(std::mt19937& random) const {
-    std::size_t at = random() % (text_.size() + 1);
-    if (at > 0 && at < text_.size() && text_[at] == 0xde00) --at;
-    if (at > 0 && at < text_.size() && text_[at] == '\n' && text_[at - 1] == '\r') --at;
-    Position position;
-    for (std::size_t i = 0; i < at; ++i) {
-      const bool isPair = text_[i] == '\r' && i + 1 < text_.size() && text_[i + 1] == '\n';
-      if ((text_[i] == '\n' || text_[i] == '\r') && !isPair) {
-        ++position.line;
-        position.character = 0;
-      } else {
-        ++position.character;
-      }
-    }
-    return position;
-  }
-
- private:
-  std::size_t offset(Position position) const {
-    std::size_t at = 0;
-    for (std::uint32_t line = 0; line < position.line; ++at) {
-      const bool isPair = text_[at] == '\r' && at + 1 < text_.size() && text_[at + 1] == '\n';
-      if ((text_[at] == '\n' || text_[at] == '\r') && !isPair) ++line;
-    }
-    return at + position.character;
-  }
-
-  std::u16string text_;
-};
-
 TEST(Edits, KeepTheTextEqualToTheClients) {
-  const std::vector<std::pair<std::u16string, std::string>> pieces = {
-      {u"", ""},
-      {u"x", "x"},
-      {u"\n", "\n"},
-      {u"\r", "\r"},
-      {u"\r\n", "\r\n"},
-      {u"\xe4y", "\xc3\xa4y"},
-      {u"\xd83d\xde00", "\xf0\x9f\x98\x80"},
-      {u"ab\ncd\r", "ab\ncd\r"}};
+  const std::vector<std::u16string> pieces = {
+      u"", u"x", u"\n", u"\r", u"\r\n", u"\xe4y", u"\x20ac", u"\xd83d\xde00", u"ab\ncd\r"};
   std::mt19937 random(7);
-  for (int round = 0; round < 200; ++round) {
-    PlainText client(u"");
-    std::string server;
-    for (int edit = 0; edit < 100; ++edit) {
-      Position start = client.anyPosition(random);
-      Position end = random() % 3 == 0 ? client.anyPosition(random) : start;
-      if (end < start) std::swap(start, end);
-      const auto& [wide, narrow] = pieces[random() % pieces.size()];
-      client.replace({start, end}, wide);
-      replaceRange(server, {start, end}, narrow, Encoding::kUtf16);
-      ASSERT_EQ(server, client.utf8()) << round << " " << edit;
+  for (const Encoding encoding : {Encoding::kUtf8, Encoding::kUtf16}) {
+    for (int round = 0; round < 200; ++round) {
+      lsp_test::PlainText client(encoding);
+      std::string server;
+      for (int edit = 0; edit < 100; ++edit) {
+        const std::size_t begin = client.placeBefore(random() % (client.size() + 1));
+        const std::size_t behind = begin + random() % (client.size() - begin + 1);
+        const std::size_t end =
+            random() % 3 == 0 ? std::max(begin, client.placeBefore(behind)) : begin;
+        const std::u16string& piece = pieces[random() % pieces.size()];
+        const Range range = {client.positionOf(begin), client.positionOf(end)};
+        client.replace(begin, end, piece);
+        replaceRange(server, range, lsp_test::PlainText::utf8Of(piece), encoding);
+        ASSERT_EQ(server, client.utf8()) << round << " " << edit;
+      }
     }
   }
 }
