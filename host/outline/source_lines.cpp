@@ -6,10 +6,11 @@ namespace host::outline {
 
 SourceLines::SourceLines(std::string_view source) : source_(source) {
   starts_.push_back(0);
-  for (std::size_t at = source.find_first_of("\r\n"); at != std::string_view::npos;
-       at = source.find_first_of("\r\n", at)) {
-    at += source.substr(at).starts_with("\r\n") ? 2 : 1;
-    starts_.push_back(at);
+  // A plain loop: find_first_of makes a call for each byte.
+  for (std::size_t at = 0; at < source.size(); ++at) {
+    if (source[at] != '\n' && source[at] != '\r') continue;
+    if (source.substr(at).starts_with("\r\n")) ++at;
+    starts_.push_back(at + 1);
   }
 }
 
