@@ -88,7 +88,8 @@ class Worker {
     }
   }
 
-  bool isWornOut() const { return peakMemory() - memoryAtStart_ >= task_.maxGrowth; }
+  // Whether it has said that it takes no further request.
+  bool isWornOut() const { return isWornOut_; }
 
  private:
   void send(Frame& frame, std::string_view text) const {
@@ -97,7 +98,7 @@ class Worker {
     if (writeFrame(results_, frame, text) != 0) ::_exit(EXIT_FAILURE);
   }
 
-  void sendOutline(const Request& request) const {
+  void sendOutline(const Request& request) {
     Frame frame;
     frame.hasAnswer = true;
     limitTime(task_.limits.time);
@@ -105,7 +106,8 @@ class Worker {
     if (answer == nullptr) ::_exit(kWorkerOutOfMemory);
     const std::string bytes = outlineOf(request, answer);
     limitTime(std::chrono::microseconds(0));
-    frame.isLast = isWornOut();
+    isWornOut_ = peakMemory() - memoryAtStart_ >= task_.maxGrowth;
+    frame.isLast = isWornOut_;
     send(frame, bytes);
   }
 
@@ -150,6 +152,7 @@ class Worker {
   int results_;
   PluginModule plugin_;
   std::uint64_t memoryAtStart_ = peakMemory();  // with all that the server has
+  bool isWornOut_ = false;
 };
 
 void sendFailure(int results, FrameKind kind, const char* text) {

@@ -124,7 +124,7 @@ void Server::watchClient(const Json& parameters) {
 }
 
 void Server::startScan(const Request&) {
-  if (features_.watchesFiles && !folders_.empty()) registerForChanges();
+  if (features_.watchesFiles) registerForChanges();
   for (const std::string& folder : folders_) scan_.addFolder(folder);
   folders_.clear();
 }

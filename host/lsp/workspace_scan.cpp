@@ -106,6 +106,7 @@ void WorkspaceScan::handle(LaneReply reply) {
       connection_.log(MessageType::kWarning, current_ + ": " + reply.failure);
       found_.clear();
       if (!std::exchange(isWalking_, false)) index_.erase(current_);
+      if (reply.kind == LaneReply::Kind::kUnusable) cancel();  // it would be so for each file
       break;
   }
   ++done_;

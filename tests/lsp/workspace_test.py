@@ -6,6 +6,7 @@ import pathlib
 import shutil
 import subprocess
 import sys
+import time
 
 import lsp_client
 from lsp_client import Client, replacement, uri_of
@@ -43,6 +44,16 @@ def wait_for_scan(one):
 def search(one, query):
     return [(each["name"], each["location"]["uri"].rpartition("/")[2])
             for each in one.request("workspace/symbol", {"query": query})]
+
+
+def eventually(one, query, expected):
+    """A change of a file is found a moment later."""
+    for _ in range(3000):
+        found = search(one, query)
+        if found == expected:
+            return
+        time.sleep(0.01)
+    raise AssertionError((found, expected))
 
 
 def test_files_of_the_folders():
@@ -89,11 +100,7 @@ def test_older_clients():
         with client() as one:
             one.request("initialize", {"processId": None, "capabilities": {}, **root})
             one.notify("initialized", {})
-            for _ in range(1000):
-                if search(one, "one") == [("one", "a.js")]:
-                    break
-            else:
-                raise AssertionError("not found")
+            eventually(one, "one", [("one", "a.js")])
             assert one.notes == [] and one.end() == 0
 
 
@@ -112,14 +119,6 @@ def test_open_texts_count_before_files():
         one.notify("textDocument/didClose", {"textDocument": {"uri": uri}})
         assert search(one, "saved") == [("saved", "a.js")]
         assert one.end() == 0
-
-
-def eventually(one, query, expected):
-    for _ in range(2000):
-        found = search(one, query)
-        if found == expected:
-            return
-    raise AssertionError((found, expected))
 
 
 def test_changes_of_files():
