@@ -1,11 +1,12 @@
 """Runs the benchmarks and prints tables.
 
-usage: bench.py [--filter REGEX] [--rounds N] [--against REV | --peers | --many]
+usage: bench.py [--filter REGEX] [--rounds N] [--against REV | --peers | --many | --lsp [--edits N]]
 
-Without the last three: whole runs of the module by route and size, small files, and the steps of
+Without the last four: whole runs of the module by route and size, small files, and the steps of
 a run one by one. --against: whole runs of the module as it is and as it was at REV, alternately.
 --peers: whole processes of quorl-js and of other programs, alternately. --many: runs of quorl-js
-over ten thousand files, alternately with one worker and with two. Every figure is the median of
+over ten thousand files, alternately with one worker and with two. --lsp: edits of a script, with the
+language server and another one alternately; more than 1,000 without the other. Every figure is the median of
 the rounds. Build the programs first (./dev bench does).
 """
 import argparse
@@ -16,6 +17,7 @@ import subprocess
 import sys
 import tempfile
 
+import lsp
 import many
 import peers
 import texts
@@ -26,6 +28,7 @@ MODULE = BUILD / "bin" / "quorljs.so"
 ROUTES = ("script", "page", "c", "markdown")
 SIZES = ("10KB", "100KB", "1MB", "whole")
 NODE_BYTES = 400  # upper bound per node, to check memory use
+MOST_EDITS_WITH_PEER = 1000
 BUSY = 1.15  # warn if wall time exceeds processor time by this factor
 
 
@@ -170,6 +173,13 @@ def print_many(cache, rounds):
                 many.measure_starts(listing, quorl_js))
 
 
+def print_lsp(cache, options):
+    with_peer = options.edits <= MOST_EDITS_WITH_PEER
+    lines, rows = lsp.compare(cache, BUILD / "bin" / "quorl-js", options.edits, with_peer)
+    print_table("%d edits of a script of %d lines, each with its outline" % (options.edits, lines),
+                lsp.HEADS, rows)
+
+
 def main():
     parser = argparse.ArgumentParser(prog="./dev bench", description="Runs the benchmarks.")
     parser.add_argument("--filter", default=".*", metavar="REGEX",
@@ -179,10 +189,15 @@ def main():
     kind.add_argument("--against", metavar="REV", help="compare with an earlier commit")
     kind.add_argument("--peers", action="store_true", help="compare with other programs")
     kind.add_argument("--many", action="store_true", help="run over ten thousand files")
+    kind.add_argument("--lsp", action="store_true", help="edit a script with the language server")
+    parser.add_argument("--edits", type=int, default=200, help="edits with --lsp (default: 200)")
     options = parser.parse_args()
     cache = cache_folder()
     if options.many:
         print_many(cache, options.rounds)
+        return
+    if options.lsp:
+        print_lsp(cache, options)
         return
     folder = texts.prepare(cache)
     if options.peers:

@@ -73,7 +73,8 @@ install(FILES ${PROJECT_BINARY_DIR}/quorl-js.pc DESTINATION lib/pkgconfig COMPON
 
 # What there is to read: the pages lie beside each other, and below README, as their links say.
 install(FILES ${PROJECT_SOURCE_DIR}/README.md DESTINATION share/doc/quorl-js COMPONENT tool)
-install(FILES ${PROJECT_SOURCE_DIR}/docs/cli.md ${PROJECT_SOURCE_DIR}/docs/json-format.md
+install(FILES ${PROJECT_SOURCE_DIR}/docs/cli.md ${PROJECT_SOURCE_DIR}/docs/editors.md
+              ${PROJECT_SOURCE_DIR}/docs/json-format.md
               ${PROJECT_SOURCE_DIR}/docs/many-machines.md ${PROJECT_SOURCE_DIR}/docs/record-format.md
         DESTINATION share/doc/quorl-js/docs COMPONENT tool)
 

@@ -99,6 +99,18 @@ void writeOutlineSeeds(const fs::path& folder, const std::vector<Text>& texts) {
   }
 }
 
+// Each text as messages, which are edits too.
+void writeLspSeeds(const fs::path& folder, const std::vector<Text>& texts) {
+  fs::create_directories(folder / "lsp");
+  for (std::size_t i = 0; i < texts.size(); ++i) {
+    const std::string size = std::to_string(texts[i].bytes.size());
+    write(folder / "lsp" / texts[i].name,
+          static_cast<char>(i % 2) + ("Content-Length: " + size) + "\r\n\r\n" + texts[i].bytes);
+    write(folder / "lsp" / (texts[i].name + "_as_edits"),
+          static_cast<char>(i % 2) + texts[i].bytes);
+  }
+}
+
 std::vector<std::string_view> linesOf(std::string_view text) {
   std::vector<std::string_view> lines;
   while (!text.empty()) {
@@ -191,6 +203,7 @@ int main(int argc, char** argv) {
     for (const RouteSeeds& route : kRoutes) writeRouteSeeds(folder, route, texts);
     writeCleanerSeeds(folder, texts);
     writeOutlineSeeds(folder, texts);
+    writeLspSeeds(folder, texts);
     writeTokeniserSeeds(folder, texts);
     writeRecordSeeds(folder, texts);
     writeAnswerSeeds(folder);

@@ -17,20 +17,22 @@ void testRecordWriter(std::string_view input);
 void testRecordReader(std::string_view input);
 void testDefines(std::string_view input);
 void testOutline(std::string_view input);
+void testLsp(std::string_view input);
 
 struct Target {
   std::string_view name;
   void (*test)(std::string_view input);
 };
-inline constexpr std::array<Target, 9> kTargets{{{"script", testScript},
-                                                 {"page", testPage},
-                                                 {"scanner", testScanner},
-                                                 {"cleaner", testCleaner},
-                                                 {"tokeniser", testTokeniser},
-                                                 {"record_writer", testRecordWriter},
-                                                 {"record_reader", testRecordReader},
-                                                 {"defines", testDefines},
-                                                 {"outline", testOutline}}};
+inline constexpr std::array<Target, 10> kTargets{{{"script", testScript},
+                                                  {"page", testPage},
+                                                  {"scanner", testScanner},
+                                                  {"cleaner", testCleaner},
+                                                  {"tokeniser", testTokeniser},
+                                                  {"record_writer", testRecordWriter},
+                                                  {"record_reader", testRecordReader},
+                                                  {"defines", testDefines},
+                                                  {"outline", testOutline},
+                                                  {"lsp", testLsp}}};
 
 // Returns the target of that name, or null.
 constexpr const Target* findTarget(std::string_view name) {

@@ -17,6 +17,7 @@
 #include "cli/markdown_tables.h"
 #include "cli/option_table.h"
 #include "cli/run_options.h"
+#include "lsp/lsp.h"
 #include "merge/merge.h"
 #include "run/exit_status.h"
 #include "run/file_run.h"
@@ -75,6 +76,7 @@ int main(int argc, char** argv) {
   host::endRunOnSignals();
   try {
     if (argc > 1 && argv[1] == std::string_view("merge")) return host::runMerge(argc - 1, argv + 1);
+    if (argc > 1 && argv[1] == std::string_view("lsp")) return host::runLsp(argc - 1, argv + 1);
     return host::run(host::parseRunOptions(argc, argv));
   } catch (const host::BrokenPipe&) {
     host::endByBrokenPipe();

@@ -24,17 +24,6 @@ _quorl_js() {
     fi
 )";
 
-// Follows what is done for merge.
-constexpr std::string_view kBashCases = R"(        return
-    fi
-    # A word that may become merge or the name of a file.
-    if [[ $COMP_CWORD -eq 1 && -n $current && merge == "$current"* ]]; then
-        compopt -o filenames
-        mapfile -t COMPREPLY < <(compgen -W merge -f -- "$current")
-        return
-    fi
-    case $option in
-)";
 constexpr std::string_view kBashClosing = R"(    esac
 }
 
@@ -75,9 +64,25 @@ std::string namesOf(const Command& command) {
 
 std::string bashCompletion() {
   std::string script(kBashOpening);
-  script += "    if [[ ${COMP_WORDS[1]} == merge && $COMP_CWORD -gt 1 ]]; then\n";
-  script += "        [[ $current == -* ]] && " + bashReply(namesOf(kMerge)) + "\n";
-  script += kBashCases;
+  std::string words;
+  for (const Subcommand& each : kSubcommands) {
+    const std::string word(each.word);
+    words += (words.empty() ? "" : " ") + word;
+    script += "    if [[ ${COMP_WORDS[1]} == " + word + " && $COMP_CWORD -gt 1 ]]; then\n";
+    script += "        [[ $current == -* ]] && " + bashReply(namesOf(each.command)) + "\n";
+    script += "        return\n    fi\n";
+  }
+  script +=
+      "    # A word that may become a command or the name of a file.\n"
+      "    if [[ $COMP_CWORD -eq 1 && -n $current ]] &&\n"
+      "        compgen -W '" +
+      words +
+      "' -- \"$current\" >/dev/null; then\n"
+      "        compopt -o filenames\n"
+      "        mapfile -t COMPREPLY < <(compgen -W '" +
+      words +
+      "' -f -- \"$current\")\n"
+      "        return\n    fi\n    case $option in\n";
   for (const Option& option : kProgram.options) {
     if (option.argument.empty()) continue;
     script += "        ";

@@ -31,10 +31,15 @@ void appendFishOptions(std::string& out, const Command& command, std::string_vie
 
 std::string fishCompletion() {
   std::string script = "# fish completion for quorl-js\n\n";
-  appendFishOptions(script, kProgram, "not __fish_seen_subcommand_from merge");
-  script += "complete -c quorl-js -n __fish_is_first_token -a merge -d ";
-  script += fishQuoted("Join the ndjson outputs of several runs") + "\n";
-  appendFishOptions(script, kMerge, "__fish_seen_subcommand_from merge");
+  std::string words;
+  for (const Subcommand& each : kSubcommands) words.append(" ").append(each.word);
+  appendFishOptions(script, kProgram, "not __fish_seen_subcommand_from" + words);
+  for (const Subcommand& each : kSubcommands) {
+    const std::string word(each.word);
+    script += "complete -c quorl-js -n __fish_is_first_token -a " + word + " -d ";
+    script += fishQuoted(each.summary) + "\n";
+    appendFishOptions(script, each.command, "__fish_seen_subcommand_from " + word);
+  }
   return script;
 }
 

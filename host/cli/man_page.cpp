@@ -90,6 +90,9 @@ constexpr std::array kPlaces = {
     Place{"@EXAMPLES@", examples, kProgram},     Place{"@MERGE_SYNOPSIS@", synopses, kMerge},
     Place{"@MERGE_PURPOSE@", purpose, kMerge},   Place{"@MERGE_OPTIONS@", options, kMerge},
     Place{"@MERGE_STATUSES@", statuses, kMerge}, Place{"@MERGE_EXAMPLES@", examples, kMerge},
+    Place{"@LSP_SYNOPSIS@", synopses, kLsp},     Place{"@LSP_PURPOSE@", purpose, kLsp},
+    Place{"@LSP_OPTIONS@", options, kLsp},       Place{"@LSP_STATUSES@", statuses, kLsp},
+    Place{"@LSP_EXAMPLES@", examples, kLsp},
 };
 
 }  // namespace

@@ -31,8 +31,10 @@ void appendTables(std::string& out, const Command& command, const std::string& o
 std::string markdownTables() {
   std::string text;
   appendTables(text, kProgram, "");
-  text += "\n";
-  appendTables(text, kMerge, " of `merge`");
+  for (const Subcommand& each : kSubcommands) {
+    text += "\n";
+    appendTables(text, each.command, " of `" + std::string(each.word) + "`");
+  }
   return text;
 }
 

@@ -24,9 +24,10 @@ Words selectionWords() {
 
 constexpr std::string_view kSizes = "a size such as 64M or 2GiB, or 0 for no limit";
 
-constexpr std::array<std::string_view, 4> kSynopses = {
+constexpr std::array<std::string_view, 5> kSynopses = {
     "quorl-js FILE... [OPTION]...", "quorl-js --files-from LIST [FILE]... [OPTION]...",
-    "quorl-js --stdin NAME [OPTION]...", "quorl-js merge SHARD... [OPTION]..."};
+    "quorl-js --stdin NAME [OPTION]...", "quorl-js merge SHARD... [OPTION]...",
+    "quorl-js lsp [OPTION]..."};
 
 constexpr std::array kOptions = {
     Option{.name = "--recursive",
@@ -273,14 +274,55 @@ constexpr std::array kMergeExamples = {
             "quorl-js merge --files-from list shards/*.ndjson >records.ndjson"},
 };
 
+constexpr std::array<std::string_view, 1> kLspSynopses = {"quorl-js lsp [OPTION]..."};
+
+constexpr std::array kLspOptions = {
+    Option{.name = "--stdio",
+           .help = "Use standard input and output, as always",
+           .details = "Some editors pass it."},
+    Option{.name = "--trace",
+           .argument = "FILE",
+           .completion = Completion::kFiles,
+           .help = "Log every message to FILE",
+           .details = "FILE is overwritten. It holds the texts that are open in the editor."},
+    Option{.name = "--plugin",
+           .argument = "PATH",
+           .completion = Completion::kFiles,
+           .help = "Load the plug-in from PATH (default: the one installed with quorl-js)"},
+    Option{.name = "--timeout",
+           .argument = "SECONDS",
+           .values = "seconds such as 30 or 2.5, or 0 for no limit",
+           .help = "Give up on a file after SECONDS (default: 10; 0 = never)"},
+    Option{.name = "--max-size",
+           .argument = "SIZE",
+           .values = kSizes,
+           .help = "Skip files larger than SIZE (default: 256M; 0 = no limit)",
+           .details = "The search over the workspace skips files larger than 4M in any case."},
+    Option{.name = "--help", .shortName = "-h", .help = "Print this help"},
+};
+
+constexpr std::array kLspStatuses = {
+    ExitStatus{"0", "The editor has ended the server."},
+    ExitStatus{"1", "The editor has gone without a shutdown."},
+    ExitStatus{"2",
+               "The server could not be started: wrong usage, no plug-in, no directory for "
+               "texts that are not saved."},
+};
+
+constexpr std::array kLspExamples = {
+    Example{"What to enter as the server's command in an editor:", "quorl-js lsp"},
+    Example{"Log the messages of a session:", "quorl-js lsp --trace /tmp/lsp.log"},
+};
+
 }  // namespace
 
 constinit const Command kProgram = {
     "quorl-js",
     "FILE",
     kSynopses,
-    "Print the structure records of each FILE. merge joins the ndjson output of several runs; see "
-    "quorl-js merge --help.",
+    "Print the structure records of each FILE. merge joins the ndjson output of several runs, lsp "
+    "is "
+    "a language server for editors; see quorl-js merge --help and quorl-js lsp --help.",
     kOptions,
     {.name = "--", .help = "Treat every further argument as a FILE"},
     kStatuses,
@@ -299,6 +341,30 @@ constinit const Command kMerge = {
     {.name = "--", .help = "Treat every further argument as a SHARD"},
     kMergeStatuses,
     kMergeExamples};
+
+constinit const Command kLsp = {
+    "quorl-js lsp",
+    "ARGUMENT",
+    kLspSynopses,
+    "Serve an editor over standard input and output, by the Language Server Protocol: outlines, "
+    "folding, selections, and symbols of the workspace, also for files that do not compile. Texts "
+    "that are not saved lie in a private directory below TMPDIR meanwhile.",
+    kLspOptions,
+    {.name = "--", .help = "End the options"},
+    kLspStatuses,
+    kLspExamples,
+    {},
+    Completion::kNothing};
+
+namespace {
+
+constexpr std::array kSubcommandRows = {
+    Subcommand{"merge", kMerge, "Join the ndjson outputs of several runs"},
+    Subcommand{"lsp", kLsp, "Serve an editor by the Language Server Protocol"}};
+
+}  // namespace
+
+constinit const std::span<const Subcommand> kSubcommands = kSubcommandRows;
 
 std::string labelOf(const Option& option) {
   std::string label;

@@ -46,10 +46,21 @@ struct Command {
   std::span<const ExitStatus> statuses;
   std::span<const Example> examples;
   std::span<const Option> hiddenOptions = {};  // for the build; no text names them
+  Completion operandCompletion = Completion::kFiles;
 };
 
 extern const Command kProgram;  // the program as such
 extern const Command kMerge;    // what it does when its first argument is merge
+extern const Command kLsp;      // and when it is lsp
+
+// A command of the program that its first argument names.
+struct Subcommand {
+  std::string_view word;
+  const Command& command;
+  std::string_view summary;  // as much as a completion has room for
+};
+
+extern const std::span<const Subcommand> kSubcommands;
 
 // "-j, --jobs N".
 std::string labelOf(const Option& option);

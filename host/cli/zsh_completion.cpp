@@ -64,13 +64,20 @@ void appendZshArguments(std::string& out, const Command& command, std::string_vi
 }  // namespace
 
 std::string zshCompletion() {
-  std::string script =
-      "#compdef quorl-js\n\nif (( CURRENT > 2 )) && [[ $words[2] == merge ]]; then\n";
-  appendZshArguments(script, kMerge, "  ");
-  script += "    '*:SHARD:_files'\n  return\nfi\n";
+  std::string script = "#compdef quorl-js\n\n";
+  std::string words;
+  for (const Subcommand& each : kSubcommands) {
+    words.append(words.empty() ? "" : " ").append(each.word);
+    script.append("if (( CURRENT > 2 )) && [[ $words[2] == ").append(each.word);
+    script += " ]]; then\n";
+    appendZshArguments(script, each.command, "  ");
+    const bool takesFiles = each.command.operandCompletion == Completion::kFiles;
+    script.append("    '*:").append(each.command.operand);
+    script.append(takesFiles ? ":_files'" : ": '").append("\n  return\nfi\n");
+  }
   appendZshArguments(script, kProgram, "");
-  return script +
-         R"x(  '1:FILE or command:{_alternative "commands\:command\:(merge)" "files\:file\:_files"}' \)x"
+  return script + R"x(  '1:FILE or command:{_alternative "commands\:command\:()x" + words +
+         R"x()" "files\:file\:_files"}' \)x"
          "\n  '*:FILE:_files'\n";
 }
 

@@ -27,7 +27,8 @@ ScriptDialect dialectOf(std::string_view path) {
 }
 
 std::vector<PlacedItem> outlineScript(std::string_view source, std::string_view answer,
-                                      std::string_view path, std::string& fault) {
+                                      std::string_view path, std::string& fault,
+                                      std::vector<CommentLines>* comments) {
   const LineMap map = cleanedLines(source);
   SourceLines lines(source);
   const std::int32_t maxLines =
@@ -43,6 +44,7 @@ std::vector<PlacedItem> outlineScript(std::string_view source, std::string_view 
   }
   fault = records.fault();
   script.addOthers(lines, items);
+  if (comments != nullptr) *comments = script.comments();
   return items;
 }
 
@@ -114,16 +116,18 @@ std::vector<PlacedItem> outlineOther(std::string_view source, std::string_view a
 
 }  // namespace
 
-std::vector<Item> makeOutline(std::string_view source, std::string_view answer,
-                              std::string* fault) {
+std::vector<Item> makeOutline(std::string_view source, std::string_view answer, std::string* fault,
+                              std::vector<CommentLines>* comments) {
   // Positions in scripts are of 32 bits.
   source = source.substr(0, std::numeric_limits<std::uint32_t>::max());
   std::string path;
   std::string ownFault;
   std::string& found = fault == nullptr ? ownFault : *fault;
-  switch (routeOf(answer, path)) {
+  const Route route = routeOf(answer, path);
+  if (comments != nullptr && route != Route::kScript) *comments = findComments(source);
+  switch (route) {
     case Route::kScript:
-      return nest(outlineScript(source, answer, path, found));
+      return nest(outlineScript(source, answer, path, found, comments));
     case Route::kPage:
       return nest(outlinePage(source, answer, found));
     case Route::kOther:

@@ -18,14 +18,17 @@
 #include <string_view>
 #include <vector>
 
+#include "outline/comment_lines.h"
 #include "outline/item.h"
 
 namespace host::outline {
 
 // Items in the order of their first lines, each behind the item that contains it. The answer is the
-// module's for these bytes; records behind a fault in it are left out, and the fault is told where
-// that is wanted. The work grows linearly with the two texts.
+// module's for these bytes; records behind a fault in it are left out. Unless they are null, fault
+// gets one line on that fault, and comments the comments of several lines that begin their lines.
+// The work grows linearly with the two texts.
 std::vector<Item> makeOutline(std::string_view source, std::string_view answer,
-                              std::string* fault = nullptr);
+                              std::string* fault = nullptr,
+                              std::vector<CommentLines>* comments = nullptr);
 
 }  // namespace host::outline

@@ -30,7 +30,10 @@ class Scanner {
 
   void run();
 
-  ScriptStructure take() { return std::move(structure_); }
+  ScriptStructure take() {
+    structure_.comments = tokens_.takeComments();
+    return std::move(structure_);
+  }
   std::size_t faults() const { return faults_; }
   bool hasReadJsx() const { return hasReadJsx_; }
 

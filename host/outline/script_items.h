@@ -22,6 +22,8 @@ class ScriptItems {
   // The item of the record of a line. lines are those of the whole source.
   PlacedItem itemOf(const Record& record, std::int32_t line, SourceLines& lines);
 
+  const std::vector<CommentLines>& comments() const { return structure_.comments; }
+
   // Adds the definitions on lines that no record has asked for, but for lines that the module
   // leaves out.
   void addOthers(SourceLines& lines, std::vector<PlacedItem>& items) const;

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "outline/comment_lines.h"
 #include "outline/item.h"
 
 namespace host::outline {
@@ -31,6 +32,7 @@ struct LineFacts {
 struct ScriptStructure {
   std::vector<Definition> definitions;  // in the order of the source
   std::vector<LineFacts> lines;         // from the first line on; may be shorter than the text
+  std::vector<CommentLines> comments;   // that begin their lines and have several
 };
 
 struct ScriptDialect {

@@ -77,19 +77,31 @@ bool ScriptTokens::skipBlanks() {
     } else if (is(byte, kLineBreak)) {
       takeLineBreak();
       lineBreak_ = true;
-    } else if (byte == '/' && at(position_ + 1) == '/') {
-      skipLineComment();
-    } else if (byte == '/' && at(position_ + 1) == '*') {
-      skipBlockComment();
-    } else if (byte == '<' && text_.substr(position_).starts_with("<!--")) {
-      skipLineComment();
-    } else if (byte == '-' && lineBreak_ && text_.substr(position_).starts_with("-->")) {
-      skipLineComment();
     } else {
-      return true;
+      const std::int32_t line = line_;
+      const bool beginsLine = lineBreak_;
+      if (!skipComment()) return true;
+      if (beginsLine) comments_.add(line, line_);
     }
   }
   return false;
+}
+
+// Skips the comment that begins here; false if none does.
+bool ScriptTokens::skipComment() {
+  const char byte = text_[position_];
+  if (byte == '/' && at(position_ + 1) == '/') {
+    skipLineComment();
+  } else if (byte == '/' && at(position_ + 1) == '*') {
+    skipBlockComment();
+  } else if (byte == '<' && text_.substr(position_).starts_with("<!--")) {
+    skipLineComment();
+  } else if (byte == '-' && lineBreak_ && text_.substr(position_).starts_with("-->")) {
+    skipLineComment();
+  } else {
+    return false;
+  }
+  return true;
 }
 
 Token ScriptTokens::start() {

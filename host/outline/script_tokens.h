@@ -8,6 +8,9 @@
 
 #include <cstdint>
 #include <string_view>
+#include <vector>
+
+#include "outline/comment_lines.h"
 
 namespace host::outline {
 
@@ -63,9 +66,13 @@ class ScriptTokens {
   }
   std::int32_t line() const { return line_; }
 
+  // The comments so far that begin their lines.
+  std::vector<CommentLines> takeComments() { return comments_.take(); }
+
  private:
   char at(std::size_t position) const { return position < text_.size() ? text_[position] : '\0'; }
   bool skipBlanks();
+  bool skipComment();
   void takeLineBreak();
   void skipLineComment();
   void skipBlockComment();
@@ -82,6 +89,7 @@ class ScriptTokens {
   std::size_t position_ = 0;
   std::size_t noRegexBefore_ = 0;
   std::int32_t line_;
+  CommentRuns comments_;
   bool readsJsx_;
   bool lineBreak_ = true;  // since the last token
 };

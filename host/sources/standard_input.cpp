@@ -19,11 +19,6 @@ namespace {
 
 constexpr std::size_t kReadBytes = std::size_t{64} * 1024;
 
-std::string parentDirectory() {
-  const char* const given = std::getenv("TMPDIR");
-  return given == nullptr || *given == '\0' ? "/tmp" : given;
-}
-
 void copyStandardInput(int file, const std::string& path, std::uint64_t limit) {
   std::array<char, kReadBytes> block;
   for (std::uint64_t total = 0; limit == 0 || total <= limit;) {
@@ -49,13 +44,13 @@ void removeBoth(const std::string& directory, const std::string& file) {
 }  // namespace
 
 StandardInputCopy::StandardInputCopy(const std::string& path, std::uint64_t limit)
-    : directory_(parentDirectory() + "/quorl-js-XXXXXX") {
+    : directory_(temporaryParent() + "/quorl-js-XXXXXX") {
   const std::string name = path.substr(path.rfind('/') + 1);
   int file = -1;
   {
     const SignalsHeld held;
     if (::mkdtemp(directory_.data()) == nullptr) {
-      throw systemFailure("temporary directory in " + parentDirectory(), errno);
+      throw systemFailure("temporary directory in " + temporaryParent(), errno);
     }
     file_ = directory_ + "/" + name;
     noteTemporaryDirectory(directory_, file_);

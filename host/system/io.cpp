@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstdlib>
 
 #include "system/failure.h"
 
@@ -58,6 +59,11 @@ int writeAll(int descriptor, std::string_view text) {
 }
 
 int closeWritten(int descriptor) { return ::close(descriptor) != 0 && errno != EINTR ? errno : 0; }
+
+std::string temporaryParent() {
+  const char* const given = std::getenv("TMPDIR");
+  return given == nullptr || *given == '\0' ? "/tmp" : given;
+}
 
 int outOfTheWay(int descriptor) {
   const int copy = ::fcntl(descriptor, F_DUPFD_CLOEXEC, kFirstFreeDescriptor);

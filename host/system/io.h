@@ -23,6 +23,9 @@ int writeAll(int descriptor, std::string_view text);
 // Returns 0, or the error number.
 int closeWritten(int descriptor);
 
+// The directory for temporary files: TMPDIR, or /tmp.
+std::string temporaryParent();
+
 // Descriptors of our own start here, so that they never stand in for a closed 0, 1 or 2.
 inline constexpr int kFirstFreeDescriptor = 3;
 

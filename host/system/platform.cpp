@@ -9,8 +9,11 @@
 #ifdef __linux__
 #include <sched.h>
 #include <sys/prctl.h>
+#include <sys/syscall.h>
 
 #include <csignal>
+#else
+#include <sys/event.h>
 #endif
 
 #include <algorithm>
@@ -54,6 +57,25 @@ unsigned availableCores() {
 #endif
   return std::max(std::thread::hardware_concurrency(), 1U);
 }
+
+#ifdef __linux__
+
+int watchProcess(pid_t process) { return static_cast<int>(::syscall(SYS_pidfd_open, process, 0)); }
+
+#else
+
+int watchProcess(pid_t process) {
+  const int queue = ::kqueue();
+  if (queue < 0) return -1;
+  ::fcntl(queue, F_SETFD, FD_CLOEXEC);
+  struct kevent end {};
+  EV_SET(&end, process, EVFILT_PROC, EV_ADD, NOTE_EXIT, 0, nullptr);
+  if (::kevent(queue, &end, 1, nullptr, 0, nullptr) == 0) return queue;
+  ::close(queue);
+  return -1;
+}
+
+#endif
 
 std::uint64_t machineMemory() {
   const long pages = ::sysconf(_SC_PHYS_PAGES);

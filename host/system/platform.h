@@ -17,6 +17,10 @@ std::uint64_t openFileLimit();
 // when it next reads from its parent or writes to it.
 void endWithParent(pid_t parent);
 
+// A descriptor that becomes readable when the process ends; -1 for one that is not there or cannot
+// be watched.
+int watchProcess(pid_t process);
+
 // The memory of the machine in bytes, or 0 if unknown.
 std::uint64_t machineMemory();
 

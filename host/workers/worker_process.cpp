@@ -7,6 +7,7 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <string_view>
 #include <thread>
 #include <utility>
@@ -55,7 +56,12 @@ bool ProcessEnd::isWithStatus(int status) const {
   return WIFEXITED(state) && WEXITSTATUS(state) == status;
 }
 
-WorkerProcess::WorkerProcess(const WorkerTask& task,
+WorkerProcess::WorkerProcess(const WorkerTask& task, std::span<const WorkerProcess* const> siblings)
+    : WorkerProcess([&task](int requests, int results,
+                            CapturedErrors& errors) { work(task, requests, results, errors); },
+                    siblings) {}
+
+WorkerProcess::WorkerProcess(const WorkerBody& body,
                              std::span<const WorkerProcess* const> siblings) {
   const std::optional<Pipe> requests = makePipe();
   const std::optional<Pipe> results = requests ? makePipe() : std::nullopt;
@@ -71,7 +77,7 @@ WorkerProcess::WorkerProcess(const WorkerTask& task,
   {
     const SignalsHeld held;
     pid_ = ::fork();
-    if (pid_ == 0) becomeWorker(task, parent, requests->readEnd, results->writeEnd, siblings);
+    if (pid_ == 0) becomeWorker(body, parent, requests->readEnd, results->writeEnd, siblings);
     if (pid_ > 0) noteWorker(pid_);
   }
   const int error = errno;
@@ -92,7 +98,7 @@ WorkerProcess::~WorkerProcess() {
   closeOurEnds();
 }
 
-void WorkerProcess::becomeWorker(const WorkerTask& task, pid_t parent, int requestsEnd,
+void WorkerProcess::becomeWorker(const WorkerBody& body, pid_t parent, int requestsEnd,
                                  int resultsEnd,
                                  std::span<const WorkerProcess* const> siblings) noexcept {
   endWithParent(parent);
@@ -101,7 +107,8 @@ void WorkerProcess::becomeWorker(const WorkerTask& task, pid_t parent, int reque
   for (const auto& sibling : siblings) {
     if (sibling != nullptr) sibling->closeOurEnds();
   }
-  work(task, requestsEnd, resultsEnd, errors_);
+  body(requestsEnd, resultsEnd, errors_);
+  ::_exit(EXIT_FAILURE);
 }
 
 void WorkerProcess::closeOurEnds() const {
@@ -110,8 +117,11 @@ void WorkerProcess::closeOurEnds() const {
 }
 
 void WorkerProcess::request(std::uint64_t index) {
-  // A worker that is gone is noticed by the end of its frames.
-  writeAll(requests_, std::string_view(reinterpret_cast<const char*>(&index), sizeof index));
+  request(std::string_view(reinterpret_cast<const char*>(&index), sizeof index));
+}
+
+void WorkerProcess::request(std::string_view bytes) {
+  writeAll(requests_, bytes);  // a worker that is gone is noticed by the end of its frames
 }
 
 void WorkerProcess::endRequests() { closeIfOpen(std::exchange(requests_, -1)); }

@@ -6,9 +6,11 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 
 #include "workers/worker.h"
 #include "workers/worker_frame.h"
@@ -26,18 +28,25 @@ struct ProcessEnd {
   bool isWithStatus(int status) const;
 };
 
+// What a worker runs: it reads requests from the first descriptor, writes frames to the second, and
+// ends its process.
+using WorkerBody = std::function<void(int requests, int results, CapturedErrors& errors)>;
+
 class WorkerProcess {
  public:
   // Forks. The child closes the pipes of its siblings. Throws Failure when the system has no
   // process or pipe to give.
+  WorkerProcess(const WorkerBody& body, std::span<const WorkerProcess* const> siblings);
   WorkerProcess(const WorkerTask& task, std::span<const WorkerProcess* const> siblings);
   WorkerProcess(const WorkerProcess&) = delete;
   WorkerProcess& operator=(const WorkerProcess&) = delete;
   ~WorkerProcess();  // kills it if it has not ended
 
-  void request(std::uint64_t index);  // not after endRequests
-  void endRequests();                 // it finishes what it has, and ends
-  void abandon();                     // it ends when it next writes to its parent
+  // Neither after endRequests.
+  void request(std::uint64_t index);
+  void request(std::string_view bytes);
+  void endRequests();  // it finishes what it has, and ends
+  void abandon();      // it ends when it next writes to its parent
 
   int results() const { return results_; }
   CapturedErrors& errors() { return errors_; }
@@ -51,7 +60,7 @@ class WorkerProcess {
   std::optional<ProcessEnd> waitForEnd(std::chrono::milliseconds longest);
 
  private:
-  [[noreturn]] void becomeWorker(const WorkerTask& task, pid_t parent, int requestsEnd,
+  [[noreturn]] void becomeWorker(const WorkerBody& body, pid_t parent, int requestsEnd,
                                  int resultsEnd,
                                  std::span<const WorkerProcess* const> siblings) noexcept;
   void closeOurEnds() const;

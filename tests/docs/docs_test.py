@@ -4,8 +4,8 @@ usage: docs_test.py PROJECT_ROOT BUILD_FOLDER MODULE
 
 A block fenced as "console" holds commands after "$ ", each followed by its output, standard error
 included. One shell runs a block, in the project's root, with quorl-js on the path, PLUGIN set to
-the module, BUILD to the build folder and SCRATCH to an empty folder. A block fenced as "c",
-"python" or "bash" must equal a file of examples/, and each line of a "cmake" block must occur in
+the module, BUILD to the build folder and SCRATCH to an empty folder. A block fenced as a language
+of EXAMPLES must equal a file of examples/ or editors/, and each line of a "cmake" block must occur in
 the project that the tests build from an installed tree. Links to files must exist. Of "./dev run"
 only the final program is run, the one of this build; the one command that is shown but not run is
 the one that runs this test.
@@ -19,7 +19,9 @@ import tempfile
 
 FENCE = re.compile(r"^```(\w+)\n(.*?)^```$", re.M | re.S)
 LINK = re.compile(r"\]\(([^)#:]+)(#[^)]*)?\)")
-SHELL_COMMANDS = {"./dev run examples/tour.js", "./dev test"}
+SHELL_COMMANDS = {"./dev run examples/tour.js", "./dev test", "cd editors/vscode", "npm ci",
+                  "npm run package", "code --install-extension quorl-js-1.0.0.vsix"}
+EXAMPLES = {"c", "python", "bash", "lua", "elisp", "js", "toml", "json"}
 CONSUMER = "tests/install/consumer/CMakeLists.txt"
 MARK = "<end of output>"
 
@@ -54,9 +56,10 @@ def check_block(language, block, root, run):
         known = (root / CONSUMER).read_text().splitlines()
         return ["not in %s: %s" % (CONSUMER, line) for line in block.splitlines()
                 if line and not line.startswith("#") and line not in known]
-    if language in ("c", "python", "bash"):
-        files = [path.read_text() for path in (root / "examples").iterdir() if path.is_file()]
-        return [] if block in files else ["no file of examples/ holds this block whole:\n" + block]
+    if language in EXAMPLES:
+        files = [path.read_text() for folder in ("examples", "editors", "editors/vscode")
+                 for path in (root / folder).iterdir() if path.is_file()]
+        return [] if block in files else ["no example holds this block whole:\n" + block]
     return ["no rule for blocks fenced as " + language]
 
 

@@ -375,7 +375,8 @@ TEST_F(Help, ListsOptionsAndExitStatuses) {
   EXPECT_EQ(outcome.out.rfind("Usage: quorl-js FILE... [OPTION]...\n"
                               "       quorl-js --files-from LIST [FILE]... [OPTION]...\n"
                               "       quorl-js --stdin NAME [OPTION]...\n"
-                              "       quorl-js merge SHARD... [OPTION]...\n",
+                              "       quorl-js merge SHARD... [OPTION]...\n"
+                              "       quorl-js lsp [OPTION]...\n",
                               0),
             0U)
       << outcome;
@@ -414,7 +415,8 @@ TEST_F(Help, ListsOptionsAndExitStatuses) {
 
 // The lines of each option: the first begins with its name, further ones are indented.
 TEST_F(Help, NeedsTwoLinesForAnOptionAtMost) {
-  for (const Words& arguments : {Words{"--help"}, Words{"merge", "--help"}}) {
+  for (const Words& arguments :
+       {Words{"--help"}, Words{"merge", "--help"}, Words{"lsp", "--help"}}) {
     std::istringstream lines(run(arguments).out);
     int options = 0;
     int linesOfOption = 0;

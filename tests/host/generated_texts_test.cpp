@@ -171,6 +171,8 @@ TEST_F(Completions, OfBash) {
       {"no options behind --", "-- --", ""},
       {"the other command", "me", "(-o filenames)melon.js merge"},
       {"a file that is no command", "merger", ""},
+      {"another command", "ls", "(-o filenames)lsp"},
+      {"options of that", "lsp -", "--stdio --trace --plugin --timeout --max-size --help -h"},
       {"options of the other command", "merge -", "--files-from -0 --null -o --output -h --help"},
       {"files for it", "merge --files-from ''", ""},
       {"no command but as the first word", "f merge --n",
@@ -214,7 +216,7 @@ TEST_F(Completions, OfZsh) {
              "(-j --jobs)--jobs=[Parse N files in parallel, 1 to 256]:N: ",
              "--color=[Color the tree]:WHEN:(auto always never)", diagnostics,
              "(-h --help)--help[Print this help]", "*:FILE:_files",
-             R"x(1:FILE or command:{_alternative "commands\:command\:(merge)" )x"
+             R"x(1:FILE or command:{_alternative "commands\:command\:(merge lsp)" )x"
              R"x("files\:file\:_files"})x"}) {
     EXPECT_NE(("\n" + read).find("\n" + line + "\n"), std::string::npos) << line << "\nis not in\n"
                                                                          << read;
@@ -268,6 +270,9 @@ TEST_F(Completions, OfFish) {
       {"quorl-js folder/f.js me", ""},
       {"quorl-js merge --n", "--null\tSplit LIST at NUL bytes instead of line feeds\n"},
       {"quorl-js merge folder/", "folder/f.js\n"},
+      {"quorl-js ls", "lsp\tServe an editor by the Language Server Protocol\n"},
+      {"quorl-js lsp --t",
+       "--timeout\tGive up on a file after SECONDS\n--trace\tLog every message to FILE\n"},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.line);
@@ -287,12 +292,13 @@ TEST_F(ManualPage, HasItsSections) {
     if (line.rfind("# ", 0) == 0) sections.push_back(line.substr(2));
   }
   EXPECT_EQ(sections, (Words{"NAME", "SYNOPSIS", "DESCRIPTION", "WHICH FILES ARE READ", "LIMITS",
-                             "OUTPUT FILES", "OPTIONS", "EXIT STATUS", "MERGE", "FILES", "EXAMPLES",
-                             "SEE ALSO"}));
+                             "OUTPUT FILES", "OPTIONS", "EXIT STATUS", "MERGE", "LSP", "FILES",
+                             "EXAMPLES", "SEE ALSO"}));
   for (const char* text :
        {"\n*quorl-js* _FILE_... [_OPTION_]...++\n",
         "\n*quorl-js* *--files-from* _LIST_ [_FILE_]... [_OPTION_]...++\n",
-        "\n*quorl-js* *merge* _SHARD_... [_OPTION_]...\n",
+        "\n*quorl-js* *merge* _SHARD_... [_OPTION_]...\n", "\n*quorl-js* *lsp* [_OPTION_]...\n",
+        "\n*--trace* _FILE_\n\tLog every message to FILE.",
         "\n*-j*, *--jobs* _N_\n\tParse N files in parallel",
         "\n*-0*, *--null*\n\tSplit LIST at NUL bytes instead of line feeds.\n\n",
         "\n*-V*, *--version*\n\tPrint", "\n## Limits\n", "entries named node\\_modules.\n",

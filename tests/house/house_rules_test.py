@@ -35,6 +35,8 @@ ROOMS = {
     "workers": {"system", "records", "outline", "sources", "formats", "plugin/plugin_api.h"},
     "cli": {"system", "sources", "formats", "outline/item.h", "records/labels.h",
             "workers/file_limits.h"},
+    "lsp": {"system", "records", "outline", "sources", "workers", "cli", "run/output.h",
+            "run/exit_status.h"},
     "run": {"system", "sources", "formats", "workers", "cli"},
     "merge": {"system", "records", "sources", "formats", "cli", "run/output.h",
               "run/exit_status.h"},

@@ -15,15 +15,16 @@ and none to parse5 (in an attribute, a text area or a template) is not counted.
 Both: how many records stand on a source line that holds their text.
 """
 import collections
-import hashlib
 import json
 import pathlib
 import re
 import subprocess
 import sys
-import tarfile
 
 HERE = pathlib.Path(__file__).resolve().parent
+sys.path.insert(0, str(HERE.parent / "support"))
+from npm_packages import fetch  # pylint: disable=wrong-import-position
+
 FILES_PER_PACKAGE = 60
 MIN_FILES = 300
 MAX_LINE_BYTES = 10_000
@@ -33,32 +34,6 @@ SCRIPT_NAME = re.compile(r"\.(js|jsx|mjs|cjs|ts|tsx)$")
 LEFT_OUT = re.compile(r"\.d\.[mc]?ts$|\.min\.|/locale/")
 # What has to be reached: (figure, least share).
 BARS = {"found": 0.97, "ends": 0.995, "of the kind": 0.98, "elements": 0.999, "texts": 0.999}
-
-
-def fetch(folder):
-    """The packages of the list, unpacked: [(use, folder)]."""
-    found = []
-    for row in (HERE / "packages.txt").read_text().splitlines():
-        if row.startswith("#"):
-            continue
-        use, name, version, checksum = row.split()
-        archive = folder / ("%s-%s.tgz" % (name.lstrip("@").replace("/", "-"), version))
-        target = folder / ("node_modules" if use == "tool" else "files") / name
-        if not archive.exists():
-            subprocess.run(["npm", "pack", "--silent", "--pack-destination", folder,
-                            "%s@%s" % (name, version)], check=True, stdout=subprocess.DEVNULL)
-        digest = hashlib.sha256(archive.read_bytes()).hexdigest()
-        if digest != checksum:
-            sys.exit("outline_check: %s has another checksum: %s" % (archive, digest))
-        if not target.exists():
-            target.mkdir(parents=True)
-            with tarfile.open(archive) as packed:
-                for member in packed.getmembers():
-                    member.name = member.name.partition("/")[2]
-                    if member.isfile() and member.name:
-                        packed.extract(member, target, filter="data")
-        found.append((use, target))
-    return found
 
 
 def choose(folder, wanted):
@@ -172,7 +147,7 @@ def main():
     folder = build / "outline_check"
     folder.mkdir(exist_ok=True)
     script_paths, page_paths = [], []
-    for use, package in fetch(folder):
+    for use, package in fetch(HERE / "packages.txt", folder):
         if use == "scripts":
             script_paths += choose(package, lambda name: SCRIPT_NAME.search(name)
                                    and not LEFT_OUT.search(name))
