@@ -31,6 +31,7 @@ struct WalkActions {
   std::function<void(const std::string& path)> regularFile;
   std::function<void(const std::string& path)> otherFile;  // also a link that leads nowhere
   std::function<void(const std::string& path, const std::error_code& reason)> unreadableDirectory;
+  std::function<void(const std::string& path, const std::string& reason)> unusableRepository;
   std::function<void()> ignoredEntry;  // which git ignores
 };
 

@@ -123,6 +123,10 @@ class InputFinder {
       [this](const std::string& path, const std::error_code& reason) {
         add(path, InputKind::kRefused, reason.message());
       },
+      [this](const std::string& path, const std::string& reason) {
+        add(path, InputKind::kPassedOver,
+            "cannot read (" + reason + "); ignore rules are not applied");
+      },
       [this] { ++inputs_.skippedCount; }};
 };
 

@@ -229,6 +229,78 @@ TEST_F(IgnoredFiles, AreKnownInAWorkTreeOfSomebodyElse) {
   EXPECT_EQ(filesRead({"-r", "tree"}), (Words{"tree/b.js"}));
 }
 
+TEST_F(IgnoredFiles, MayBeTakenBackByAnyOtherList) {
+  if (!isGitInstalled()) GTEST_SKIP() << "no git";
+  makeRepository("tree");
+  makeFiles({"tree/a.log", "tree/sub/a.log", "tree/sub/keep.log", "tree/z"});
+  writeFile("tree/.gitignore", "*.log\n!z\n");
+  writeFile("tree/sub/.gitignore", "!keep.log\n");
+  fs::create_directories("tree/.git/info");
+  writeFile("tree/.git/info/exclude", "z\n");
+  EXPECT_EQ(filesRead({"-r", "tree"}), (Words{"tree/sub/keep.log", "tree/z"}));
+  EXPECT_EQ(filesRead({"-r", "tree/sub"}), (Words{"tree/sub/keep.log"}));
+}
+
+TEST_F(IgnoredFiles, AreFoundWithBracketsTheWrongWayRound) {
+  if (!isGitInstalled()) GTEST_SKIP() << "no git";
+  makeRepository("tree");
+  makeFiles({"tree/a", "tree/b"});
+  writeFile("tree/.gitignore", "a]b[c\nb\n");
+  EXPECT_EQ(filesRead({"-r", "tree"}), (Words{"tree/a"}));
+}
+
+TEST_F(IgnoredFiles, AreKnownInALinkedWorkTree) {
+  if (!isGitInstalled()) GTEST_SKIP() << "no git";
+  makeRepository("main");
+  EXPECT_EQ(
+      runProgram("/usr/bin/env", {"git", "-C", "main", "-c", "user.name=a", "-c", "user.email=a@b",
+                                  "commit", "-q", "--allow-empty", "-m", "first"})
+          .status,
+      0);
+  EXPECT_EQ(
+      runProgram("/usr/bin/env", {"git", "-C", "main", "worktree", "add", "-q", "../tree"}).status,
+      0);
+  fs::create_directories("main/.git/info");
+  writeFile("main/.git/info/exclude", "*.log\n");
+  makeFiles({"tree/a.log", "tree/b.js"});
+  EXPECT_EQ(filesRead({"-r", "tree"}), (Words{"tree/b.js"}));
+}
+
+TEST_F(IgnoredFiles, AreKnownWhateverExtensionsTheRepositoryHas) {
+  if (!isGitInstalled()) GTEST_SKIP() << "no git";
+  for (const char* extension : {"partialClone = origin", "worktreeConfig = true",
+                                "objectFormat = sha256", "preciousObjects = true"}) {
+    SCOPED_TRACE(extension);
+    fs::remove_all("tree");
+    makeRepository("tree");
+    writeFile(
+        "tree/.git/config",
+        std::string("[core]\n\trepositoryFormatVersion = 1\n[extensions]\n\t") + extension + "\n");
+    makeFiles({"tree/a.log", "tree/b.js"});
+    writeFile("tree/.gitignore", "*.log\n");
+    EXPECT_EQ(filesRead({"-r", "tree"}), (Words{"tree/b.js"}));
+  }
+}
+
+TEST_F(IgnoredFiles, AreReadWithAWarningIfTheRepositoryCannotBe) {
+  if (!isGitInstalled()) GTEST_SKIP() << "no git";
+  makeRepository("pc");
+  writeFile("pc/.git/config", "[core]\n\trepositoryFormatVersion = 99\n");
+  makeFiles({"pc/a.log", "pc/b.js"});
+  writeFile("pc/.gitignore", "*.log\n");
+  for (const char* walked : {"pc", "."}) {
+    SCOPED_TRACE(walked);
+    const std::string place = walked == std::string("pc") ? "pc" : "./pc";
+    const Outcome outcome = runOdd({"-r", walked});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.out, "[\n" + place + "/a.log|\n]\n[\n" + place + "/b.js|\n]\n");
+    EXPECT_EQ(outcome.err.rfind("quorl-js: " + place + "/.git: cannot read (", 0), 0U) << outcome;
+    EXPECT_TRUE(outcome.err.ends_with("); ignore rules are not applied\n")) << outcome;
+    EXPECT_EQ(runOdd({"-r", walked, "--strict"}).status, 1);
+    EXPECT_EQ(runOdd({"-r", walked, "--no-ignore"}).err, "");
+  }
+}
+
 // ---- Binary files
 
 TEST_F(BinaryFiles, AreThoseWithANulByteInTheFirstEightKilobytes) {
