@@ -13,6 +13,7 @@ using Words = std::vector<std::string_view>;
 
 Words labelWords() { return {kLabels.begin(), kLabels.end()}; }
 
+constexpr std::string_view kGlobs = "a pattern such as *.js or src/";
 constexpr std::string_view kSizes = "a size such as 64M or 2GiB, or 0 for no limit";
 
 constexpr std::array<std::string_view, 4> kSynopses = {
@@ -47,15 +48,17 @@ constexpr std::array kOptions = {
            .details = "A file is binary if its first 8 KiB hold a NUL byte."},
     Option{.name = "--include",
            .argument = "GLOB",
+           .values = kGlobs,
            .mayRepeat = true,
            .neededName = "--recursive",
            .help = "With --recursive, read only files that match GLOB (repeatable)",
            .details = "A GLOB without a slash matches the name of an entry, one with a slash its "
                       "path below the FILE that is walked. * and ? stop at a slash, ** spans "
                       "directories, {a,b} matches a or b. A slash at the end matches directories "
-                      "only."},
+                      "only. A directory that matches selects all that is below it."},
     Option{.name = "--exclude",
            .argument = "GLOB",
+           .values = kGlobs,
            .mayRepeat = true,
            .neededName = "--recursive",
            .help = "With --recursive, skip files and directories that match GLOB (repeatable)",
@@ -86,13 +89,14 @@ constexpr std::array kOptions = {
            .argument = "LABEL",
            .words = labelWords,
            .mayRepeat = true,
+           .takesList = true,
            .help = "Print only records with this label (repeatable, or comma-separated)",
            .details = "error stands for every label that begins with it. In json and ndjson a "
                       "record keeps its numbers, so parentID and childNodeIDs may name records "
                       "that are not printed. Not for raw."},
     Option{.name = "--depth",
            .argument = "N",
-           .values = "a number",
+           .values = "a number from 0 to 4294967295",
            .help = "Print only the top N levels",
            .details = "The record of the file itself is level 0. Not for raw."},
     Option{.name = "--times", .help = "Include each file's parse time (json, ndjson)"},
@@ -168,8 +172,10 @@ constexpr std::array kOptions = {
     Option{.name = "--strict",
            .group = "Messages",
            .help =
-               "Treat warnings as errors: irregular or changed files, second attempts, an empty "
-               "run"},
+               "Treat warnings as errors: the plug-in's own, irregular or changed files, second "
+               "attempts, an empty run",
+           .details = "So are a repository that cannot be read, and an --include that no file "
+                      "matches."},
     Option{.name = "--quiet",
            .shortName = "-q",
            .help = "Suppress messages about individual files, including the plug-in's own",

@@ -20,6 +20,7 @@ struct Option {
   std::vector<std::string_view> (*words)() = nullptr;  // values with a meaning of their own
   std::string_view values = {};      // what a value may be, where the words do not tell it
   bool mayRepeat = false;            // each value counts; of another option the last one does
+  bool takesList = false;            // a value may be several words with commas between them
   std::string_view neededName = {};  // the option that this one needs, or empty
   std::string_view group = {};       // the heading that begins with this option, or empty
   std::string_view help;             // at most two lines of --help; see summary

@@ -45,6 +45,7 @@ void appendEntry(std::vector<Entry>& entries, const fs::directory_entry& entry, 
 struct Place {
   WorkTree* tree = nullptr;  // that the directory lies in, or null
   std::string inTree;        // the directory's path in it
+  bool isIncluded = false;   // by a glob that matches the directory, or one above it
 };
 
 class Walk {
@@ -76,7 +77,7 @@ class Walk {
       std::optional<UnusableRepository> fault;
       own = WorkTree::at(directory, fault);
       if (fault) actions_.unusableRepository(fault->path, fault->reason);
-      if (own || fault) place = {own.get(), ""};
+      if (own || fault) place = {own.get(), "", place.isIncluded};
     }
     const bool hasRules = place.tree != nullptr && listing.hasIgnoreFile;
     if (hasRules) place.tree->enter(place.inTree);
@@ -84,7 +85,7 @@ class Walk {
     const std::size_t bytes = inTree.size();
     for (const Entry& entry : listing.entries) {
       if (place.tree != nullptr) inTree.replace(bytes, std::string::npos, entry.name);
-      take(entry, opening, place.tree, inTree);
+      take(entry, opening, {place.tree, inTree, place.isIncluded});
     }
     if (hasRules) place.tree->leave();
     if (listing.error) actions_.unreadableDirectory(directory, listing.error);
@@ -109,32 +110,30 @@ class Walk {
     return rules_.nodeModules || name != "node_modules";
   }
 
-  // inTree is the entry's path in the work tree, with a slash behind a directory.
-  void take(const Entry& entry, const std::string& opening, WorkTree* tree,
-            std::string_view inTree) {
+  // The place is the entry's own, with a slash behind a directory.
+  void take(const Entry& entry, const std::string& opening, Place place) {
     const bool isDirectory = entry.kind == FileKind::kDirectory;
     const std::string path = opening + entry.name;
     const std::string_view plainPath =
         std::string_view(path).substr(0, path.size() - (isDirectory ? 1 : 0));
-    if (!isMatched(plainPath.substr(opening_.size()), isDirectory)) return;
-    if (isDirectory && tree != nullptr) inTree.remove_suffix(1);
-    if (tree != nullptr && tree->isIgnored(inTree, isDirectory)) {
+    const std::string_view relative = plainPath.substr(opening_.size());
+    if (excluded_.match(relative, isDirectory)) return;
+    place.isIncluded =
+        place.isIncluded || included_.areNone() || included_.match(relative, isDirectory);
+    if (!isDirectory && !place.isIncluded) return;
+    if (isDirectory && place.tree != nullptr) place.inTree.pop_back();
+    if (place.tree != nullptr && place.tree->isIgnored(place.inTree, isDirectory)) {
       actions_.ignoredEntry();
     } else if (isDirectory) {
       const std::string directory(plainPath);
       if (actions_.entersDirectory(directory)) {
-        visit(directory, path, {tree, std::string(inTree)});
+        visit(directory, path, std::move(place));
       }
     } else if (entry.kind == FileKind::kRegular) {
       actions_.regularFile(path);
     } else {
       actions_.otherFile(path);
     }
-  }
-
-  bool isMatched(std::string_view path, bool isDirectory) const {
-    if (excluded_.match(path, isDirectory)) return false;
-    return isDirectory || included_.areNone() || included_.match(path, false);
   }
 
   const WalkRules& rules_;

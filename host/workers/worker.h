@@ -27,8 +27,9 @@ struct WorkerTask {
   bool wholeDocuments = false;  // each file is an output of its own
   bool writesOutput = false;    // workers write to standard output themselves: there is one file
   bool times = false;
-  bool quiet = false;      // the module's standard error leads nowhere
-  int standardError = -1;  // the descriptor that it leads to else, unless it stays as it is
+  bool quiet = false;          // the module's standard error leads nowhere
+  bool countsWarnings = true;  // whether what the module writes there is of interest
+  int standardError = -1;      // the descriptor that it leads to else, unless it stays as it is
 };
 
 // Asks for the module's version instead of for a file.

@@ -196,8 +196,9 @@ TEST_F(OutputFile, ThatCannotBeMadeEndsTheRun) {
   for (const Row& row :
        {Row{"folder", "Is a directory"}, Row{"gone/out", "No such file or directory"},
         Row{"", "No such file or directory"}, Row{"folder/", "Is a directory"}}) {
+    const std::string shown = row.file.empty() ? "''" : row.file;
     EXPECT_EQ(runOdd({"f", "--output=" + row.file}),
-              (Outcome{2, "", "quorl-js: " + row.file + ": " + row.reason + "\n"}));
+              (Outcome{2, "", "quorl-js: " + shown + ": " + row.reason + "\n"}));
   }
   const PlainUser user;
   if (const auto why = user.whyNot(); !why.empty()) GTEST_SKIP() << why;

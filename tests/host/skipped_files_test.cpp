@@ -349,6 +349,12 @@ TEST_F(GlobOptions, SelectFilesAndPruneDirectories) {
       {{"--exclude=/doc"}, {"tree/a.js", "tree/b.ts", "tree/gen/doc/f.js", "tree/gen/e.js"}},
       {{"--include=*.js", "--exclude=**/doc/**"}, {"tree/a.js", "tree/gen/e.js"}},
       {{"--exclude=*", "other.md"}, {"other.md"}},
+      {{"--include=doc"}, {"tree/doc/c.js", "tree/doc/d.md", "tree/gen/doc/f.js"}},
+      {{"--include=gen/"}, {"tree/gen/doc/f.js", "tree/gen/e.js"}},
+      {{"--include=gen", "--exclude=doc"}, {"tree/gen/e.js"}},
+      {{"--include=./doc/*.js"}, {"tree/doc/c.js"}},
+      {{"--include=./*.js"}, {"tree/a.js"}},
+      {{"--exclude=./gen", "--include=*.js"}, {"tree/a.js", "tree/doc/c.js"}},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(joined(row.arguments));
@@ -356,6 +362,25 @@ TEST_F(GlobOptions, SelectFilesAndPruneDirectories) {
     arguments.insert(arguments.end(), {"-r", "tree"});
     EXPECT_EQ(filesRead(arguments), row.files);
   }
+}
+
+TEST_F(GlobOptions, GetAWarningIfNoFileMatches) {
+  makeFiles({"tree/a.js"});
+  const Outcome none{0, "", "quorl-js: --include: no file matched\n"};
+  EXPECT_EQ(runOdd({"-r", "tree", "--include=*.ts"}), none);
+  EXPECT_EQ(runOdd({"-r", "tree", "--include=*.ts", "--strict", "tree/a.js"}),
+            (Outcome{1, "[\ntree/a.js|\n]\n", none.err}));
+  EXPECT_EQ(runOdd({"-r", "tree/a.js", "--include=*.ts"}), (Outcome{0, "[\ntree/a.js|\n]\n", ""}))
+      << "nothing is walked";
+}
+
+TEST_F(GlobOptions, AreRefusedWithTooManyAlternatives) {
+  std::string pattern;
+  for (int brace = 0; brace < 40; ++brace) pattern += "{a,b}";
+  EXPECT_EQ(
+      runOdd({"-r", ".", "--include", pattern}),
+      (Outcome{2, "",
+               "quorl-js: glob " + pattern + ": its braces stand for more than 1000 patterns\n"}));
 }
 
 // ---- The line at the end of a run
@@ -375,6 +400,8 @@ TEST_F(Summary, CountsOnATerminal) {
       {{"tree/a.js", "tree/b.js"}, "quorl-js: 2 files, ", 0},
       {{"tree/a.js", "gone"}, "quorl-js: 2 files, 1 failed, ", 1},
       {{"tree/a.js"}, "", 0},
+      {{"-r", "tree", "--include=a.js"}, "quorl-js: 1 file, ", 0},
+      {{"-r", "tree", "--exclude=*"}, "quorl-js: 0 files, ", 0},
       {{"-r", "tree", "--quiet"}, "", 0},
   };
   for (const Row& row : rows) {
@@ -384,7 +411,7 @@ TEST_F(Summary, CountsOnATerminal) {
     const std::string seen = program.errorsToTheEnd();
     EXPECT_EQ(program.waitForEnd(), row.status);
     if (row.line.empty()) {
-      EXPECT_EQ(seen.find(" files, "), std::string::npos) << seen;
+      EXPECT_EQ(seen.find(" file"), std::string::npos) << seen;
       continue;
     }
     const std::size_t found = seen.find(row.line);
