@@ -77,21 +77,25 @@ std::string globalList(git_config* config, const std::string& root) {
   return first.empty() ? first : first + "/ignore";
 }
 
-}  // namespace
-
-struct WorkTree::Repository {
-  Repository() {
-    git_libgit2_init();  // counts how often it was called
+// Starts libgit2 once and never ends it: it reads certificates each time, which takes longer than a
+// walk over thousands of files.
+void startLibrary() {
+  [[maybe_unused]] static const bool isStarted = [] {
+    git_libgit2_init();
     git_libgit2_opts(GIT_OPT_SET_OWNER_VALIDATION, 0);
     auto extensions = kExtensions;
     git_libgit2_opts(GIT_OPT_SET_EXTENSIONS, extensions.data(), extensions.size());
-  }
+    return true;
+  }();
+}
+
+}  // namespace
+
+struct WorkTree::Repository {
+  Repository() { startLibrary(); }
   Repository(const Repository&) = delete;
   Repository& operator=(const Repository&) = delete;
-  ~Repository() {
-    git_repository_free(handle);
-    git_libgit2_shutdown();
-  }
+  ~Repository() { git_repository_free(handle); }
 
   // Opens the repository of the directory or, with search, of one above it. Returns false if there
   // is none with a work tree, or with fault set.
