@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cstddef>
 #include <iterator>
 #include <utility>
 
@@ -28,35 +29,97 @@ void addOption(CLI::App& app, const Option& option) {
   }
 }
 
-// Whether the text is the name of an option that takes a value.
-bool takesValue(const CLI::App& app, const std::string& text) {
-  if (!text.starts_with("--")) return false;
-  const CLI::Option* option = app.get_option_no_throw(text);
-  return option != nullptr && option->get_items_expected_max() > 0;
-}
+// The command's arguments before CLI11 reads them, as far as its own reading or its messages would
+// be of no help.
+class RawArguments {
+ public:
+  RawArguments(const Command& command, std::vector<std::string> arguments)
+      : command_(command), arguments_(std::move(arguments)) {}
 
-// The arguments as CLI11 is to see them. It reads "--name=" as "--name" and would take the
-// argument behind it for the value, so an empty value becomes an argument of its own.
-std::vector<std::string> withEmptyValues(const CLI::App& app, std::vector<std::string> arguments) {
-  std::vector<std::string> result;
-  for (auto next = arguments.begin(); next != arguments.end(); ++next) {
-    if (*next == "--") {
-      std::move(next, arguments.end(), std::back_inserter(result));
-      break;
+  // What is wrong with them, in words of the option table; nothing if CLI11 may look.
+  std::string fault() const {
+    for (std::size_t at = 0; at < arguments_.size() && arguments_[at] != "--"; ++at) {
+      const std::string& argument = arguments_[at];
+      if (argument.starts_with("--")) {
+        const std::size_t equals = argument.find('=');
+        const Option* const option = find(argument.substr(0, equals));
+        if (option == nullptr) continue;
+        if (!option->argument.empty()) {
+          if (equals == std::string::npos && ++at == arguments_.size()) return missing(*option);
+        } else if (equals != std::string::npos && equals + 1 < argument.size()) {
+          return std::string(option->name) + ": takes no value";
+        }
+      } else if (const Option* const option = lastShort(argument)) {
+        if (++at == arguments_.size()) return missing(*option);
+      }
     }
-    const std::string name = next->substr(0, next->find('='));
-    if (!takesValue(app, name)) {
-      result.push_back(std::move(*next));
-    } else if (*next == name + "=") {
-      result.insert(result.end(), {name, ""});
-    } else {
-      const bool valueFollows = *next == name && std::next(next) != arguments.end();
-      result.push_back(std::move(*next));
-      if (valueFollows) result.push_back(std::move(*++next));
-    }
+    return {};
   }
-  return result;
-}
+
+  // CLI11 reads "--name=" as "--name" and would take the argument behind it for the value, so an
+  // empty value becomes an argument of its own.
+  std::vector<std::string> withEmptyValues() const {
+    std::vector<std::string> result;
+    for (auto next = arguments_.begin(); next != arguments_.end(); ++next) {
+      if (*next == "--") {
+        std::copy(next, arguments_.end(), std::back_inserter(result));
+        break;
+      }
+      const std::string name = next->substr(0, next->find('='));
+      const Option* const option = name.starts_with("--") ? find(name) : nullptr;
+      if (option == nullptr || option->argument.empty()) {
+        result.push_back(*next);
+      } else if (*next == name + "=") {
+        result.insert(result.end(), {name, ""});
+      } else {
+        result.push_back(*next);
+        const bool valueFollows = *next == name && std::next(next) != arguments_.end();
+        if (valueFollows) result.push_back(*++next);
+      }
+    }
+    return result;
+  }
+
+  // The argument as it was typed, of which CLI11 left the rest: "-recursive" of "-ecursive".
+  std::string typed(const std::string& rest) const {
+    const std::string_view end = std::string_view(rest).substr(1);
+    const auto isWhole = [&](const std::string& argument) {
+      return argument.starts_with('-') && !argument.starts_with("--") && argument.ends_with(end);
+    };
+    if (rest.starts_with("--")) return rest;
+    const auto found = std::find_if(arguments_.begin(), arguments_.end(), isWhole);
+    return found == arguments_.end() ? rest : *found;
+  }
+
+ private:
+  const Option* find(std::string_view name) const {
+    for (const auto& options : {command_.options, command_.hiddenOptions}) {
+      for (const Option& option : options) {
+        if (option.name == name || option.shortName == name) return &option;
+      }
+    }
+    return nullptr;
+  }
+
+  // The option with a value with which a group of short options ends, so that the value is another
+  // argument.
+  const Option* lastShort(std::string_view argument) const {
+    if (!argument.starts_with('-')) return nullptr;
+    for (std::size_t at = 1; at < argument.size(); ++at) {
+      const Option* const option = find(std::string{'-', argument[at]});
+      if (option == nullptr) return nullptr;
+      if (!option->argument.empty()) return at + 1 == argument.size() ? option : nullptr;
+    }
+    return nullptr;
+  }
+
+  static std::string missing(const Option& option) {
+    return std::string(option.name) + ": " + std::string(option.argument) + " is missing";
+  }
+
+  const Command& command_;
+  std::vector<std::string> arguments_;
+};
 
 // The name of the option that the unknown one was probably meant to be.
 std::string suggestedOption(const Command& command, std::string_view unknown) {
@@ -78,16 +141,18 @@ ArgumentParser::ArgumentParser(const Command& command, int argc, const char* con
   const auto* operands = app.add_option(std::string(command.operand))
                              ->expected(std::max(argc, 1))
                              ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+  const RawArguments raw(command, {argv + std::min(argc, 1), argv + argc});
+  const std::string fault = raw.fault();
+  if (!fault.empty()) throw failure(fault);
   try {
-    auto arguments =
-        withEmptyValues(app, std::vector<std::string>(argv + std::min(argc, 1), argv + argc));
+    std::vector<std::string> arguments = raw.withEmptyValues();
     std::reverse(arguments.begin(), arguments.end());  // the order in which CLI11 takes them
     app.parse(std::move(arguments));
   } catch (const CLI::CallForHelp&) {
     isHelpWanted_ = true;
     return;
   } catch (const CLI::ExtrasError&) {
-    const std::string unknown = app.remaining().front();
+    const std::string unknown = raw.typed(app.remaining().front());
     throw failure("unknown option " + unknown, suggestedOption(command, unknown));
   } catch (const CLI::ParseError& error) {
     throw failure(error.what());

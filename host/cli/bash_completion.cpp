@@ -34,7 +34,14 @@ std::string bashReply(std::string_view words) {
   return "COMPREPLY=($(compgen -W '" + std::string(words) + "' -- \"$current\"))";
 }
 
+// Completes what is behind the last comma.
+std::string bashListReply(std::string_view words) {
+  return "COMPREPLY=($(compgen -P \"${current%\"${current##*,}\"}\" -W '" + std::string(words) +
+         "' -- \"${current##*,}\"))";
+}
+
 std::string bashAction(const Option& option) {
+  if (option.takesList) return "compopt +o default; " + bashListReply(joinedWords(option));
   if (option.words != nullptr) {
     const bool areAll = option.completion == Completion::kNothing;
     return (areAll ? "compopt +o default; " : "") + bashReply(joinedWords(option));

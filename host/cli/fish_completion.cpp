@@ -14,6 +14,7 @@ std::string fishArgument(const Option& option) {
   if (option.completion == Completion::kDirectories)
     return " -x -a '(__fish_complete_directories)'";
   std::string text = option.completion == Completion::kFiles ? " -r -F" : " -x";
+  if (option.takesList) return text + " -a '(__fish_append , " + joinedWords(option) + ")'";
   if (option.words != nullptr) text += " -a " + fishQuoted(joinedWords(option));
   return text;
 }

@@ -22,6 +22,7 @@ Words selectionWords() {
   return words;
 }
 
+constexpr std::string_view kGlobs = "a pattern such as *.js or src/";
 constexpr std::string_view kSizes = "a size such as 64M or 2GiB, or 0 for no limit";
 
 constexpr std::array<std::string_view, 5> kSynopses = {
@@ -57,15 +58,17 @@ constexpr std::array kOptions = {
            .details = "A file is binary if its first 8 KiB hold a NUL byte."},
     Option{.name = "--include",
            .argument = "GLOB",
+           .values = kGlobs,
            .mayRepeat = true,
            .neededName = "--recursive",
            .help = "With --recursive, read only files that match GLOB (repeatable)",
            .details = "A GLOB without a slash matches the name of an entry, one with a slash its "
                       "path below the FILE that is walked. * and ? stop at a slash, ** spans "
                       "directories, {a,b} matches a or b. A slash at the end matches directories "
-                      "only."},
+                      "only. A directory that matches selects all that is below it."},
     Option{.name = "--exclude",
            .argument = "GLOB",
+           .values = kGlobs,
            .mayRepeat = true,
            .neededName = "--recursive",
            .help = "With --recursive, skip files and directories that match GLOB (repeatable)",
@@ -99,6 +102,7 @@ constexpr std::array kOptions = {
            .argument = "LABEL",
            .words = selectionWords,
            .mayRepeat = true,
+           .takesList = true,
            .help = "Print only records with this label, or items of this kind (repeatable, or "
                    "comma-separated)",
            .details = "json, ndjson and tree take labels; error stands for every label that begins "
@@ -109,7 +113,7 @@ constexpr std::array kOptions = {
                       "childNodeIDs may name records that are not printed. Not for raw."},
     Option{.name = "--depth",
            .argument = "N",
-           .values = "a number",
+           .values = "a number from 0 to 4294967295",
            .help = "Print only the top N levels",
            .details = "The file itself is level 0. Not for raw, ctags and etags."},
     Option{.name = "--ranges",
@@ -186,8 +190,10 @@ constexpr std::array kOptions = {
            .help = "Skip files larger than SIZE (default: 256M; 0 = no limit)"},
     Option{.name = "--strict",
            .group = "Messages",
-           .help = "Treat warnings as errors: text left out, irregular or changed files, retries, "
-                   "an empty run"},
+           .help = "Treat warnings as errors: the plug-in's own, text left out, changed files, "
+                   "retries, an empty run",
+           .details = "So are irregular files, a repository that cannot be read, and an --include "
+                      "that no file matches."},
     Option{.name = "--quiet",
            .shortName = "-q",
            .help = "Suppress messages about individual files, including the plug-in's own",

@@ -20,10 +20,11 @@ struct Option {
   std::vector<std::string_view> (*words)() = nullptr;  // values with a meaning of their own
   std::string_view values = {};                        // allowed values, unless words lists them
   bool mayRepeat = false;                              // keeps every value, not just the last
-  std::string_view neededName = {};                    // the option that this one needs, or empty
-  std::string_view group = {};    // the heading that begins with this option, or empty
-  std::string_view help;          // at most two lines of --help; see summary
-  std::string_view details = {};  // further sentences for the manual page and the documentation
+  bool takesList = false;            // a value may be several words with commas between them
+  std::string_view neededName = {};  // the option that this one needs, or empty
+  std::string_view group = {};       // the heading that begins with this option, or empty
+  std::string_view help;             // at most two lines of --help; see summary
+  std::string_view details = {};     // further sentences for the manual page and the documentation
 };
 
 struct ExitStatus {

@@ -15,6 +15,7 @@
 #include "cli/value_parsers.h"
 #include "outline/item.h"
 #include "records/labels.h"
+#include "sources/globs.h"
 #include "system/failure.h"
 #include "system/memory_budget.h"
 #include "system/platform.h"
@@ -122,6 +123,15 @@ std::optional<outline::KindSet> readKinds(const ArgumentParser& arguments) {
   return kinds;
 }
 
+std::vector<std::string> readGlobs(const ArgumentParser& arguments, const char* name) {
+  std::vector<std::string> globs = arguments.valuesOf(name);
+  for (const std::string& glob : globs) {
+    if (!Globs::isUsable(glob)) throw arguments.invalidValue(name, glob);
+  }
+  Globs{globs};  // throws for one that is too large
+  return globs;
+}
+
 // Refuses an option that means nothing to the format.
 void checkFormat(const ArgumentParser& arguments, const char* option, const Format& format,
                  bool (*takesOption)(const Format& format)) {
@@ -173,8 +183,8 @@ RunOptions parseRunOptions(int argc, const char* const* argv) {
   result.walkRules.nodeModules = arguments.isGiven("--node-modules");
   result.walkRules.ignored = arguments.isGiven("--no-ignore");
   result.walkRules.binary = arguments.isGiven("--binary");
-  result.walkRules.included = arguments.valuesOf("--include");
-  result.walkRules.excluded = arguments.valuesOf("--exclude");
+  result.walkRules.included = readGlobs(arguments, "--include");
+  result.walkRules.excluded = readGlobs(arguments, "--exclude");
   result.stdinName = arguments.valueOf("--stdin");
   if (result.stdinName) checkIsFileName(*result.stdinName);
   result.outputFile = outputFileOf(arguments);

@@ -21,6 +21,7 @@ std::string zshText(std::string_view text) {
 }
 
 std::string zshAction(const Option& option) {
+  if (option.takesList) return "_sequence compadd - " + joinedWords(option);
   if (option.words != nullptr && option.completion == Completion::kNothing) {
     return "(" + joinedWords(option) + ")";
   }

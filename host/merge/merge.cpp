@@ -25,6 +25,7 @@
 #include "run/output.h"
 #include "sources/name_list.h"
 #include "system/failure.h"
+#include "system/file_paths.h"
 
 namespace host {
 namespace {
@@ -39,6 +40,12 @@ struct MergeOptions {
   NameEnd listNameEnd = NameEnd::kLineFeed;
   std::optional<std::string> outputFile;
 };
+
+void checkIsNotList(const std::string& file, const std::string& list) {
+  if (isSameFile(file, list == "-" ? "/dev/stdin" : list)) {
+    throw Failure(file + ": is the list and the output");
+  }
+}
 
 void checkIsNoShard(const std::string& file, const std::vector<std::string>& shards) {
   for (const std::string& shard : shards) {
@@ -59,7 +66,10 @@ MergeOptions readOptions(int argc, const char* const* argv) {
   if (arguments.isGiven("--null")) options.listNameEnd = NameEnd::kNul;
   options.outputFile = outputFileOf(arguments);
   if (options.shards.empty()) throw arguments.failure("no SHARD given");
-  if (options.outputFile) checkIsNoShard(*options.outputFile, options.shards);
+  if (options.outputFile) {
+    checkIsNoShard(*options.outputFile, options.shards);
+    if (options.list) checkIsNotList(*options.outputFile, *options.list);
+  }
   return options;
 }
 
@@ -120,8 +130,9 @@ void checkAllAreThere(const Plan& plan, const NameOrder& order, const std::strin
     first = place;
   }
   if (missing == 0) return;
-  throw Failure(std::to_string(missing) + " files of list " + list +
-                " are in no SHARD; the first is " + order.names()[first] + lineEndHint(order));
+  throw Failure(std::to_string(missing) + (missing == 1 ? " file" : " files") + " of list " + list +
+                (missing == 1 ? " is" : " are") + " in no SHARD; the first is " +
+                order.names()[first] + lineEndHint(order));
 }
 
 Plan readShards(const MergeOptions& options) {

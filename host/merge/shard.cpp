@@ -163,6 +163,7 @@ class ShardReader {
       fail("written by version " + *values.version + ", others by " + version_);
     }
     filesToCome_ = *values.fileCount;
+    hasHeader_ = true;
     number_ = 0;
     beginFile();
   }
@@ -199,7 +200,9 @@ class ShardReader {
 
   // Takes what follows "file": in a line.
   void checkNumber(std::string_view rest) const {
-    if (filesToCome_ == 0) fail("more files than the header tells of");
+    if (filesToCome_ == 0) {
+      fail(hasHeader_ ? "more files than the header tells of" : "no header before it");
+    }
     std::uint64_t number = 0;
     const auto [end, error] = std::from_chars(rest.data(), rest.data() + rest.size(), number);
     const bool isNumber = error == std::errc() && end != rest.data() + rest.size() && *end == ',';
@@ -218,6 +221,7 @@ class ShardReader {
   std::string& version_;
   rapidjson::Reader reader_;
   std::uint64_t lineNumber_ = 0;
+  bool hasHeader_ = false;
   std::uint64_t filesToCome_ = 0;  // of the run at hand
   std::uint64_t number_ = 0;       // of the file at hand
   std::uint64_t recordCount_ = 0;  // of its records so far

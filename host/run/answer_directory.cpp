@@ -23,15 +23,9 @@ int fill(const TemporaryFile& file, std::string_view text) {
 }
 
 int writeWhole(int directory, const std::string& name, std::string_view text) {
-  // Another machine that starts on the same directory may take the file for a stale one.
-  constexpr int kAttempts = 3;
-  int error = ENOENT;
-  for (int attempt = 0; attempt < kAttempts && error == ENOENT; ++attempt) {
-    const TemporaryFile file = makeTemporaryFile(directory);
-    if (file.descriptor < 0) return errno;
-    error = finishTemporaryFile(directory, file, name, fill(file, text));
-  }
-  return error;
+  const TemporaryFile file = makeTemporaryFile(directory);
+  if (file.descriptor < 0) return errno;
+  return finishTemporaryFile(directory, file, name, fill(file, text));
 }
 
 // Answer names are ASCII.

@@ -84,16 +84,18 @@ class Batch {
   }
 
   bool isSummaryWanted() const {
-    return !options_.quiet && task_.inputs->reportCount > 1 && terminalWidth(STDERR_FILENO) != 0;
+    const bool isOverSeveral = options_.walkRules.recursive || task_.inputs->reportCount > 1;
+    return !options_.quiet && isOverSeveral && terminalWidth(STDERR_FILENO) != 0;
   }
 
   void sumUp() {
     const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start_;
     std::array<char, 32> seconds;
     std::snprintf(seconds.data(), seconds.size(), "%.1f s", time.count());
-    std::string text = std::to_string(task_.inputs->reportCount) + " files, ";
-    const auto append = [&text](std::uint64_t count, std::string_view what) {
-      if (count > 0) text.append(std::to_string(count)).append(what).append(", ");
+    const std::uint64_t count = task_.inputs->reportCount;
+    std::string text = std::to_string(count) + (count == 1 ? " file, " : " files, ");
+    const auto append = [&text](std::uint64_t some, std::string_view what) {
+      if (some > 0) text.append(std::to_string(some)).append(what).append(", ");
     };
     append(empty_, " empty");
     append(task_.inputs->skippedCount, " binary or ignored");
@@ -138,7 +140,7 @@ class Batch {
     }
     if (result.hasChanged) warn(input.path + ": changed while it was read");
     if (!result.omitted.empty()) reportOmitted(input, result);
-    if (!result.warnings.empty()) tell(input.path + ": " + result.warnings);
+    if (!result.warnings.empty()) warn(input.path + ": " + result.warnings);
     if (result.status == FileStatus::kEmpty) ++empty_;
     if (!isGood(result.status)) tell(result.message);
     if (!isGood(result.status) || !isDelivered) ++failed_;

@@ -27,22 +27,25 @@ int copyOfStandardError() {
 
 }  // namespace
 
-Diagnostics::Diagnostics(const std::string& where)
-    : where_(where),
-      descriptor_(where == "stderr" ? copyOfStandardError()
-                                    : openFile(where == "none" ? "/dev/null" : where)) {}
-
-void Diagnostics::begin() const {
+void Diagnostics::begin() {
+  if (where_ == "stderr") {
+    descriptor_ = copyOfStandardError();
+    return;
+  }
+  descriptor_ = openFile(file().value_or("/dev/null"));
   struct stat status {};
   const bool isFile = ::fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode);
-  if (where_ == "stderr" || !isFile) return;
-  if (::ftruncate(descriptor_, 0) != 0) throw systemFailure("diagnostics file " + where_, errno);
+  if (isFile && ::ftruncate(descriptor_, 0) != 0) {
+    throw systemFailure("diagnostics file " + where_, errno);
+  }
 }
 
 Failure Diagnostics::failure() const {
   return Failure("diagnostics could not be written: " + where_);
 }
 
-Diagnostics::~Diagnostics() { ::close(descriptor_); }
+Diagnostics::~Diagnostics() {
+  if (descriptor_ >= 0) ::close(descriptor_);
+}
 
 }  // namespace host

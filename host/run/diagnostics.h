@@ -1,7 +1,9 @@
 // Where the module's diagnostic lines go: file descriptor 1 of a worker.
 #pragma once
 
+#include <optional>
 #include <string>
+#include <utility>
 
 #include "system/failure.h"
 
@@ -9,16 +11,17 @@ namespace host {
 
 class Diagnostics {
  public:
-  // where: "none", "stderr", or the file to write. Throws Failure when it cannot be opened.
-  explicit Diagnostics(const std::string& where);
+  // where: "none", "stderr", or the file to write.
+  explicit Diagnostics(std::string where) : where_(std::move(where)) {}
   Diagnostics(const Diagnostics&) = delete;
   Diagnostics& operator=(const Diagnostics&) = delete;
   ~Diagnostics();
 
-  // Empties the file, which still holds what was in it when the run cannot begin.
-  void begin() const;
+  // Makes or empties the file, which is as it was when the run cannot begin. Throws Failure when it
+  // cannot be opened.
+  void begin();
 
-  int descriptor() const { return descriptor_; }
+  int descriptor() const { return descriptor_; }  // from begin on
   const std::string& where() const { return where_; }
 
   // What to throw when they could not be written.
@@ -27,9 +30,14 @@ class Diagnostics {
   // Whether anybody wants them.
   bool areKept() const { return where_ != "none"; }
 
+  // The file to write, if it is one that the user named.
+  std::optional<std::string> file() const {
+    return areKept() && where_ != "stderr" ? std::optional(where_) : std::nullopt;
+  }
+
  private:
   std::string where_;
-  int descriptor_;
+  int descriptor_ = -1;
 };
 
 }  // namespace host

@@ -19,6 +19,8 @@
 #include "sources/input_list.h"
 #include "sources/name_list.h"
 #include "sources/standard_input.h"
+#include "system/failure.h"
+#include "system/file_paths.h"
 #include "system/messages.h"
 #include "system/platform.h"
 #include "workers/plugin_module.h"
@@ -37,6 +39,23 @@ std::vector<std::string> namesOf(const RunOptions& options) {
     std::move(listed.begin(), listed.end(), std::back_inserter(names));
   }
   return names;
+}
+
+// Nothing may be written to two times, and the list not at all.
+void checkFilesDiffer(const RunOptions& options, const Diagnostics& diagnostics) {
+  const std::optional<std::string> lines = diagnostics.file();
+  if (options.list) {
+    const std::string list = *options.list == "-" ? "/dev/stdin" : *options.list;
+    if (options.outputFile && isSameFile(*options.outputFile, list)) {
+      throw Failure(*options.outputFile + ": is the list and the output");
+    }
+    if (lines && isSameFile(*lines, list)) {
+      throw Failure(*lines + ": is the list and the diagnostics file");
+    }
+  }
+  if (options.outputFile && lines && isSameFile(*options.outputFile, *lines)) {
+    throw Failure(*lines + ": is the output and the diagnostics file");
+  }
 }
 
 std::string pluginPath(const RunOptions& options) {
@@ -87,6 +106,7 @@ WorkerTask taskFor(const RunOptions& options, const Diagnostics& diagnostics) {
   task.quiet = options.quiet;
   task.findsOmissions = !options.quiet || options.strict || options.format->isJson;
   task.keepsSources = task.findsOmissions || options.format->needsSource || options.ranges;
+  task.countsWarnings = options.strict || !options.quiet;
   return task;
 }
 
@@ -106,7 +126,8 @@ std::string extensionFor(const Format& format) {
 int runFiles(const RunOptions& options) {
   std::optional<Output> output;
   if (!options.outDirectory) output.emplace(options.outputFile);
-  const Diagnostics diagnostics(options.diagnostics);
+  Diagnostics diagnostics(options.diagnostics);
+  checkFilesDiffer(options, diagnostics);
   std::optional<AnswerDirectory> answerDirectory;
   const std::vector<std::string> names = namesOf(options);
   if (options.outDirectory) {
@@ -114,13 +135,15 @@ int runFiles(const RunOptions& options) {
   }
   std::optional<StandardInputCopy> copy;
   if (options.stdinName) copy.emplace(*options.stdinName, options.limits.sourceBytes);
-  const Inputs inputs =
-      copy ? inputCalled(*options.stdinName, copy->path())
-           : findInputs(names, options.walkRules,
-                        {.file = options.outputFile,
-                         .output = output ? STDOUT_FILENO : -1,
-                         .diagnostics = diagnostics.areKept() ? diagnostics.descriptor() : -1,
-                         .directory = options.outDirectory.value_or("")});
+  const Inputs inputs = copy
+                            ? inputCalled(*options.stdinName, copy->path())
+                            : findInputs(names, options.walkRules,
+                                         {.file = options.outputFile,
+                                          .output = output ? STDOUT_FILENO : -1,
+                                          .diagnosticsFile = diagnostics.file(),
+                                          .diagnostics = diagnostics.areKept() ? STDERR_FILENO : -1,
+                                          .directory = options.outDirectory.value_or("")});
+  diagnostics.begin();
   if (output) output->begin();
   WorkerTask task = taskFor(options, diagnostics);
   task.inputs = &inputs;
@@ -129,7 +152,6 @@ int runFiles(const RunOptions& options) {
     task.wholeDocuments = true;
     task.writesOutput = true;
   }
-  diagnostics.begin();
   const bool isGood = answerFiles(task, options, diagnostics, output ? &*output : nullptr,
                                   answerDirectory ? &*answerDirectory : nullptr);
   if (output) output->close();
@@ -137,7 +159,7 @@ int runFiles(const RunOptions& options) {
 }
 
 int printVersions(const RunOptions& options, Output& output) {
-  const Diagnostics diagnostics(options.diagnostics);
+  Diagnostics diagnostics(options.diagnostics);
   diagnostics.begin();
   const Version version = askVersion(taskFor(options, diagnostics));
   output.write("quorl-js " QUORL_VERSION "\n" + withoutAddress(version.text) +

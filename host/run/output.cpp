@@ -6,10 +6,10 @@
 
 #include <cerrno>
 #include <filesystem>
-#include <system_error>
 #include <utility>
 
 #include "system/failure.h"
+#include "system/file_paths.h"
 #include "system/io.h"
 #include "system/platform.h"
 
@@ -26,13 +26,14 @@ Output::Output(std::optional<std::string> file) : file_(std::move(file)) {
   if (isThere && S_ISDIR(status.st_mode)) throw systemFailure(subject_, EISDIR);
   if (isThere && !S_ISREG(status.st_mode)) return;
   if (isThere) mode_ = status.st_mode & 07777;
-  // Replace the target of a link, not the link.
-  std::error_code error;
-  std::filesystem::path path = *file_;
-  if (isThere) path = std::filesystem::canonical(path, error);
+  if (isThere && ::faccessat(AT_FDCWD, file_->c_str(), W_OK, AT_EACCESS) != 0) {
+    throw systemFailure(subject_, errno);
+  }
+  // Replace or make the target of a link, and keep the link.
+  const std::filesystem::path path = behindLinks(*file_);
   name_ = path.filename().string();
   const std::string parent = path.has_parent_path() ? path.parent_path().string() : ".";
-  if (name_.empty() || error) throw systemFailure(subject_, error ? error.value() : ENOENT);
+  if (name_.empty()) throw systemFailure(subject_, ENOENT);
   directory_ = ::open(parent.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (directory_ >= 0) directory_ = outOfTheWay(directory_);
   if (directory_ < 0) throw systemFailure(subject_, errno);
@@ -53,6 +54,7 @@ void Output::begin() {
 }
 
 void Output::openTemporaryFile() {
+  removeStaleTemporaryFiles(directory_);
   const TemporaryFile file = makeTemporaryFile(directory_);
   if (file.descriptor < 0) throw systemFailure(subject_, errno);
   temporary_ = file;

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -43,7 +44,8 @@ void appendEntry(std::vector<Entry>& entries, const fs::directory_entry& entry, 
 // Where a walk is, for those who make the rules of what it skips.
 struct Place {
   WorkTree* tree = nullptr;  // that the directory lies in, or null
-  std::string inTree;        // the directory's path in it, with a slash at its end unless empty
+  std::string inTree;        // the directory's path in it
+  bool isIncluded = false;   // by a glob that matches the directory, or one above it
 };
 
 class Walk {
@@ -58,9 +60,10 @@ class Walk {
   void run(const std::string& directory) {
     std::unique_ptr<WorkTree> tree;
     Place place;
-    if (!rules_.ignored) tree = WorkTree::around(directory, place.inTree);
+    std::optional<UnusableRepository> fault;
+    if (!rules_.ignored) tree = WorkTree::around(directory, place.inTree, fault);
+    if (fault) actions_.unusableRepository(fault->path, fault->reason);
     place.tree = tree.get();
-    if (!place.inTree.empty()) place.inTree += "/";
     visit(directory, opening_, place);
   }
 
@@ -71,12 +74,20 @@ class Walk {
     const Listing listing = list(directory);
     std::unique_ptr<WorkTree> own;
     if (listing.hasRepository && !rules_.ignored && opening != opening_) {
-      own = WorkTree::at(directory);
-      if (own) place = {own.get(), ""};
+      std::optional<UnusableRepository> fault;
+      own = WorkTree::at(directory, fault);
+      if (fault) actions_.unusableRepository(fault->path, fault->reason);
+      if (own || fault) place = {own.get(), "", place.isIncluded};
     }
-    if (place.tree != nullptr && listing.hasIgnoreFile) place.tree->enter(place.inTree);
-    const bool mayBeAny = place.tree != nullptr && place.tree->mayIgnoreAllOf(place.inTree);
-    for (const Entry& entry : listing.entries) take(entry, opening, place, mayBeAny);
+    const bool hasRules = place.tree != nullptr && listing.hasIgnoreFile;
+    if (hasRules) place.tree->enter(place.inTree);
+    std::string inTree = place.inTree.empty() ? "" : place.inTree + "/";
+    const std::size_t bytes = inTree.size();
+    for (const Entry& entry : listing.entries) {
+      if (place.tree != nullptr) inTree.replace(bytes, std::string::npos, entry.name);
+      take(entry, opening, {place.tree, inTree, place.isIncluded});
+    }
+    if (hasRules) place.tree->leave();
     if (listing.error) actions_.unreadableDirectory(directory, listing.error);
   }
 
@@ -99,32 +110,30 @@ class Walk {
     return rules_.nodeModules || name != "node_modules";
   }
 
-  void take(const Entry& entry, const std::string& opening, const Place& place, bool mayBeAny) {
+  // The place is the entry's own, with a slash behind a directory.
+  void take(const Entry& entry, const std::string& opening, Place place) {
     const bool isDirectory = entry.kind == FileKind::kDirectory;
     const std::string path = opening + entry.name;
     const std::string_view plainPath =
         std::string_view(path).substr(0, path.size() - (isDirectory ? 1 : 0));
-    if (!isMatched(plainPath.substr(opening_.size()), isDirectory)) return;
-    if (place.tree != nullptr &&
-        place.tree->isIgnored(
-            place.inTree + entry.name.substr(0, entry.name.size() - (isDirectory ? 1 : 0)),
-            isDirectory, mayBeAny)) {
+    const std::string_view relative = plainPath.substr(opening_.size());
+    if (excluded_.match(relative, isDirectory)) return;
+    place.isIncluded =
+        place.isIncluded || included_.areNone() || included_.match(relative, isDirectory);
+    if (!isDirectory && !place.isIncluded) return;
+    if (isDirectory && place.tree != nullptr) place.inTree.pop_back();
+    if (place.tree != nullptr && place.tree->isIgnored(place.inTree, isDirectory)) {
       actions_.ignoredEntry();
     } else if (isDirectory) {
       const std::string directory(plainPath);
       if (actions_.entersDirectory(directory)) {
-        visit(directory, path, {place.tree, place.inTree + entry.name});
+        visit(directory, path, std::move(place));
       }
     } else if (entry.kind == FileKind::kRegular) {
       actions_.regularFile(path);
     } else {
       actions_.otherFile(path);
     }
-  }
-
-  bool isMatched(std::string_view path, bool isDirectory) const {
-    if (excluded_.match(path, isDirectory)) return false;
-    return isDirectory || included_.areNone() || included_.match(path, false);
   }
 
   const WalkRules& rules_;

@@ -16,12 +16,13 @@ enum class FileKind { kRegular, kDirectory, kOther };
 FileKind kindOf(const std::string& path);
 
 struct WalkRules {
-  bool recursive = false;             // walk directories that are named
-  bool hidden = false;                // include entries with a leading dot
-  bool nodeModules = false;           // include entries named node_modules
-  bool ignored = false;               // include what git ignores
-  bool binary = false;                // include files that hold NUL bytes; see isBinary
-  std::vector<std::string> included;  // globs, one of which a file has to match; none for all
+  bool recursive = false;    // walk directories that are named
+  bool hidden = false;       // include entries with a leading dot
+  bool nodeModules = false;  // include entries named node_modules
+  bool ignored = false;      // include what git ignores
+  bool binary = false;       // include files that hold NUL bytes; see isBinary
+  std::vector<std::string>
+      included;  // globs that a file or a directory above it has to match; none for all
   std::vector<std::string> excluded;  // globs that no file or directory may match
 };
 
@@ -31,6 +32,7 @@ struct WalkActions {
   std::function<void(const std::string& path)> regularFile;
   std::function<void(const std::string& path)> otherFile;  // also a link that leads nowhere
   std::function<void(const std::string& path, const std::error_code& reason)> unreadableDirectory;
+  std::function<void(const std::string& path, const std::string& reason)> unusableRepository;
   std::function<void()> ignoredEntry;  // which git ignores
 };
 

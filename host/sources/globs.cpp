@@ -1,17 +1,16 @@
 #include "sources/globs.h"
 
-#include <fnmatch.h>
-
 #include <algorithm>
 #include <cstddef>
-#include <span>
+#include <utility>
 
+#include "system/failure.h"
 #include "system/text_parts.h"
 
 namespace host {
 namespace {
 
-constexpr std::string_view kAnyDirectories = "**";
+constexpr std::size_t kMaxAlternatives = 1000;
 
 // Where the brace that opens at the offset closes, and the commas between its alternatives; the
 // end of the text comes last. Empty if it does not close.
@@ -44,68 +43,77 @@ std::size_t findBrace(std::string_view pattern) {
   return std::string_view::npos;
 }
 
-// The patterns that the braces of the pattern stand for. A brace that does not close is itself.
-void expandBraces(const std::string& pattern, std::vector<std::string>& out) {
+// Replaces the pattern by those that its first braces stand for, in reverse order. Returns false if
+// there are no braces; ones that do not close are themselves.
+bool expandFirstBraces(std::vector<std::string>& patterns) {
+  const std::string pattern = patterns.back();
   const std::size_t opening = findBrace(pattern);
-  const std::vector<std::size_t> ends =
-      opening == std::string::npos ? std::vector<std::size_t>() : alternativeEnds(pattern, opening);
-  if (ends.empty()) {
-    out.push_back(pattern);
-    return;
+  if (opening == std::string::npos) return false;
+  const std::vector<std::size_t> ends = alternativeEnds(pattern, opening);
+  if (ends.empty()) return false;
+  patterns.pop_back();
+  for (std::size_t index = ends.size(); index-- > 0;) {
+    const std::size_t start = (index == 0 ? opening : ends[index - 1]) + 1;
+    patterns.push_back(pattern.substr(0, opening) + pattern.substr(start, ends[index] - start) +
+                       pattern.substr(ends.back() + 1));
   }
-  std::size_t start = opening + 1;
-  for (const std::size_t end : ends) {
-    expandBraces(pattern.substr(0, opening) + pattern.substr(start, end - start) +
-                     pattern.substr(ends.back() + 1),
-                 out);
-    start = end + 1;
-  }
+  return true;
 }
 
-bool matchOne(const std::string& pattern, std::string_view name) {
-  return ::fnmatch(pattern.c_str(), std::string(name).c_str(), 0) == 0;
+// The patterns that the braces of the pattern stand for.
+std::vector<std::string> withoutBraces(const std::string& pattern) {
+  std::vector<std::string> result;
+  std::vector<std::string> left = {pattern};
+  for (std::size_t steps = 0; !left.empty();) {
+    if (!expandFirstBraces(left)) {
+      result.push_back(std::move(left.back()));
+      left.pop_back();
+    } else {
+      ++steps;  // of braces with one alternative each, too, there may be very many
+    }
+    if (steps > kMaxAlternatives || result.size() + left.size() > kMaxAlternatives) {
+      throw Failure("glob " + pattern + ": its braces stand for more than 1000 patterns");
+    }
+  }
+  return result;
 }
 
-bool matchAll(std::span<const std::string> pattern, std::span<const std::string_view> path) {
-  while (!pattern.empty() && pattern.front() != kAnyDirectories) {
-    if (path.empty() || !matchOne(pattern.front(), path.front())) return false;
-    pattern = pattern.subspan(1);
-    path = path.subspan(1);
+// The pattern's components with a slash between each two.
+std::string normalized(std::string_view pattern) {
+  std::string result;
+  for (const std::string_view component : partsOf(pattern, '/')) {
+    if (component.empty() || component == ".") continue;
+    if (!result.empty()) result += '/';
+    result += component;
   }
-  if (pattern.empty()) return path.empty();
-  // As in .gitignore files, ** at the end is for everything inside, which is at least one entry.
-  if (pattern.size() == 1) return !path.empty();
-  for (std::size_t skipped = 0; skipped <= path.size(); ++skipped) {
-    if (matchAll(pattern.subspan(1), path.subspan(skipped))) return true;
-  }
-  return false;
+  return result;
 }
 
 }  // namespace
 
 Globs::Globs(const std::vector<std::string>& patterns) {
-  std::vector<std::string> expanded;
-  for (const std::string& pattern : patterns) expandBraces(pattern, expanded);
-  for (std::string& pattern : expanded) {
-    Glob glob;
-    glob.isForDirectories = pattern.ends_with('/');
-    if (glob.isForDirectories) pattern.pop_back();
-    glob.isForName = pattern.find('/') == std::string::npos;
-    for (const std::string_view component : partsOf(pattern, '/')) {
-      if (!component.empty()) glob.components.emplace_back(component);  // of a slash in front
+  for (const std::string& given : patterns) {
+    for (std::string& pattern : withoutBraces(given)) {
+      const bool isForDirectories = pattern.ends_with('/');
+      if (isForDirectories) pattern.pop_back();
+      const bool isForName = pattern.find('/') == std::string::npos;
+      const auto subject = isForName ? WildPattern::Subject::kName : WildPattern::Subject::kPath;
+      globs_.push_back(
+          {WildPattern(normalized(pattern), subject, false), isForName, isForDirectories});
     }
-    globs_.push_back(std::move(glob));
   }
 }
 
 bool Globs::match(std::string_view path, bool isDirectory) const {
-  if (areNone()) return false;
-  const std::vector<std::string_view> components = partsOf(path, '/');
+  const std::string_view name = path.substr(path.rfind('/') + 1);
   return std::any_of(globs_.begin(), globs_.end(), [&](const Glob& glob) {
     if (glob.isForDirectories && !isDirectory) return false;
-    const std::span<const std::string_view> all(components);
-    return matchAll(glob.components, glob.isForName ? all.last(1) : all);
+    return glob.pattern.matches(glob.isForName ? name : path);
   });
+}
+
+bool Globs::isUsable(std::string_view pattern) {
+  return pattern.find_first_not_of("./") != std::string_view::npos;
 }
 
 }  // namespace host

@@ -5,13 +5,18 @@
 #include <string_view>
 #include <vector>
 
+#include "sources/wild_pattern.h"
+
 namespace host {
 
-// Patterns as people know them from .gitignore files and from shells: * and ? stop at a slash,
-// [...] is a set of bytes, ** stands for any number of directories, {a,b} for a or b.
+// Patterns as in .gitignore files, see WildPattern, and {a,b} for a or b.
 class Globs {
  public:
+  // Throws Failure for one with too many alternatives.
   explicit Globs(const std::vector<std::string>& patterns);
+
+  // Whether the pattern can match anything below the directory that is walked.
+  static bool isUsable(std::string_view pattern);
 
   bool areNone() const { return globs_.empty(); }
 
@@ -22,7 +27,7 @@ class Globs {
 
  private:
   struct Glob {
-    std::vector<std::string> components;
+    WildPattern pattern;
     bool isForName;
     bool isForDirectories;
   };

@@ -1,14 +1,17 @@
 #include "sources/ignore_rules.h"
 
+#include <fcntl.h>
 #include <git2.h>
+#include <strings.h>
+#include <unistd.h>
 
+#include <array>
+#include <cstddef>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <optional>
 #include <system_error>
 
-#include "sources/name_patterns.h"
+#include "system/failure.h"
+#include "system/io.h"
 #include "system/text_parts.h"
 
 namespace host {
@@ -16,9 +19,24 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string contentsOf(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+// libgit2 refuses a repository with an extension that it does not know. None of these changes
+// where rules are or what they mean.
+constexpr std::array kExtensions = {
+    "noop",       "objectformat",      "partialclone",  "preciousobjects",
+    "refstorage", "relativeworktrees", "worktreeconfig"};
+
+// Empty for a file that cannot be read, as for git.
+std::string contentsOf(const std::string& path, int flags) {
+  const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | flags);
+  if (file < 0) return {};
+  std::string text;
+  try {
+    text = readToEnd(file, path);
+  } catch (const Failure&) {
+    text.clear();  // a directory, say
+  }
+  ::close(file);
+  return text;
 }
 
 std::string takeBuffer(git_buf& buffer) {
@@ -27,117 +45,137 @@ std::string takeBuffer(git_buf& buffer) {
   return text;
 }
 
-// The lists of rules that are for every work tree of the user: the one that core.excludesFile
-// names, or else the usual ones.
-std::vector<std::string> globalLists(git_repository* repository) {
-  git_config* config = nullptr;
-  if (git_repository_config_snapshot(&config, repository) == 0) {
-    git_buf path{};
-    const bool isNamed = git_config_get_path(&path, config, "core.excludesfile") == 0;
-    git_config_free(config);
-    if (isNamed) return {takeBuffer(path)};
+std::string lastReason() {
+  const git_error* const error = git_error_last();
+  return error == nullptr ? "unknown error" : error->message;
+}
+
+// The .git of the work tree that the directory lies in, as the user would name it if it is there.
+std::string repositoryPath(const std::string& directory) {
+  const std::string own = directory + (directory.ends_with('/') ? ".git" : "/.git");
+  std::error_code unseen;
+  if (fs::exists(own, unseen)) return own;
+  git_buf found{};
+  if (git_repository_discover(&found, directory.c_str(), 0, nullptr) != 0) return own;
+  std::string path = takeBuffer(found);
+  if (path.ends_with('/')) path.pop_back();
+  return path;
+}
+
+// The list of rules that is for every work tree of the user: the one that core.excludesFile names,
+// or else the usual one. May be empty.
+std::string globalList(git_config* config, const std::string& root) {
+  git_buf path{};
+  if (config != nullptr && git_config_get_path(&path, config, "core.excludesfile") == 0) {
+    const std::string named = takeBuffer(path);
+    return named.empty() || named.starts_with('/') ? named : root + named;
   }
   git_buf directories{};
   if (git_libgit2_opts(GIT_OPT_GET_SEARCH_PATH, GIT_CONFIG_LEVEL_XDG, &directories) != 0) return {};
   const std::string all = takeBuffer(directories);
-  std::vector<std::string> lists;
-  for (const std::string_view directory : partsOf(all, GIT_PATH_LIST_SEPARATOR)) {
-    lists.push_back(std::string(directory) + "/ignore");
-  }
-  return lists;
+  const std::string first = all.substr(0, all.find(GIT_PATH_LIST_SEPARATOR));
+  return first.empty() ? first : first + "/ignore";
+}
+
+// Starts libgit2 once and never ends it: it reads certificates each time, which takes longer than a
+// walk over thousands of files.
+void startLibrary() {
+  [[maybe_unused]] static const bool isStarted = [] {
+    git_libgit2_init();
+    git_libgit2_opts(GIT_OPT_SET_OWNER_VALIDATION, 0);
+    auto extensions = kExtensions;
+    git_libgit2_opts(GIT_OPT_SET_EXTENSIONS, extensions.data(), extensions.size());
+    return true;
+  }();
 }
 
 }  // namespace
 
-// libgit2 counts how often it was set up.
-class WorkTree::Library {
- public:
-  Library() {
-    git_libgit2_init();
-    git_libgit2_opts(GIT_OPT_SET_OWNER_VALIDATION, 0);
-  }
-  Library(const Library&) = delete;
-  Library& operator=(const Library&) = delete;
-  ~Library() { git_libgit2_shutdown(); }
-};
-
 struct WorkTree::Repository {
-  Repository() = default;
+  Repository() { startLibrary(); }
   Repository(const Repository&) = delete;
   Repository& operator=(const Repository&) = delete;
   ~Repository() { git_repository_free(handle); }
 
-  // Opens the repository of a work tree. Null if the directory, or with search one above it, is
-  // none.
-  static std::unique_ptr<Repository> open(const std::string& directory, bool search) {
-    auto repository = std::make_unique<Repository>();
+  // Opens the repository of the directory or, with search, of one above it. Returns false if there
+  // is none with a work tree, or with fault set.
+  bool open(const std::string& directory, bool search, std::optional<UnusableRepository>& fault) {
     const unsigned flags = search ? 0 : static_cast<unsigned>(GIT_REPOSITORY_OPEN_NO_SEARCH);
-    const bool isOpen =
-        git_repository_open_ext(&repository->handle, directory.c_str(), flags, nullptr) == 0 &&
-        git_repository_workdir(repository->handle) != nullptr;
-    return isOpen ? std::move(repository) : nullptr;
+    const int error = git_repository_open_ext(&handle, directory.c_str(), flags, nullptr);
+    if (error == 0) return git_repository_workdir(handle) != nullptr;
+    if (error != GIT_ENOTFOUND) {
+      std::string reason = lastReason();  // which the next call may replace
+      fault.emplace(UnusableRepository{repositoryPath(directory), std::move(reason)});
+    }
+    return false;
   }
 
-  std::string root() const { return git_repository_workdir(handle); }  // with a slash at its end
-
-  Library library;
   git_repository* handle = nullptr;
 };
 
-WorkTree::WorkTree(std::unique_ptr<Repository> repository)
-    : repository_(std::move(repository)), patterns_(std::make_unique<NamePatterns>()) {
-  const std::string common = git_repository_commondir(repository_->handle);
-  patterns_->add(contentsOf(common + "/info/exclude"));
-  for (const std::string& list : globalLists(repository_->handle)) {
-    patterns_->add(contentsOf(list));
+WorkTree::WorkTree(const Repository& repository)
+    : root_(git_repository_workdir(repository.handle)) {
+  git_config* config = nullptr;
+  if (git_repository_config_snapshot(&config, repository.handle) != 0) config = nullptr;
+  int ignoresCase = 0;
+  if (config != nullptr) git_config_get_bool(&ignoresCase, config, "core.ignorecase");
+  ignoresCase_ = ignoresCase != 0;
+  const std::string own =
+      std::string(git_repository_commondir(repository.handle)) + "/info/exclude";
+  for (const std::string& list : {own, globalList(config, root_)}) {
+    if (!list.empty()) commonLists_.emplace_back(contentsOf(list, 0), ignoresCase_);
   }
-  patterns_->add(".git\n");  // which libgit2 ignores without a rule
+  git_config_free(config);
 }
 
 WorkTree::~WorkTree() = default;
 
-std::unique_ptr<WorkTree> WorkTree::around(const std::string& directory, std::string& place) {
-  std::unique_ptr<Repository> repository = Repository::open(directory, true);
-  if (!repository) return nullptr;
+std::unique_ptr<WorkTree> WorkTree::around(const std::string& directory, std::string& place,
+                                           std::optional<UnusableRepository>& fault) {
+  Repository repository;
+  if (!repository.open(directory, true, fault)) return nullptr;
+  std::unique_ptr<WorkTree> tree(new WorkTree(repository));
   std::error_code error;
   const fs::path real = fs::canonical(directory, error);
-  const fs::path root = error ? fs::path() : fs::canonical(repository->root(), error);
+  const fs::path root = error ? fs::path() : fs::canonical(tree->root_, error);
   if (error) return nullptr;
   const fs::path relative = real.lexically_relative(root);
-  place = relative == "." ? "" : relative.string();
-  std::unique_ptr<WorkTree> tree(new WorkTree(std::move(repository)));
-  if (place.empty()) return tree;
-  std::string above;
-  tree->enter(above);
+  if (relative == ".") return tree;
   for (const fs::path& component : relative) {
-    above += (above.empty() ? "" : "/") + component.string();
-    if (above != place) tree->enter(above);
+    if (component == "..") return nullptr;  // a work tree that is kept elsewhere
+    tree->enter(place);
+    place += (place.empty() ? "" : "/") + component.string();
+    if (tree->isIgnored(place, true)) return nullptr;
   }
-  return tree->isIgnored(place, true, true) ? nullptr : std::move(tree);
+  return tree;
 }
 
-std::unique_ptr<WorkTree> WorkTree::at(const std::string& directory) {
-  std::unique_ptr<Repository> repository = Repository::open(directory, false);
-  if (!repository) return nullptr;
-  return std::unique_ptr<WorkTree>(new WorkTree(std::move(repository)));
+std::unique_ptr<WorkTree> WorkTree::at(const std::string& directory,
+                                       std::optional<UnusableRepository>& fault) {
+  Repository repository;
+  if (!repository.open(directory, false, fault)) return nullptr;
+  return std::unique_ptr<WorkTree>(new WorkTree(repository));
 }
 
 void WorkTree::enter(const std::string& place) {
-  patterns_->add(contentsOf(repository_->root() + place + "/.gitignore"));
+  const std::string path = place.empty() ? place : place + "/";
+  // git reads no .gitignore file through a link.
+  directories_.push_back(
+      {path.size(), IgnoreList(contentsOf(root_ + path + ".gitignore", O_NOFOLLOW), ignoresCase_)});
 }
 
-bool WorkTree::mayIgnoreAllOf(std::string_view place) const {
-  return patterns_->mayMatchAllIn(place);
-}
-
-bool WorkTree::isIgnored(const std::string& place, bool isDirectory, bool mayBeAny) const {
-  if (!mayBeAny && !patterns_->mayMatch(std::string_view(place).substr(place.rfind('/') + 1))) {
-    return false;
+bool WorkTree::isIgnored(std::string_view place, bool isDirectory) const {
+  const std::string_view name = place.substr(place.rfind('/') + 1);
+  if (name == ".git") return true;  // which needs no rule
+  for (auto rules = directories_.rbegin(); rules != directories_.rend(); ++rules) {
+    if (const auto verdict = rules->list.verdictOn(place.substr(rules->pathBytes), isDirectory)) {
+      return *verdict;
+    }
   }
-  int isIgnored = 0;
-  const std::string path = isDirectory ? place + "/" : place;
-  return git_ignore_path_is_ignored(&isIgnored, repository_->handle, path.c_str()) == 0 &&
-         isIgnored != 0;
+  for (const IgnoreList& list : commonLists_) {
+    if (const auto verdict = list.verdictOn(place, isDirectory)) return *verdict;
+  }
+  return false;
 }
 
 }  // namespace host

@@ -15,6 +15,11 @@ namespace {
 
 constexpr const char* kWritten = "is written by this run, skipped";
 
+bool isBrokenLink(const std::string& path) {
+  std::error_code unseen;
+  return std::filesystem::is_symlink(path, unseen) && !std::filesystem::exists(path, unseen);
+}
+
 bool isSameDirectory(const std::string& path, const std::string& other) {
   std::error_code unseen;
   return !other.empty() && std::filesystem::equivalent(path, other, unseen);
@@ -46,7 +51,8 @@ class InputFinder {
       : rules_(rules),
         written_(written),
         output_(written.file ? WrittenFile(*written.file) : WrittenFile(written.output)),
-        diagnostics_(written.diagnostics) {}
+        diagnostics_(written.diagnosticsFile ? WrittenFile(*written.diagnosticsFile)
+                                             : WrittenFile(written.diagnostics)) {}
 
   void take(const std::string& name) {
     const FileKind kind = kindOf(name);
@@ -54,6 +60,7 @@ class InputFinder {
       if (isSameDirectory(name, written_.directory)) {
         throw Failure("output directory " + written_.directory + ": is also an input");
       }
+      hasWalked_ = true;
       walk(name, rules_, actions_);
     } else if (kind == FileKind::kOther) {
       add(name, InputKind::kRefused, kIrregular);
@@ -69,6 +76,9 @@ class InputFinder {
   }
 
   Inputs finish() {
+    if (hasWalked_ && !rules_.included.empty() && !hasFound_) {
+      add("--include", InputKind::kPassedOver, "no file matched");
+    }
     if (!rules_.binary) leaveOutBinaryFiles();
     for (Input& input : inputs_.all) {
       input.place = inputs_.reportCount;
@@ -84,6 +94,7 @@ class InputFinder {
   }
 
   void takeFound(const std::string& path) {
+    hasFound_ = true;
     if (output_.is(path) || diagnostics_.is(path)) {
       add(path, InputKind::kPassedOver, kWritten);
     } else {
@@ -116,13 +127,21 @@ class InputFinder {
   const WrittenFile output_;
   const WrittenFile diagnostics_;
   Inputs inputs_;
+  bool hasWalked_ = false;
+  bool hasFound_ = false;           // a file that --include selects, if it is given
   std::vector<std::size_t> found_;  // the indices of regular files that were met in walks
   const WalkActions actions_ = {
       [this](const std::string& path) { return !isSameDirectory(path, written_.directory); },
       [this](const std::string& path) { takeFound(path); },
-      [this](const std::string& path) { add(path, InputKind::kPassedOver, kIrregular); },
+      [this](const std::string& path) {
+        add(path, InputKind::kPassedOver, isBrokenLink(path) ? "broken link, skipped" : kIrregular);
+      },
       [this](const std::string& path, const std::error_code& reason) {
         add(path, InputKind::kRefused, reason.message());
+      },
+      [this](const std::string& path, const std::string& reason) {
+        add(path, InputKind::kPassedOver,
+            "cannot read (" + reason + "); ignore rules are not applied");
       },
       [this] { ++inputs_.skippedCount; }};
 };

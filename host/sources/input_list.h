@@ -38,10 +38,11 @@ inline constexpr const char* kIrregular = "not a regular file, skipped";
 
 // What a run writes to and is therefore not to read.
 struct Written {
-  std::optional<std::string> file;  // that takes the output, or
-  int output;                       // a descriptor, or negative
-  int diagnostics;                  // the same
-  std::string directory;            // of answer files, or empty
+  std::optional<std::string> file;             // that takes the output, or
+  int output;                                  // a descriptor, or negative
+  std::optional<std::string> diagnosticsFile;  // that takes the diagnostic lines, or
+  int diagnostics;                             // a descriptor, or negative
+  std::string directory;                       // of answer files, or empty
 };
 
 // Finds the kind of each name, and walks directories. What is written is skipped in a walk. Of

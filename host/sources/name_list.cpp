@@ -47,12 +47,11 @@ std::vector<std::string> readNameList(const std::string& list, NameEnd nameEnd) 
 }
 
 bool hasWindowsLineEnds(const std::vector<std::string>& names) {
-  const auto name = std::find_if(names.begin(), names.end(),
-                                 [](const std::string& each) { return each.ends_with('\r'); });
-  if (name == names.end()) return false;
-  std::error_code unseen;
-  return !std::filesystem::exists(*name, unseen) &&
-         std::filesystem::exists(name->substr(0, name->size() - 1), unseen);
+  return std::any_of(names.begin(), names.end(), [](const std::string& name) {
+    std::error_code unseen;
+    return name.ends_with('\r') && !std::filesystem::exists(name, unseen) &&
+           std::filesystem::exists(name.substr(0, name.size() - 1), unseen);
+  });
 }
 
 }  // namespace host

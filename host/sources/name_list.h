@@ -17,8 +17,8 @@ std::vector<std::string> readNameList(const std::string& list, NameEnd nameEnd);
 // lines.
 inline constexpr const char* kLineEndHint = "end in CR LF; remove the CRs with tr -d '\\r'";
 
-// Whether the list was probably written with CR LF line ends: its first name with a CR at the end
-// is no file, and without the CR it is.
+// Whether the list was probably written with CR LF line ends: some name with a CR at the end is no
+// file, and without the CR it is.
 bool hasWindowsLineEnds(const std::vector<std::string>& names);
 
 }  // namespace host

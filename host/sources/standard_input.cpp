@@ -1,6 +1,8 @@
 #include "sources/standard_input.h"
 
+#include <dirent.h>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -8,9 +10,12 @@
 #include <cerrno>
 #include <cstddef>
 #include <cstdlib>
+#include <memory>
 #include <string_view>
+#include <vector>
 
 #include "system/failure.h"
+#include "system/file_lock.h"
 #include "system/io.h"
 #include "system/signals.h"
 
@@ -18,6 +23,8 @@ namespace host {
 namespace {
 
 constexpr std::size_t kReadBytes = std::size_t{64} * 1024;
+constexpr std::string_view kDirectoryPrefix = "quorl-js-stdin-";
+constexpr std::string_view kRandomPart = "XXXXXX";  // as mkdtemp wants it
 
 void copyStandardInput(int file, const std::string& path, std::uint64_t limit) {
   std::array<char, kReadBytes> block;
@@ -41,17 +48,49 @@ void removeBoth(const std::string& directory, const std::string& file) {
   forgetTemporaryDirectory();
 }
 
+// Removes the directory if nobody holds a lock on it and if it has no more in it than a run leaves.
+void removeIfStale(int parent, const char* name) {
+  const int directory =
+      ::openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+  if (directory < 0) return;
+  const std::unique_ptr<DIR, int (*)(DIR*)> entries(::fdopendir(directory), ::closedir);
+  if (!entries) {
+    ::close(directory);
+    return;
+  }
+  struct stat status {};
+  const bool isOurs = ::fstat(directory, &status) == 0 && status.st_uid == ::geteuid();
+  if (!isOurs || !tryLockFile(directory) || !isStillAt(directory, parent, name)) return;
+  std::vector<std::string> files;
+  while (const dirent* const entry = ::readdir(entries.get())) {
+    const std::string_view file = entry->d_name;
+    if (file != "." && file != "..") files.emplace_back(file);
+  }
+  if (files.size() > 1) return;
+  for (const std::string& file : files) ::unlinkat(directory, file.c_str(), 0);
+  ::unlinkat(parent, name, AT_REMOVEDIR);
+}
+
+void removeStaleDirectories(const std::string& path) {
+  const std::unique_ptr<DIR, int (*)(DIR*)> entries(::opendir(path.c_str()), ::closedir);
+  if (!entries) return;  // making a directory there will fail too, or need not read it
+  while (const dirent* const entry = ::readdir(entries.get())) {
+    const std::string_view name = entry->d_name;
+    const bool isOurs = name.starts_with(kDirectoryPrefix) &&
+                        name.size() == kDirectoryPrefix.size() + kRandomPart.size();
+    if (isOurs) removeIfStale(::dirfd(entries.get()), entry->d_name);
+  }
+}
+
 }  // namespace
 
-StandardInputCopy::StandardInputCopy(const std::string& path, std::uint64_t limit)
-    : directory_(temporaryParent() + "/quorl-js-XXXXXX") {
+StandardInputCopy::StandardInputCopy(const std::string& path, std::uint64_t limit) {
   const std::string name = path.substr(path.rfind('/') + 1);
   int file = -1;
+  removeStaleDirectories(temporaryParent());
   {
     const SignalsHeld held;
-    if (::mkdtemp(directory_.data()) == nullptr) {
-      throw systemFailure("temporary directory in " + temporaryParent(), errno);
-    }
+    makeDirectory();
     file_ = directory_ + "/" + name;
     noteTemporaryDirectory(directory_, file_);
   }
@@ -65,10 +104,36 @@ StandardInputCopy::StandardInputCopy(const std::string& path, std::uint64_t limi
   } catch (...) {
     if (file >= 0) ::close(file);
     removeBoth(directory_, file_);
+    ::close(lock_);
     throw;
   }
 }
 
-StandardInputCopy::~StandardInputCopy() { removeBoth(directory_, file_); }
+StandardInputCopy::~StandardInputCopy() {
+  removeBoth(directory_, file_);
+  ::close(lock_);
+}
+
+// A run that starts may remove the directory before it is locked; then another is made.
+void StandardInputCopy::makeDirectory() {
+  const std::string parent = temporaryParent();
+  while (true) {
+    directory_ = parent + "/" + std::string(kDirectoryPrefix) + std::string(kRandomPart);
+    if (::mkdtemp(directory_.data()) == nullptr) {
+      throw systemFailure("temporary directory in " + parent, errno);
+    }
+    const int opened = ::open(directory_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    lock_ = opened < 0 ? opened : outOfTheWay(opened);
+    if (lock_ < 0 && errno != ENOENT) {
+      const int error = errno;
+      ::rmdir(directory_.c_str());
+      throw systemFailure(directory_, error);
+    }
+    if (lock_ < 0) continue;
+    lockFile(lock_);
+    if (isStillAt(lock_, AT_FDCWD, directory_.c_str())) return;
+    ::close(lock_);
+  }
+}
 
 }  // namespace host

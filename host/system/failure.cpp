@@ -5,7 +5,8 @@
 namespace host {
 
 Failure systemFailure(const std::string& subject, int errorNumber) {
-  return Failure(subject + ": " + std::generic_category().message(errorNumber));
+  return Failure((subject.empty() ? "''" : subject) + ": " +
+                 std::generic_category().message(errorNumber));
 }
 
 }  // namespace host

@@ -16,7 +16,8 @@ struct BrokenPipe : Failure {
   BrokenPipe() : Failure("broken pipe") {}
 };
 
-// A Failure with the system's reason: "SUBJECT: No space left on device".
+// A Failure with the system's reason: "SUBJECT: No space left on device". An empty subject is a
+// file name and is shown as ''.
 Failure systemFailure(const std::string& subject, int errorNumber);
 
 }  // namespace host

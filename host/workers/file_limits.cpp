@@ -11,7 +11,7 @@ std::string sizeText(std::uint64_t bytes) {
     const std::uint64_t count = bytes >> shift;
     if (count != 0 && count << shift == bytes) return std::to_string(count) + unit;
   }
-  return std::to_string(bytes) + " bytes";
+  return std::to_string(bytes) + (bytes == 1 ? " byte" : " bytes");
 }
 
 std::string timeText(std::chrono::microseconds time) {

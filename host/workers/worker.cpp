@@ -13,6 +13,7 @@
 #include <cstdlib>
 #include <exception>
 #include <new>
+#include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -261,9 +262,9 @@ class Worker {
 
   void ask(const Input& input, const FileState& state, FileReport& report, Frame& frame) {
     const auto start = std::chrono::steady_clock::now();
-    if (!task_.quiet) errors_.begin();
+    if (task_.countsWarnings) errors_.begin();
     const char* const answer = plugin_.parse(input.textPath(), task_.defines);
-    if (!task_.quiet) errors_.end();
+    if (task_.countsWarnings) errors_.end();
     if (task_.times) {
       report.microseconds =
           static_cast<std::uint64_t>(std::chrono::duration_cast<std::chrono::microseconds>(
@@ -357,8 +358,16 @@ void answerRequestsOrEnd(Worker& worker, int requests, int results) {
   }
 }
 
+void sendUnusable(int results, const std::string& message) {
+  Frame frame;
+  frame.kind = FrameKind::kUnusable;
+  frame.message = message;
+  writeFrame(results, frame, {});
+}
+
 void runWorker(const WorkerTask& task, int requests, int results, int output,
                CapturedErrors& errors) {
+  const std::string thrown = task.plugin + ": threw an exception when it was loaded";
   try {
     limitTime(task.timeBesidesFiles);
     Worker worker(task, results, output, errors);
@@ -366,10 +375,15 @@ void runWorker(const WorkerTask& task, int requests, int results, int output,
     if (writeFrame(results, Frame{}, {}) == 0) answerRequestsOrEnd(worker, requests, results);
     limitTime(task.timeBesidesFiles);  // to the very end
   } catch (const Failure& failure) {
-    Frame unusable;
-    unusable.kind = FrameKind::kUnusable;
-    unusable.message = failure.what();
-    writeFrame(results, unusable, {});
+    sendUnusable(results, failure.what());
+  } catch (const std::bad_alloc&) {
+    ::_exit(kWorkerOutOfMemory);
+  } catch (const std::exception& exception) {
+    sendUnusable(results, thrown + ": " + exception.what());
+    ::_exit(kWorkerThrew);
+  } catch (...) {
+    sendUnusable(results, thrown);
+    ::_exit(kWorkerThrew);
   }
 }
 
@@ -398,7 +412,8 @@ void work(const WorkerTask& task, int requests, int results, CapturedErrors& err
   std::set_new_handler([] { ::_exit(kWorkerOutOfMemory); });
   runWorker(task, requests, results, output, errors);
   // Runs the destructors of the module's static objects and what it gave to atexit. The program has
-  // no static object that minds. What is thrown there ends in std::terminate.
+  // no static object that minds. What is thrown there would end in a message of the C++ library.
+  std::set_terminate([] { ::_exit(kWorkerThrew); });
   std::exit(areDiagnosticsLost() ? kWorkerLostDiagnostics : EXIT_SUCCESS);
 }
 

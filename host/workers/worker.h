@@ -29,6 +29,7 @@ struct WorkerTask {
   bool times = false;
   bool findsOmissions = false;  // looks for what answers leave out
   bool keepsSources = false;    // keeps the bytes that the module saw
+  bool countsWarnings = true;   // reports what the module writes to standard error
   bool quiet = false;           // discards the module's standard error
   int standardError = -1;       // descriptor for it otherwise; -1 leaves it as it is
 };

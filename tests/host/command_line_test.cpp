@@ -109,6 +109,17 @@ TEST_F(Arguments, ThatCannotBeFollowedAreRefused) {
       {{"--defines", "f"}, "no FILE given"},
       {{"--diagnostics", "lines"}, "no FILE given"},
       {{"--bogus"}, "unknown option --bogus"},
+      {{"f", "-o"}, "--output: FILE is missing"},
+      {{"f", "-rqo"}, "--output: FILE is missing"},
+      {{"f", "--output"}, "--output: FILE is missing"},
+      {{"f", "--jobs"}, "--jobs: N is missing"},
+      {{"f", "--defines", "-o", "-j"}, "--jobs: N is missing"},
+      {{"f", "--quiet=1"}, "--quiet: takes no value"},
+      {{"f", "--help=yes"}, "--help: takes no value"},
+      {{"f", "-xr"}, "unknown option -xr"},
+      {{"f", "-rx"}, "unknown option -rx"},
+      {{"merge", "f", "-o"}, "--output: FILE is missing", kMergeHint},
+      {{"merge", "f", "--files-from=a", "--null=yes"}, "--null: takes no value", kMergeHint},
       {{"f", "--bogus=1", "--other"}, "unknown option --bogus=1"},
       {{"f", "-x", "--", "-y"}, "unknown option -x"},
       {{"--version", "--bogus"}, "unknown option --bogus"},
@@ -194,6 +205,7 @@ TEST_F(Arguments, ThatAreMistypedGetASuggestion) {
       {{"--recursve", "f"}, "unknown option --recursve; did you mean --recursive?"},
       {{"--define", "A", "f"}, "unknown option --define; did you mean --defines?"},
       {{"--Defines", "A", "f"}, "unknown option --Defines; did you mean --defines?"},
+      {{"-recursive", "f"}, "unknown option -recursive; did you mean --recursive?"},
       {{"-defines", "A", "f"}, "unknown option -defines; did you mean --defines?"},
       {{"f", "--fromat=json"}, "unknown option --fromat=json; did you mean --format?"},
       {{"merge", "--file-from", "a", "f"},
@@ -279,12 +291,14 @@ TEST_F(Arguments, WithValuesThatAreNoneAreRefused) {
        {"", "K", "B", "1B", "1P", "1KiBB", "1i", "0x10", "18446744073709551616"},
        sizes},
       {"--max-size", {"", "M", "1 M", "1M1"}, sizes},
-      {"--depth", {"", "-1", "all"}, "a number"},
+      {"--depth", {"", "-1", "all", "99999999999"}, "a number from 0 to 4294967295"},
+      {"--include", {"", ".", "./", "/"}, "a pattern such as *.js or src/"},
+      {"--exclude", {""}, "a pattern such as *.js or src/"},
   };
   for (const Row& row : rows) {
     for (const std::string& value : row.values) {
       const std::string name = row.option == std::string("-j") ? "--jobs" : row.option;
-      EXPECT_EQ(run({"f", row.option, value}),
+      EXPECT_EQ(run({"f", "-r", row.option, value}),
                 (Outcome{2, "",
                          "quorl-js: " + name + ": invalid value '" + value + "'; use " +
                              row.allowed + "\n"}));

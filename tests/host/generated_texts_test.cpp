@@ -156,6 +156,8 @@ TEST_F(Completions, OfBash) {
       {"the short option too", "-0", "-0"},
       {"all formats", "--format ''", "(+o default)raw json ndjson tree"},
       {"labels", "--only cl", "(+o default)class classvar"},
+      {"labels behind a comma", "--only class,fun", "(+o default)class,function"},
+      {"joined labels", "--only = line,l", "(+o default)line,logic line,loop line,line line,link"},
       {"a file for the output", "-o ''", ""},
       {"files are left to the shell", "f", ""},
       {"the words of an option", "--diagnostics ''", "none stderr"},
@@ -207,9 +209,9 @@ TEST_F(Completions, OfZsh) {
        Words{"-S", "(-0 --null)-0[Split LIST at NUL bytes instead of line feeds]",
              "(-0 --null)--null[Split LIST at NUL bytes instead of line feeds]",
              "*--defines=[Add NAME to the record of defines]:NAME: ",
-             "*--only=[Print only records with this label]:LABEL:(filepath namespace class "
-             "function logic loop classvar line define preprocessor htmlelement link container "
-             "error)",
+             "*--only=[Print only records with this label]:LABEL:_sequence compadd - filepath "
+             "namespace class function logic loop classvar line define preprocessor htmlelement "
+             "link container error",
              "--format=[Choose the output format]:FORMAT:(raw json ndjson tree)",
              "--out-dir=[Write one output file per input file, to the directory DIR]:DIR:_files -/",
              "(-j --jobs)-j+[Parse N files in parallel, 1 to 256]:N: ",
@@ -261,6 +263,10 @@ TEST_F(Completions, OfFish) {
       {"quorl-js --only cl",
        "class\tPrint only records with this label\n"
        "classvar\tPrint only records with this label\n"},
+      {"quorl-js --only class,fun", "class,function\tPrint only records with this label\n"},
+      {"quorl-js --only=line,cla",
+       "--only=line,class\tPrint only records with this label\n"
+       "--only=line,classvar\tPrint only records with this label\n"},
       {"quorl-js --plugin folder/", "folder/f.js\n"},
       {"quorl-js --format j", "json\tChoose the output format\n"},
       {"quorl-js --out-dir folder/", ""},

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "system/failure.h"
+
 namespace {
 
 using host::Globs;
@@ -65,6 +67,24 @@ TEST(Globs, MatchNamesAndPaths) {
     EXPECT_EQ(globs.match(row.path, row.isDirectory), row.isMatch)
         << row.pattern << " and " << row.path;
   }
+}
+
+TEST(Globs, WithManyStarsOrBracesAreBounded) {
+  std::string stars;
+  std::string path;
+  for (int part = 0; part < 40; ++part) {
+    stars += "**/";
+    path += "a/";
+  }
+  EXPECT_FALSE(Globs({stars + "q"}).match(path + "a", false));
+  EXPECT_TRUE(Globs({stars + "a"}).match(path + "a", false));
+  EXPECT_TRUE(Globs({"{a,b}{a,b}{a,b}{a,b}{a,b}{a,b}{a,b}{a,b}{a,b}"}).match("abababaab", false));
+  std::string alternatives = "{0";
+  for (int number = 1; number < 1000; ++number) alternatives += "," + std::to_string(number);
+  EXPECT_TRUE(Globs({alternatives + "}"}).match("999", false));
+  EXPECT_THROW(Globs({alternatives + ",1000}"}), host::Failure);
+  std::string braces(5000, '{');
+  EXPECT_THROW(Globs({braces + "a" + std::string(5000, '}')}), host::Failure);
 }
 
 TEST(Globs, MatchIfOneOfThemDoes) {

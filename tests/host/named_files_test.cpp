@@ -155,6 +155,7 @@ TEST_F(Directories, MayHoldTheOutputOfTheRun) {
   fs::create_directory("answers");
   for (const Row& row : rows) {
     SCOPED_TRACE(row.why);
+    if (row.arguments.back() == "tree/b") writeFile("tree/b", "");
     Words arguments = {"-c",       "exec \"$@\" >tree/out", "sh", QUORL_JS_PATH,
                        "--plugin", ODD_PLUGIN_PATH};
     arguments.insert(arguments.end(), row.arguments.begin(), row.arguments.end());
@@ -280,6 +281,51 @@ TEST_F(Lists, MayBeLong) {
   EXPECT_TRUE(isOutcome({0, answersTo(files), ""}, runOdd({"--files-from", "list"})));
 }
 
+TEST_F(Lists, ThatAreAnOutputAreRefused) {
+  writeFile("a.js", "let a = 1;\n");
+  fs::create_symlink("list", "link");
+  fs::create_symlink("new", "to-new");
+  struct Row {
+    Words arguments;
+    std::string message;
+  };
+  const std::vector<Row> rows = {
+      {{"--files-from", "list", "-o", "list"}, "list: is the list and the output"},
+      {{"--files-from", "link", "-o", "./list"}, "./list: is the list and the output"},
+      {{"--files-from", "list", "--diagnostics", "link"},
+       "link: is the list and the diagnostics file"},
+      {{"a.js", "-o", "new", "--diagnostics", "./new"},
+       "./new: is the output and the diagnostics file"},
+      {{"a.js", "-o", "to-new", "--diagnostics", "new"},
+       "new: is the output and the diagnostics file"},
+      {{"a.js", "-o", "list", "--diagnostics", "link"},
+       "link: is the output and the diagnostics file"},
+      {{"merge", "a.js", "--files-from", "link", "-o", "list"}, "list: is the list and the output"},
+      {{"--files-from", "gone", "--diagnostics", "new"}, "list gone: No such file or directory"},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(joined(row.arguments));
+    writeFile("list", "a.js\n");
+    EXPECT_EQ(run(row.arguments), (Outcome{2, "", "quorl-js: " + row.message + "\n"}));
+    EXPECT_EQ(contentsOf("list"), "a.js\n");
+    EXPECT_FALSE(fs::exists("new"));
+  }
+  EXPECT_EQ(host_test::runProgram("/bin/sh", {"-c", "exec \"$@\" <list", "sh", QUORL_JS_PATH,
+                                              "--files-from=-", "-o", "list"}),
+            (Outcome{2, "", "quorl-js: list: is the list and the output\n"}));
+  EXPECT_EQ(runOdd({"a.js", "-o", "/dev/null", "--diagnostics", "/dev/null"}),
+            (Outcome{0, "", ""}));
+}
+
+TEST_F(Lists, WithWindowsLineEndsGetAHintWhicheverNameIsThere) {
+  writeFile("b.js", "let b = 1;\n");
+  writeFile("list", "gone.js\r\nb.js\r\n");
+  EXPECT_EQ(
+      runOdd({"--files-from=list"}),
+      (Outcome{0, answersTo({"gone.js\r", "b.js\r"}),
+               "quorl-js: list list: lines end in CR LF; remove the CRs with tr -d '\\r'\n"}));
+}
+
 TEST_F(Lists, ThatCannotBeReadEndTheRunBeforeTheFirstFile) {
   fs::create_directory("folder");
   writeFile("nul", std::string("f\0g\0", 4));
@@ -371,8 +417,9 @@ TEST_F(IrregularFiles, MetBelowADirectoryDoNotFailTheRun) {
   writeFile("tree/z", "x");
   EXPECT_EQ(runOdd({"--recursive", "tree"}),
             (Outcome{0, answersTo({"tree/a", "tree/z"}),
-                     skipped("tree/dangling") + skipped("tree/link") + skipped("tree/null") +
-                         skipped("tree/pipe") + skipped("tree/self")}));
+                     "quorl-js: tree/dangling: broken link, skipped\n" + skipped("tree/link") +
+                         skipped("tree/null") + skipped("tree/pipe") +
+                         "quorl-js: tree/self: broken link, skipped\n"}));
 }
 
 TEST_F(IrregularFiles, AreAlsoStandardInputUnlessItIsAFile) {

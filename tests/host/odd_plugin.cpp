@@ -77,6 +77,9 @@ struct Talker {
     std::puts("loaded");
     stopIfToldBy("ODD_PLUGIN_STOPS_AT_LOAD");
     crashAtSomeLoads();
+    const char* const what = std::getenv("ODD_PLUGIN_THROWS_AT_LOAD");
+    if (what != nullptr && *what == '\0') throw 7;
+    if (what != nullptr) throw std::runtime_error(what);
   }
   ~Talker() {
     std::puts("unloaded");

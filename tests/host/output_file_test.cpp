@@ -114,6 +114,46 @@ TEST_F(OutputFile, StaysAsItWasAfterASignal) {
   }
 }
 
+TEST_F(OutputFile, OfAKilledRunIsRemovedByTheNext) {
+  RunningProgram program(QUORL_JS_PATH, {"--plugin", ODD_PLUGIN_PATH, "-o", "out", "-j1", "big",
+                                         "hang", "--timeout=0"});
+  program.waitForFile("hanging");
+  EXPECT_EQ(runOdd({"-o", "other", "f"}), (Outcome{0, "", ""}));
+  fs::remove("hanging");
+  Files present = files();
+  EXPECT_EQ(present.erase("other"), 1U);
+  ASSERT_EQ(present.size(), 1U) << "the file of the run that goes on";
+  EXPECT_EQ(present.begin()->first.rfind(".quorl-js-", 0), 0U);
+  program.send(SIGKILL);
+  EXPECT_EQ(program.waitForEnd(), 128 + SIGKILL);
+  program.errorsToTheEnd();  // the workers are gone, too
+  EXPECT_EQ(runOdd({"-o", "other", "f"}), (Outcome{0, "", ""}));
+  EXPECT_EQ(files(), (Files{{"other", kAnswer}}));
+}
+
+TEST_F(OutputFile, ThatALinkLeadsToIsMade) {
+  fs::create_directory("folder");
+  fs::create_symlink("second", "folder/first");
+  fs::create_symlink("folder/first", "out");
+  EXPECT_EQ(runOdd({"-o", "out", "f"}), (Outcome{0, "", ""}));
+  EXPECT_TRUE(fs::is_symlink("out"));
+  EXPECT_TRUE(fs::is_symlink("folder/first"));
+  EXPECT_EQ(contentsOf("folder/second"), kAnswer);
+  fs::create_symlink("circle", "circle");
+  EXPECT_EQ(runOdd({"-o", "circle", "f"}),
+            (Outcome{2, "", "quorl-js: circle: Too many levels of symbolic links\n"}));
+}
+
+TEST_F(OutputFile, ThatIsReadOnlyIsRefused) {
+  writeFile("out", "old");
+  const PlainUser user;
+  if (const auto why = user.whyNot(); !why.empty()) GTEST_SKIP() << why;
+  ::chmod("out", 0444);
+  EXPECT_EQ(user.runOdd({"-o", "out", "f"}),
+            (Outcome{2, "", "quorl-js: out: Permission denied\n"}));
+  EXPECT_EQ(files(), (Files{{"out", "old"}}));
+}
+
 TEST_F(OutputFile, ThatIsAnInputIsRefused) {
   writeFile("out", "old");
   const Outcome refused{2, "", "quorl-js: output file ./out: is also an input\n"};
@@ -156,8 +196,9 @@ TEST_F(OutputFile, ThatCannotBeMadeEndsTheRun) {
   for (const Row& row :
        {Row{"folder", "Is a directory"}, Row{"gone/out", "No such file or directory"},
         Row{"", "No such file or directory"}, Row{"folder/", "Is a directory"}}) {
+    const std::string shown = row.file.empty() ? "''" : row.file;
     EXPECT_EQ(runOdd({"f", "--output=" + row.file}),
-              (Outcome{2, "", "quorl-js: " + row.file + ": " + row.reason + "\n"}));
+              (Outcome{2, "", "quorl-js: " + shown + ": " + row.reason + "\n"}));
   }
   const PlainUser user;
   if (const auto why = user.whyNot(); !why.empty()) GTEST_SKIP() << why;

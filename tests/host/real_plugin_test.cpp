@@ -103,7 +103,7 @@ TEST_F(RealPlugin, TellsOfOddFileNamesInOneLine) {
   };
   const std::vector<Row> rows = {
       {"-gone", "-gone", "-gone"},
-      {"", "", ""},
+      {"", "", "''"},
       {"it's \"gone\"", R"(it\'s \"gone\")", "it's \"gone\""},
       {"line\nfeed", R"(line\nfeed)", R"(line\x0afeed)"},
       {"esc\x1b[2J", "esc\x1b[2J", R"(esc\x1b[2J)"},

@@ -229,6 +229,78 @@ TEST_F(IgnoredFiles, AreKnownInAWorkTreeOfSomebodyElse) {
   EXPECT_EQ(filesRead({"-r", "tree"}), (Words{"tree/b.js"}));
 }
 
+TEST_F(IgnoredFiles, MayBeTakenBackByAnyOtherList) {
+  if (!isGitInstalled()) GTEST_SKIP() << "no git";
+  makeRepository("tree");
+  makeFiles({"tree/a.log", "tree/sub/a.log", "tree/sub/keep.log", "tree/z"});
+  writeFile("tree/.gitignore", "*.log\n!z\n");
+  writeFile("tree/sub/.gitignore", "!keep.log\n");
+  fs::create_directories("tree/.git/info");
+  writeFile("tree/.git/info/exclude", "z\n");
+  EXPECT_EQ(filesRead({"-r", "tree"}), (Words{"tree/sub/keep.log", "tree/z"}));
+  EXPECT_EQ(filesRead({"-r", "tree/sub"}), (Words{"tree/sub/keep.log"}));
+}
+
+TEST_F(IgnoredFiles, AreFoundWithBracketsTheWrongWayRound) {
+  if (!isGitInstalled()) GTEST_SKIP() << "no git";
+  makeRepository("tree");
+  makeFiles({"tree/a", "tree/b"});
+  writeFile("tree/.gitignore", "a]b[c\nb\n");
+  EXPECT_EQ(filesRead({"-r", "tree"}), (Words{"tree/a"}));
+}
+
+TEST_F(IgnoredFiles, AreKnownInALinkedWorkTree) {
+  if (!isGitInstalled()) GTEST_SKIP() << "no git";
+  makeRepository("main");
+  EXPECT_EQ(
+      runProgram("/usr/bin/env", {"git", "-C", "main", "-c", "user.name=a", "-c", "user.email=a@b",
+                                  "commit", "-q", "--allow-empty", "-m", "first"})
+          .status,
+      0);
+  EXPECT_EQ(
+      runProgram("/usr/bin/env", {"git", "-C", "main", "worktree", "add", "-q", "../tree"}).status,
+      0);
+  fs::create_directories("main/.git/info");
+  writeFile("main/.git/info/exclude", "*.log\n");
+  makeFiles({"tree/a.log", "tree/b.js"});
+  EXPECT_EQ(filesRead({"-r", "tree"}), (Words{"tree/b.js"}));
+}
+
+TEST_F(IgnoredFiles, AreKnownWhateverExtensionsTheRepositoryHas) {
+  if (!isGitInstalled()) GTEST_SKIP() << "no git";
+  for (const char* extension : {"partialClone = origin", "worktreeConfig = true",
+                                "objectFormat = sha256", "preciousObjects = true"}) {
+    SCOPED_TRACE(extension);
+    fs::remove_all("tree");
+    makeRepository("tree");
+    writeFile(
+        "tree/.git/config",
+        std::string("[core]\n\trepositoryFormatVersion = 1\n[extensions]\n\t") + extension + "\n");
+    makeFiles({"tree/a.log", "tree/b.js"});
+    writeFile("tree/.gitignore", "*.log\n");
+    EXPECT_EQ(filesRead({"-r", "tree"}), (Words{"tree/b.js"}));
+  }
+}
+
+TEST_F(IgnoredFiles, AreReadWithAWarningIfTheRepositoryCannotBe) {
+  if (!isGitInstalled()) GTEST_SKIP() << "no git";
+  makeRepository("pc");
+  writeFile("pc/.git/config", "[core]\n\trepositoryFormatVersion = 99\n");
+  makeFiles({"pc/a.log", "pc/b.js"});
+  writeFile("pc/.gitignore", "*.log\n");
+  for (const char* walked : {"pc", "."}) {
+    SCOPED_TRACE(walked);
+    const std::string place = walked == std::string("pc") ? "pc" : "./pc";
+    const Outcome outcome = runOdd({"-r", walked});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.out, "[\n" + place + "/a.log|\n]\n[\n" + place + "/b.js|\n]\n");
+    EXPECT_EQ(outcome.err.rfind("quorl-js: " + place + "/.git: cannot read (", 0), 0U) << outcome;
+    EXPECT_TRUE(outcome.err.ends_with("); ignore rules are not applied\n")) << outcome;
+    EXPECT_EQ(runOdd({"-r", walked, "--strict"}).status, 1);
+    EXPECT_EQ(runOdd({"-r", walked, "--no-ignore"}).err, "");
+  }
+}
+
 // ---- Binary files
 
 TEST_F(BinaryFiles, AreThoseWithANulByteInTheFirstEightKilobytes) {
@@ -277,6 +349,12 @@ TEST_F(GlobOptions, SelectFilesAndPruneDirectories) {
       {{"--exclude=/doc"}, {"tree/a.js", "tree/b.ts", "tree/gen/doc/f.js", "tree/gen/e.js"}},
       {{"--include=*.js", "--exclude=**/doc/**"}, {"tree/a.js", "tree/gen/e.js"}},
       {{"--exclude=*", "other.md"}, {"other.md"}},
+      {{"--include=doc"}, {"tree/doc/c.js", "tree/doc/d.md", "tree/gen/doc/f.js"}},
+      {{"--include=gen/"}, {"tree/gen/doc/f.js", "tree/gen/e.js"}},
+      {{"--include=gen", "--exclude=doc"}, {"tree/gen/e.js"}},
+      {{"--include=./doc/*.js"}, {"tree/doc/c.js"}},
+      {{"--include=./*.js"}, {"tree/a.js"}},
+      {{"--exclude=./gen", "--include=*.js"}, {"tree/a.js", "tree/doc/c.js"}},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(joined(row.arguments));
@@ -284,6 +362,25 @@ TEST_F(GlobOptions, SelectFilesAndPruneDirectories) {
     arguments.insert(arguments.end(), {"-r", "tree"});
     EXPECT_EQ(filesRead(arguments), row.files);
   }
+}
+
+TEST_F(GlobOptions, GetAWarningIfNoFileMatches) {
+  makeFiles({"tree/a.js"});
+  const Outcome none{0, "", "quorl-js: --include: no file matched\n"};
+  EXPECT_EQ(runOdd({"-r", "tree", "--include=*.ts"}), none);
+  EXPECT_EQ(runOdd({"-r", "tree", "--include=*.ts", "--strict", "tree/a.js"}),
+            (Outcome{1, "[\ntree/a.js|\n]\n", none.err}));
+  EXPECT_EQ(runOdd({"-r", "tree/a.js", "--include=*.ts"}), (Outcome{0, "[\ntree/a.js|\n]\n", ""}))
+      << "nothing is walked";
+}
+
+TEST_F(GlobOptions, AreRefusedWithTooManyAlternatives) {
+  std::string pattern;
+  for (int brace = 0; brace < 40; ++brace) pattern += "{a,b}";
+  EXPECT_EQ(
+      runOdd({"-r", ".", "--include", pattern}),
+      (Outcome{2, "",
+               "quorl-js: glob " + pattern + ": its braces stand for more than 1000 patterns\n"}));
 }
 
 // ---- The line at the end of a run
@@ -303,6 +400,8 @@ TEST_F(Summary, CountsOnATerminal) {
       {{"tree/a.js", "tree/b.js"}, "quorl-js: 2 files, ", 0},
       {{"tree/a.js", "gone"}, "quorl-js: 2 files, 1 failed, ", 1},
       {{"tree/a.js"}, "", 0},
+      {{"-r", "tree", "--include=a.js"}, "quorl-js: 1 file, ", 0},
+      {{"-r", "tree", "--exclude=*"}, "quorl-js: 0 files, ", 0},
       {{"-r", "tree", "--quiet"}, "", 0},
   };
   for (const Row& row : rows) {
@@ -312,7 +411,7 @@ TEST_F(Summary, CountsOnATerminal) {
     const std::string seen = program.errorsToTheEnd();
     EXPECT_EQ(program.waitForEnd(), row.status);
     if (row.line.empty()) {
-      EXPECT_EQ(seen.find(" files, "), std::string::npos) << seen;
+      EXPECT_EQ(seen.find(" file"), std::string::npos) << seen;
       continue;
     }
     const std::size_t found = seen.find(row.line);

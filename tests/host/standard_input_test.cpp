@@ -2,6 +2,7 @@
 
 #include <csignal>
 #include <filesystem>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -113,6 +114,25 @@ TEST_F(StandardInput, IsRefusedWithoutAGoodNameAndBesideFiles) {
                 .status,
             2);
   EXPECT_TRUE(fs::is_empty("scratch"));
+}
+
+TEST_F(StandardInput, OfAKilledRunIsRemovedByTheNext) {
+  writeFile("in", "text");
+  RunningProgram program("/usr/bin/env",
+                         {"TMPDIR=scratch", "sh", "-c", "exec \"$@\" <in", "sh", QUORL_JS_PATH,
+                          "--plugin", ODD_PLUGIN_PATH, "--stdin=stay", "--timeout=0"});
+  program.waitForFile("staying");
+  const Words another{"-c", "TMPDIR=scratch exec \"$@\" <in", "sh", QUORL_JS_PATH, "--stdin=a.js"};
+  EXPECT_EQ(runProgram("/bin/sh", another).status, 0);
+  EXPECT_EQ(std::distance(fs::directory_iterator("scratch"), {}), 1) << "of the run that goes on";
+  program.send(SIGKILL);
+  EXPECT_EQ(program.waitForEnd(), 128 + SIGKILL);
+  program.errorsToTheEnd();  // the workers are gone, too
+  EXPECT_FALSE(fs::is_empty("scratch"));
+  fs::create_directories("scratch/quorl-js-stdin-abcdef/folder");  // nothing that a run makes
+  EXPECT_EQ(runProgram("/bin/sh", another).status, 0);
+  EXPECT_EQ(std::distance(fs::directory_iterator("scratch"), {}), 1);
+  EXPECT_TRUE(fs::exists("scratch/quorl-js-stdin-abcdef/folder"));
 }
 
 TEST_F(StandardInput, LeavesNothingBehindAfterASignal) {

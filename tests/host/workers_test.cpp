@@ -304,8 +304,22 @@ TEST_F(BadFiles, MayThrow) {
             (Outcome{0, answerTo("a") + answerTo("throw-once") + answerTo("b"),
                      "quorl-js: throw-once: succeeded on the second attempt; first failure: the "
                      "plug-in threw an exception: not now\n"}));
-  EXPECT_EQ(runOdd({"-j2", "a", "throw-at-exit", "b", "--quiet"}),
-            (Outcome{0, answerTo("a") + answerTo("throw-at-exit") + answerTo("b"), ""}));
+  for (const char* jobs : {"-j1", "-j2"}) {
+    EXPECT_EQ(runOdd({jobs, "a", "throw-at-exit", "b"}),
+              (Outcome{0, answerTo("a") + answerTo("throw-at-exit") + answerTo("b"), ""}))
+        << "the C++ library has nothing to say of it";
+  }
+}
+
+TEST_F(BadFiles, AreNoneIfTheModuleThrowsWhenItIsLoaded) {
+  const std::string told = "quorl-js: " ODD_PLUGIN_PATH ": threw an exception when it was loaded";
+  for (const char* what : {"", "no start"}) {
+    ::setenv("ODD_PLUGIN_THROWS_AT_LOAD", what, 1);
+    const std::string reason = *what == '\0' ? "" : std::string(": ") + what;
+    EXPECT_EQ(runOdd({"a", "b"}), (Outcome{2, "", told + reason + "\n"}));
+    EXPECT_EQ(runOdd({"--version"}), (Outcome{2, "", told + reason + "\n"}));
+  }
+  ::unsetenv("ODD_PLUGIN_THROWS_AT_LOAD");
 }
 
 // A stopped process runs no timer.
@@ -892,6 +906,11 @@ TEST_F(Warnings, ComeAsOneLineForEachFile) {
     Words quiet = row.arguments;
     quiet.emplace_back("--quiet");
     EXPECT_EQ(runOdd(quiet), (Outcome{0, outcome.out, ""}));
+    const int strictStatus = row.messages.empty() ? 0 : 1;
+    quiet.emplace_back("--strict");
+    EXPECT_EQ(runOdd(quiet), (Outcome{strictStatus, outcome.out, ""}));
+    quiet.erase(quiet.end() - 2);
+    EXPECT_EQ(runOdd(quiet), (Outcome{strictStatus, outcome.out, row.messages}));
   }
 }
 
