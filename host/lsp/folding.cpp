@@ -117,6 +117,7 @@ std::vector<Fold> findFolds(const FileOutline& outline, std::size_t limit) {
   order.resize(limit);
   std::sort(order.begin(), order.end());
   std::vector<Fold> kept;
+  kept.reserve(limit);
   for (const std::size_t index : order) kept.push_back(folds[index]);
   return kept;
 }

@@ -16,8 +16,13 @@ enum class Encoding : std::uint8_t {
 struct Position {
   std::uint32_t line = 0;
   std::uint32_t character = 0;
-  auto operator<=>(const Position&) const = default;
+  bool operator==(const Position&) const = default;
 };
+
+inline bool operator<(Position left, Position right) {
+  return left.line != right.line ? left.line < right.line : left.character < right.character;
+}
+inline bool operator<=(Position left, Position right) { return !(right < left); }
 
 struct Range {
   Position start;

@@ -62,7 +62,9 @@ void removeIfLeft(const std::string& path) {
 
 void removeAllLeft(const std::string& parent) {
   for (const std::string& name : namesIn(parent)) {
-    if (name.starts_with(kNameStart)) removeIfLeft(parent + "/" + name);
+    if (!name.starts_with(kNameStart)) continue;
+    std::string path = parent;
+    removeIfLeft(path.append("/").append(name));
   }
 }
 
