@@ -47,7 +47,7 @@ std::string generatedText(const std::string& kind) {
   const auto* const row =
       std::find_if(kGeneratedTexts.begin(), kGeneratedTexts.end(),
                    [&](const GeneratedText& text) { return text.kind == kind; });
-  if (row == kGeneratedTexts.end()) throw Failure("nothing to generate is called " + kind);
+  if (row == kGeneratedTexts.end()) throw Failure("cannot generate " + kind);
   return row->make();
 }
 

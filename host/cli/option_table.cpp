@@ -36,7 +36,7 @@ constexpr std::array kOptions = {
            .group = "Input",
            .help = "Read directories recursively",
            .details = "Files come in byte order of their paths. Links to directories are not "
-                      "followed. Skipped are entries that start with a dot, entries named "
+                      "followed. Skips entries that start with a dot, entries named "
                       "node_modules, what git ignores, and binary files. A FILE that is named is "
                       "always read."},
     Option{.name = "--hidden",
@@ -87,7 +87,7 @@ constexpr std::array kOptions = {
            .completion = Completion::kFiles,
            .help = "Read standard input as a file called NAME",
            .details = "NAME selects how the text is read, and stands in the output. No file of "
-                      "that name has to exist. Not to be combined with FILE or --files-from."},
+                      "that name has to exist. Cannot be combined with FILE or --files-from."},
     Option{.name = "--format",
            .argument = "FORMAT",
            .words = formatNames,
@@ -124,9 +124,10 @@ constexpr std::array kOptions = {
            .argument = "FILE",
            .completion = Completion::kFiles,
            .help = "Write to FILE, which is replaced when the output is complete",
-           .details = "The output is written to a new file beside FILE and renamed. With exit "
-                      "status 2, and after a signal, FILE is as it was. A FILE that is no regular "
-                      "file is written directly; - is standard output."},
+           .details =
+               "The output is written to a new file beside FILE and renamed. With exit "
+               "status 2, and after a signal, FILE is as it was. A FILE that is not a regular "
+               "file is written directly; - is standard output."},
     Option{.name = "--out-dir",
            .argument = "DIR",
            .completion = Completion::kDirectories,
@@ -217,8 +218,8 @@ constexpr std::array kHiddenOptions = {
 constexpr std::array kStatuses = {
     ExitStatus{"0", "Every file was read. An empty file counts as read."},
     ExitStatus{"1",
-               "Some file was not: one that failed, a directory that could not be listed, a FILE "
-               "that is no regular file; with --strict, a warning. The output is complete."},
+               "Some file was not read: it failed, is a directory that could not be listed, or "
+               "is not a regular file. With --strict, also a warning. The output is complete."},
     ExitStatus{"2",
                "The run failed: wrong usage, no working plug-in, an unreadable LIST, output that "
                "could not be written."},
@@ -269,7 +270,7 @@ constexpr std::array kMergeOptions = {
 
 constexpr std::array kMergeStatuses = {
     ExitStatus{"0", "Every file was read."},
-    ExitStatus{"1", "Some file was not, as its line says."},
+    ExitStatus{"1", "Some file was not read. Its file line has the status."},
     ExitStatus{"2",
                "The command failed: wrong usage, a SHARD or LIST that is unreadable, cut or does "
                "not fit the others, output that could not be written."},

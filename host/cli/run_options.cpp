@@ -149,7 +149,7 @@ void checkFormat(const ArgumentParser& arguments, const char* option, const Form
 void checkIsFileName(const std::string& name) {
   const std::string_view last = std::string_view(name).substr(name.rfind('/') + 1);
   if (last.empty() || last == "." || last == "..") {
-    throw Failure("--stdin: '" + name + "' is no name for a file");
+    throw Failure("--stdin: '" + name + "' is not a name for a file");
   }
 }
 

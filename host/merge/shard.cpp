@@ -125,7 +125,7 @@ class ShardReader {
         take(file_);
         beginFile();
       } else {
-        fail("no line of the ndjson format");
+        fail("not an ndjson line");
       }
     }
     ++lineNumber_;
@@ -147,8 +147,8 @@ class ShardReader {
     Handler handler(arguments...);
     rapidjson::MemoryStream stream(line.data(), line.size());
     const rapidjson::ParseResult result = reader_.Parse<kFlags>(stream, handler);
-    if (result.IsError()) fail(std::string("no JSON: ") + GetParseError_En(result.Code()));
-    if (stream.Tell() != line.size()) fail("no JSON: there is more behind the object");
+    if (result.IsError()) fail(std::string("not JSON: ") + GetParseError_En(result.Code()));
+    if (stream.Tell() != line.size()) fail("not JSON: there is more behind the object");
   }
 
   void readHeader(std::string_view line) {
@@ -181,7 +181,7 @@ class ShardReader {
     checkRecordCount(*values.recordCount);
     file_.path = *values.path;
     if (values.pathBytes && !decodeBase64(*values.pathBytes, file_.path)) {
-      fail("pathBytes is no base64");
+      fail("pathBytes is not base64");
     }
     file_.isGood = *values.status == kAnsweredWord || *values.status == kEmptyWord;
     file_.bytes = lines_.offset() - file_.offset;

@@ -36,7 +36,7 @@ std::string write(std::string_view format, const FileReport& report,
   return out.substr(5);
 }
 
-TEST(Format, FormsAreFoundByTheirNames) {
+TEST(Format, IsFoundByName) {
   for (const char* name : {"raw", "json", "ndjson", "tree", "outline", "ctags", "etags"}) {
     ASSERT_NE(host::findFormat(name), nullptr) << name;
     EXPECT_EQ(host::findFormat(name)->name, name);

@@ -126,10 +126,8 @@ TEST_F(GeneratedTexts, SayTheSameOfEveryOption) {
 
 TEST_F(GeneratedTexts, NeedNothingElse) {
   EXPECT_EQ(run({"--generate=fish", "--plugin", "gone.so"}), (Outcome{0, generated("fish"), ""}));
-  EXPECT_EQ(run({"--generate", "ksh"}),
-            (Outcome{2, "", "quorl-js: nothing to generate is called ksh\n"}));
-  EXPECT_EQ(run({"--generate", ""}),
-            (Outcome{2, "", "quorl-js: nothing to generate is called \n"}));
+  EXPECT_EQ(run({"--generate", "ksh"}), (Outcome{2, "", "quorl-js: cannot generate ksh\n"}));
+  EXPECT_EQ(run({"--generate", ""}), (Outcome{2, "", "quorl-js: cannot generate \n"}));
 }
 
 TEST_F(GeneratedTexts, ThatCannotBeWrittenEndTheRun) {

@@ -168,7 +168,7 @@ TEST_F(OutDir, HasNothingForWhatIsSkipped) {
   EXPECT_EQ(filesIn("out"), (Files{{"f.records", kGood}}));
 }
 
-TEST_F(OutDir, LosesTheAnswerOfWhatHasNoneAnyMore) {
+TEST_F(OutDir, RemovesStaleAnswers) {
   writeFile("out/pipe.records", "from before");
   writeFile("out/f.records", "from before");
   ASSERT_EQ(::mkfifo("pipe", 0600), 0);

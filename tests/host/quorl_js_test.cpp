@@ -312,7 +312,7 @@ TEST_F(OutputFailure, IsToldInOneLine) {
   }
 }
 
-TEST_F(OutputFailure, OfAReaderWhoHasGoneIsSilent) {
+TEST_F(OutputFailure, OfABrokenPipeIsSilent) {
   for (const Words& arguments : kRunsThatWrite) {
     SCOPED_TRACE(joined(arguments));
     const Outcome outcome = runOdd(arguments, StandardOutput::kAbandonedPipe);
@@ -324,14 +324,14 @@ TEST_F(OutputFailure, OfAReaderWhoHasGoneIsSilent) {
   }
 }
 
-TEST_F(OutputFailure, OfAReaderWhoLeavesInTheMiddleIsSilent) {
+TEST_F(OutputFailure, OfAPipeThatBreaksInTheMiddleIsSilent) {
   const Outcome outcome = runOdd({"big", "f"}, StandardOutput::kBrokenOffPipe);
   EXPECT_EQ(outcome.status, 128 + SIGPIPE);
   EXPECT_EQ(outcome.err, "");
 }
 
 // Whoever starts the program may ignore SIGPIPE, as many interpreters do.
-TEST_F(OutputFailure, OfAReaderWhoHasGoneIsSilentEvenIfTheSignalIsIgnored) {
+TEST_F(OutputFailure, OfABrokenPipeIsSilentEvenIfTheSignalIsIgnored) {
   EXPECT_EQ(runProgram("/bin/sh",
                        {"-c", "trap '' PIPE; exec \"$@\"", "sh", QUORL_JS_PATH, "--plugin",
                         ODD_PLUGIN_PATH, "f"},

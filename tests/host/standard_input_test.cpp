@@ -94,7 +94,8 @@ TEST_F(StandardInput, IsRefusedWithoutAGoodNameAndBesideFiles) {
   for (const char* name : {"", "dir/", ".", "..", "dir/.."}) {
     EXPECT_EQ(
         runOver("a", {std::string("--stdin=") + name}),
-        (Outcome{2, "", std::string("quorl-js: --stdin: '") + name + "' is no name for a file\n"}));
+        (Outcome{2, "",
+                 std::string("quorl-js: --stdin: '") + name + "' is not a name for a file\n"}));
   }
   for (const char* other : {"a.js", "--files-from=input"}) {
     EXPECT_EQ(runOver("a", {"--stdin=b.js", other}),

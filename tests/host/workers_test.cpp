@@ -150,7 +150,7 @@ bool isMemoryFree() {
   return kMemoryIsLimited && ::getrlimit(RLIMIT_AS, &limit) == 0 && limit.rlim_cur == RLIM_INFINITY;
 }
 
-TEST_F(Memory, IsTheMachinesUnlessToldOtherwise) {
+TEST_F(Memory, DefaultsToTheMachines) {
   if (!isMemoryFree()) GTEST_SKIP() << "no limit on memory here, or one of these tests";
   rlimit limit{};
   ASSERT_EQ(::getrlimit(RLIMIT_AS, &limit), 0);
@@ -397,7 +397,7 @@ TEST_F(BadFiles, HaveAnswerFilesToo) {
   EXPECT_EQ(contentsOf("out/a.records"), answerTo("a"));
 }
 
-TEST_F(BadFiles, AreThoseWhoseAnswerIsNoneToo) {
+TEST_F(BadFiles, IncludeMalformedAnswers) {
   const std::string fault = "the answer leaves the record format in record 0, near byte 2 of 7";
   for (const char* format : {"--format=json", "--format=ndjson", "--format=tree"}) {
     const Outcome outcome = runOdd({"a", "no-records", format});
@@ -933,7 +933,7 @@ TEST_F(Warnings, WithoutEndAreCounted) {
 
 using Strictness = Workers;
 
-TEST_F(Strictness, MakesAFailureOfWhatIsOnlyTold) {
+TEST_F(Strictness, TurnsWarningsIntoFailures) {
   fs::create_directories("tree");
   ASSERT_EQ(::mkfifo("tree/pipe", 0600), 0);
   writeFile("tree/a", "x");
