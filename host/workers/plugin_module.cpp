@@ -58,7 +58,10 @@ std::string findPlugin() {
 
 PluginModule::PluginModule(const std::string& path) {
   const std::string file = path.find('/') == std::string::npos ? "./" + path : path;
-  void* const module = ::dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
+  // The C library declares dlopen free of exceptions, which ends the process if the module throws
+  // when it is loaded. Through a volatile pointer the compiler does not know.
+  void* (*volatile const open)(const char*, int) = &::dlopen;
+  void* const module = open(file.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (module == nullptr) throw Failure(std::string("cannot load the plug-in: ") + ::dlerror());
   parseJs_ = entryPoint<decltype(&ParseJS)>(module, path, "ParseJS");
   cleanupJs_ = entryPoint<decltype(&CleanupJS)>(module, path, "CleanupJS");

@@ -7,8 +7,8 @@ included. One shell runs a block, in the project's root, with quorl-js on the pa
 the module, BUILD to the build folder and SCRATCH to an empty folder. A block fenced as a language
 of EXAMPLES must equal a file of examples/ or editors/, and each line of a "cmake" block must occur in
 the project that the tests build from an installed tree. Links to files must exist. Of "./dev run"
-only the final program is run, the one of this build; the one command that is shown but not run is
-the one that runs this test.
+only the final program is run, the one of this build. Commands in blocks fenced as "sh", which install
+and test, are not run but have to be SHELL_COMMANDS.
 """
 import os
 import pathlib
@@ -19,7 +19,9 @@ import tempfile
 
 FENCE = re.compile(r"^```(\w+)\n(.*?)^```$", re.M | re.S)
 LINK = re.compile(r"\]\(([^)#:]+)(#[^)]*)?\)")
-SHELL_COMMANDS = {"./dev run examples/tour.js", "./dev test", "cd editors/vscode", "npm ci",
+SHELL_COMMANDS = {"./dev run examples/tour.js", "./dev test", "./dev package",
+                  "sudo apt install ./build/packages/quorl-js_*.deb "
+                  "./build/packages/quorl-js-plugin_*.deb", "cd editors/vscode", "npm ci",
                   "npm run package", "code --install-extension quorl-js-1.0.0.vsix"}
 EXAMPLES = {"c", "python", "bash", "lua", "elisp", "js", "toml", "json"}
 CONSUMER = "tests/install/consumer/CMakeLists.txt"

@@ -152,7 +152,7 @@ TEST_F(Completions, OfBash) {
   const std::vector<Row> rows = {
       {"options", "--n", "--node-modules --no-ignore --null --no-progress"},
       {"the short option too", "-0", "-0"},
-      {"all formats", "--format ''", "(+o default)raw json ndjson tree"},
+      {"all formats", "--format ''", "(+o default)raw json ndjson tree outline ctags etags"},
       {"labels", "--only cl", "(+o default)class classvar"},
       {"labels behind a comma", "--only class,fun", "(+o default)class,function"},
       {"joined labels", "--only = line,l", "(+o default)line,logic line,loop line,line line,link"},
@@ -172,7 +172,7 @@ TEST_F(Completions, OfBash) {
       {"the other command", "me", "(-o filenames)melon.js merge"},
       {"a file that is no command", "merger", ""},
       {"another command", "ls", "(-o filenames)lsp"},
-      {"options of that", "lsp -", "--stdio --trace --plugin --timeout --max-size --help -h"},
+      {"options of that", "lsp -", "--stdio --trace --plugin --timeout --max-size -h --help"},
       {"options of the other command", "merge -", "--files-from -0 --null -o --output -h --help"},
       {"files for it", "merge --files-from ''", ""},
       {"no command but as the first word", "f merge --n",
@@ -203,21 +203,23 @@ TEST_F(Completions, OfZsh) {
   // The specifications as zsh reads them out of the quotes.
   const std::string read =
       printedBy("zsh", "_arguments() { printf '%s\\n' \"$@\" }; . ./_quorl-js");
-  for (const std::string& line :
-       Words{"-S", "(-0 --null)-0[Split LIST at NUL bytes instead of line feeds]",
-             "(-0 --null)--null[Split LIST at NUL bytes instead of line feeds]",
-             "*--defines=[Add NAME to the record of defines]:NAME: ",
-             "*--only=[Print only records with this label]:LABEL:_sequence compadd - filepath "
-             "namespace class function logic loop classvar line define preprocessor htmlelement "
-             "link container error",
-             "--format=[Choose the output format]:FORMAT:(raw json ndjson tree)",
-             "--out-dir=[Write one output file per input file, to the directory DIR]:DIR:_files -/",
-             "(-j --jobs)-j+[Parse N files in parallel, 1 to 256]:N: ",
-             "(-j --jobs)--jobs=[Parse N files in parallel, 1 to 256]:N: ",
-             "--color=[Color the tree]:WHEN:(auto always never)", diagnostics,
-             "(-h --help)--help[Print this help]", "*:FILE:_files",
-             R"x(1:FILE or command:{_alternative "commands\:command\:(merge lsp)" )x"
-             R"x("files\:file\:_files"})x"}) {
+  for (const std::string& line : Words{
+           "-S", "(-0 --null)-0[Split LIST at NUL bytes instead of line feeds]",
+           "(-0 --null)--null[Split LIST at NUL bytes instead of line feeds]",
+           "*--defines=[Add NAME to the record of defines]:NAME: ",
+           "*--only=[Print only records with this label, or items of this kind]:LABEL:_sequence "
+           "compadd - filepath "
+           "namespace class function logic loop classvar line define preprocessor htmlelement "
+           "link container error method constructor getter setter interface enum type variable "
+           "field module callback statement element script block",
+           "--format=[Choose the output format]:FORMAT:(raw json ndjson tree outline ctags etags)",
+           "--out-dir=[Write one output file per input file, to the directory DIR]:DIR:_files -/",
+           "(-j --jobs)-j+[Parse N files in parallel, 1 to 256]:N: ",
+           "(-j --jobs)--jobs=[Parse N files in parallel, 1 to 256]:N: ",
+           "--color=[Color outline and tree]:WHEN:(auto always never)", diagnostics,
+           "(-h --help)--help[Print this help]", "*:FILE:_files",
+           R"x(1:FILE or command:{_alternative "commands\:command\:(merge lsp)" )x"
+           R"x("files\:file\:_files"})x"}) {
     EXPECT_NE(("\n" + read).find("\n" + line + "\n"), std::string::npos) << line << "\nis not in\n"
                                                                          << read;
   }
@@ -259,12 +261,13 @@ TEST_F(Completions, OfFish) {
       {"quorl-js --diagnostics s",
        "stderr\tWrite the plug-in's diagnostic lines to a file or to stderr\n"},
       {"quorl-js --only cl",
-       "class\tPrint only records with this label\n"
-       "classvar\tPrint only records with this label\n"},
-      {"quorl-js --only class,fun", "class,function\tPrint only records with this label\n"},
+       "class\tPrint only records with this label, or items of this kind\n"
+       "classvar\tPrint only records with this label, or items of this kind\n"},
+      {"quorl-js --only class,fun",
+       "class,function\tPrint only records with this label, or items of this kind\n"},
       {"quorl-js --only=line,cla",
-       "--only=line,class\tPrint only records with this label\n"
-       "--only=line,classvar\tPrint only records with this label\n"},
+       "--only=line,class\tPrint only records with this label, or items of this kind\n"
+       "--only=line,classvar\tPrint only records with this label, or items of this kind\n"},
       {"quorl-js --plugin folder/", "folder/f.js\n"},
       {"quorl-js --format j", "json\tChoose the output format\n"},
       {"quorl-js --out-dir folder/", ""},
@@ -296,12 +299,12 @@ TEST_F(ManualPage, HasItsSections) {
     if (line.rfind("# ", 0) == 0) sections.push_back(line.substr(2));
   }
   EXPECT_EQ(sections, (Words{"NAME", "SYNOPSIS", "DESCRIPTION", "WHICH FILES ARE READ", "LIMITS",
-                             "OUTPUT FILES", "OPTIONS", "EXIT STATUS", "MERGE", "LSP", "FILES",
-                             "EXAMPLES", "SEE ALSO"}));
+                             "TEXT LEFT OUT", "OUTPUT FILES", "OPTIONS", "EXIT STATUS", "MERGE",
+                             "LSP", "FILES", "EXAMPLES", "SEE ALSO"}));
   for (const char* text :
        {"\n*quorl-js* _FILE_... [_OPTION_]...++\n",
         "\n*quorl-js* *--files-from* _LIST_ [_FILE_]... [_OPTION_]...++\n",
-        "\n*quorl-js* *merge* _SHARD_... [_OPTION_]...\n", "\n*quorl-js* *lsp* [_OPTION_]...\n",
+        "\n*quorl-js* *merge* _SHARD_... [_OPTION_]...++\n", "\n*quorl-js* *lsp* [_OPTION_]...\n",
         "\n*--trace* _FILE_\n\tLog every message to FILE.",
         "\n*-j*, *--jobs* _N_\n\tParse N files in parallel",
         "\n*-0*, *--null*\n\tSplit LIST at NUL bytes instead of line feeds.\n\n",

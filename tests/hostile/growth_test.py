@@ -101,9 +101,10 @@ def choose_counter(driver, name, outline):
 def judge(sizes, works):
     """Return the work per byte at each size, its growth, and what is wrong, if anything."""
     per_byte = [work / size for work, size in zip(works, sizes)]
-    if min(per_byte) < 1:
+    # A count that does not see the work finds none, or as much for a hundred times the text.
+    if works[-1] < 2 * works[0] or works[0] == 0:
         return per_byte, 0, "not counted"
-    growth = per_byte[-1] / min(per_byte[:-1])
+    growth = per_byte[-1] / max(min(per_byte[:-1]), 1)  # less than an instruction is a mere search
     return per_byte, growth, "GROWS" if growth > FACTOR else ""
 
 

@@ -25,6 +25,9 @@ CaseFile loadCase(const fs::path& folder) {
   if (fs::exists(folder / "expected.stderr")) {
     loaded.standardError = readFile(folder / "expected.stderr");
   }
+  if (fs::exists(folder / "expected.omission")) {
+    loaded.omission = readFile(folder / "expected.omission");
+  }
   if (fs::exists(folder / "defines.txt")) loaded.defines = readFile(folder / "defines.txt");
   return loaded;
 }

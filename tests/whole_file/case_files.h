@@ -16,6 +16,7 @@ struct CaseFile {
   std::string records;                 // expected
   std::string standardOutput;          // expected
   std::string standardError;           // expected; empty if the case has no such file
+  std::string omission;                // what quorl-js reports as left out; likewise
 };
 
 // Returns all cases sorted by name. Throws if a folder does not hold exactly one input and both

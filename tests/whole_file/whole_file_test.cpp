@@ -54,16 +54,19 @@ void expectAsCase(const Run& run, const CaseFile& file) {
   EXPECT_EQ(run.standardError, file.standardError);
 }
 
-// The one line in which quorl-js sums up the module's warnings, which are all alike.
-std::string messageFor(const CaseFile& file) {
+// What quorl-js reports: what is left out, and one line that sums up the module's warnings, which
+// are all alike.
+std::string messagesFor(const CaseFile& file) {
   constexpr std::string_view kWarning = "Warning: Attempting to pop from empty element stack\n";
-  if (file.standardError.empty()) return {};
+  const std::string start = "quorl-js: " + file.input + ": ";
+  const std::string omission = file.omission.empty() ? "" : start + file.omission;
+  if (file.standardError.empty()) return omission;
   const std::size_t count = file.standardError.size() / kWarning.size();
   std::string all;
   for (std::size_t i = 0; i < count; ++i) all += kWarning;
   EXPECT_EQ(file.standardError, all);
-  return "quorl-js: " + file.input + ": " + std::to_string(count) +
-         (count == 1 ? " warning" : " warnings") + ": Attempting to pop from empty element stack\n";
+  return omission + start + std::to_string(count) + (count == 1 ? " warning" : " warnings") +
+         ": Attempting to pop from empty element stack\n";
 }
 
 ParseFunction parseOfModule() {
@@ -97,7 +100,7 @@ TEST_P(WholeFile, ThroughTheCommandLineHost) {
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.out, file.records);
   EXPECT_EQ(readFile(diagnostics), file.standardOutput);
-  EXPECT_EQ(outcome.err, messageFor(file));
+  EXPECT_EQ(outcome.err, messagesFor(file));
 }
 
 std::string testName(const testing::TestParamInfo<CaseFile>& info) {
