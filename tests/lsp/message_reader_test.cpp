@@ -76,7 +76,7 @@ TEST(MessageReader, TakesFramesOutOfAStream) {
 // A header is judged when its blank line has come, so pieces change nothing.
 TEST(MessageReader, TakesThemFromPiecesOfAnySize) {
   for (const FrameCase& row : kFrames) {
-    for (const std::size_t step : {1, 2, 3, 7}) {
+    for (const std::size_t step : {1U, 2U, 3U, 7U}) {
       EXPECT_EQ(messagesIn(row.bytes, step), row.messages) << row.why << " by " << step;
     }
   }

@@ -54,7 +54,7 @@ TEST(Positions, LineEndsAreLfCrLfAndCr) {
 
 // Line ends are searched in windows.
 TEST(Positions, LinesMayBeLong) {
-  for (const std::size_t length : {127, 128, 129, 383, 384, 385, 5000}) {
+  for (const std::size_t length : {127U, 128U, 129U, 383U, 384U, 385U, 5000U}) {
     for (const std::string end : {"\n", "\r\n", "\r"}) {
       const std::string text = std::string(length, 'x') + end + "y";
       EXPECT_EQ(nextLine(text, 0), length + end.size()) << length;
