@@ -128,7 +128,7 @@ std::vector<std::string> readGlobs(const ArgumentParser& arguments, const char* 
   for (const std::string& glob : globs) {
     if (!Globs::isUsable(glob)) throw arguments.invalidValue(name, glob);
   }
-  Globs{globs};  // throws for one that is too large
+  [[maybe_unused]] const Globs compiled(globs);  // throws for one that is too large
   return globs;
 }
 

@@ -89,14 +89,11 @@ bool ScriptTokens::skipBlanks() {
 
 // Skips the comment that begins here; false if none does.
 bool ScriptTokens::skipComment() {
-  const char byte = text_[position_];
-  if (byte == '/' && at(position_ + 1) == '/') {
-    skipLineComment();
-  } else if (byte == '/' && at(position_ + 1) == '*') {
+  const std::string_view rest = text_.substr(position_);
+  if (rest.starts_with("/*")) {
     skipBlockComment();
-  } else if (byte == '<' && text_.substr(position_).starts_with("<!--")) {
-    skipLineComment();
-  } else if (byte == '-' && lineBreak_ && text_.substr(position_).starts_with("-->")) {
+  } else if (rest.starts_with("//") || rest.starts_with("<!--") ||
+             (lineBreak_ && rest.starts_with("-->"))) {
     skipLineComment();
   } else {
     return false;

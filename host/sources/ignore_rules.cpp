@@ -52,7 +52,7 @@ std::string lastReason() {
 
 // The .git of the work tree that the directory lies in, as the user would name it if it is there.
 std::string repositoryPath(const std::string& directory) {
-  const std::string own = directory + (directory.ends_with('/') ? ".git" : "/.git");
+  std::string own = directory + (directory.ends_with('/') ? ".git" : "/.git");
   std::error_code unseen;
   if (fs::exists(own, unseen)) return own;
   git_buf found{};
