@@ -14,8 +14,10 @@ namespace plugin {
 namespace {
 
 // A run takes 15 KB of stack, exceptions included.
-constexpr std::size_t kStackBytes = 32'768;
+constexpr std::size_t kStackBytes = 24'576;
 constexpr std::size_t kPageBytes = 4'096;  // the smallest there is
+// The stack need not begin or end with a page.
+constexpr std::size_t kStackPagesBytes = kStackBytes + 2 * kPageBytes;
 // The state takes 32 bytes, and the C library's table of such blocks 16 bytes for each library that
 // is loaded: enough for 2,000 of them. Too large for malloc's caches of one size, so success
 // means that the heap can grow.
@@ -32,9 +34,9 @@ bool hasMemoryForState() {
 // Not by malloc, whose free blocks are of no use to a stack.
 bool hasMemoryForStack() {
   void* const pages =
-      mmap(nullptr, kStackBytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+      mmap(nullptr, kStackPagesBytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
   if (pages == MAP_FAILED) return false;
-  munmap(pages, kStackBytes);
+  munmap(pages, kStackPagesBytes);
   return true;
 }
 
