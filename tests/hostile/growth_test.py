@@ -13,6 +13,7 @@ fine: text past a limit is ignored. Less than one instruction per byte means tha
 wrong, since each byte is read at least once.
 """
 import concurrent.futures
+import itertools
 import os
 import re
 import subprocess
@@ -21,17 +22,18 @@ import tempfile
 
 FACTOR = 1.5
 PROCESSES = 2
+GROUP = 8  # texts for one start of the counter
 
 
 def run(command):
-    """Runs the command, which has to succeed, and gives its standard error."""
+    """Runs the command, which has to succeed, and gives its standard output and error."""
     # Names bound at the start are the same for all runs.
     environment = dict(os.environ, LC_ALL="C", LD_BIND_NOW="1")
-    done = subprocess.run(command, env=environment, text=True, stdout=subprocess.DEVNULL,
+    done = subprocess.run(command, env=environment, text=True, stdout=subprocess.PIPE,
                           stderr=subprocess.PIPE)
     if done.returncode != 0:
         raise NotCounted("%s: status %d\n%s" % (" ".join(command), done.returncode, done.stderr))
-    return done.stderr
+    return done.stdout, done.stderr
 
 
 class NotCounted(Exception):
@@ -49,21 +51,22 @@ class Perf:
         return sum(int(count) for count in counts if count.isdigit())
 
     def count(self, command):
-        report = run(["perf", "stat", "-e", "instructions:u", "-x,", "--"] + command)
+        _, report = run(["perf", "stat", "-e", "instructions:u", "-x,", "--"] + command)
         if self.read(report) == 0:
             raise NotCounted(report)
         return self.read(report)
 
-    def works(self, driver, name, outline):
+    def works(self, driver, names, outline):
         whole, rest = (["--outline"], []) if outline else ([], ["--baseline"])
-        return [self.count([driver, *whole, name, str(size)]) -
-                self.count([driver, *rest, name, str(size)]) for size in self.sizes]
+        return [[self.count([driver, *whole, name, str(size)]) -
+                 self.count([driver, *rest, name, str(size)]) for size in self.sizes]
+                for name in names]
 
 
 class Callgrind:
     """A simulated processor: some fifty times slower, but it counts single calls. Starting it takes
-    half a second, so one program parses all sizes."""
-    name, sizes = "valgrind", (2_000, 20_000, 200_000)
+    half a second, so one program parses several texts, at all sizes."""
+    name, sizes = "valgrind", (1_000, 10_000, 100_000)
 
     @staticmethod
     def read(profile):
@@ -72,18 +75,24 @@ class Callgrind:
             raise NotCounted(profile)
         return int(count.group(1))
 
-    def works(self, driver, name, outline):
+    def works(self, driver, names, outline):
         function, mode = ("outlineText", ["--outline"]) if outline else ("ParseJS", [])
         with tempfile.TemporaryDirectory() as folder:
             profile = os.path.join(folder, "profile")
-            run(["valgrind", "--tool=callgrind", "--callgrind-out-file=" + profile,
-                 "--toggle-collect=" + function, "--dump-after=" + function, driver, *mode, name,
-                 *map(str, self.sizes)])
-            # One profile for each call, and one for what comes after the last.
-            counts = []
-            for number in range(len(self.sizes) + 1):
-                with open("%s.%d" % (profile, number + 1), encoding="utf-8") as file:
-                    counts.append(self.read(file.read()))
+            printed, _ = run(["valgrind", "--tool=callgrind",
+                              "--callgrind-out-file=" + profile + ".%p",
+                              "--toggle-collect=" + function, "--dump-after=" + function, driver,
+                              *mode, ",".join(names), *map(str, self.sizes)])
+            processes = dict(line.split() for line in printed.splitlines())
+            return [self.works_of("%s.%s" % (profile, processes[name])) for name in names]
+
+    def works_of(self, profile):
+        """The works of one text: its process wrote a profile for each call, the first two over the
+        empty line. The very first one does what is done once in a process."""
+        counts = []
+        for number in range(len(self.sizes) + 1):
+            with open("%s.%d" % (profile, number + 2), encoding="utf-8") as file:
+                counts.append(self.read(file.read()))
         return [count - counts[0] for count in counts[1:]]
 
 
@@ -91,7 +100,7 @@ def choose_counter(driver, name, outline):
     why_not = []
     for counter in (Perf(), Callgrind()):
         try:
-            counter.works(driver, name, outline)
+            counter.works(driver, [name], outline)
             return counter
         except (NotCounted, OSError) as fault:
             why_not.append(str(fault))
@@ -145,8 +154,9 @@ def main():
     print(row.format("", *counter.sizes, "growth", ""))
     faults = 0
     with concurrent.futures.ThreadPoolExecutor(PROCESSES) as pool:
-        works = pool.map(lambda name: counter.works(driver, name, outline), names)
-        for name, work in zip(names, works):
+        groups = [names[at:at + GROUP] for at in range(0, len(names), GROUP)]
+        works = pool.map(lambda group: counter.works(driver, group, outline), groups)
+        for name, work in zip(names, itertools.chain.from_iterable(works)):
             per_byte, growth, fault = judge(counter.sizes, work)
             cells = ["{:.1f}".format(value) for value in per_byte] + ["{:.2f}".format(growth)]
             print(row.format(name, *cells, fault).rstrip(), flush=True)

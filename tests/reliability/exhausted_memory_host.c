@@ -27,7 +27,7 @@
 #include "plugin/plugin_api.h"
 
 enum {
-  kStatements = 10000, /* of a large file */
+  kStatements = 1000, /* of a large file */
   kLimits = 64,
   kHeapSizes = 32,
   kHeapStep = 8192,
@@ -374,14 +374,16 @@ int main(int argc, char** argv) {
   for (place = 0; place < kPlaces; ++place) {
     for (i = 0; i < kRoutes; ++i) {
       const struct Route* const route = &routes[i];
-      const size_t need = route->need + (place == kNewThread ? kArenaBytes : 0);
-      const size_t step = need / (kLimits - 4);
+      const size_t step = route->need / (kLimits - 4);
+      const size_t arenaStep = (route->need + kArenaBytes) / (kLimits - 4);
       const struct Attempt attempt = {.route = route, .place = (enum Place)place};
       struct Attempt with = attempt;
       with.call = &callParse;
-      try("ParseJS", with, step, kLimits, true);
+      try("ParseJS", with, step, kLimits, place != kNewThread);
+      if (place == kNewThread) try("ParseJS", with, arenaStep, kLimits, true);
       with.call = &callProcess;
-      try("batch", with, step, kLimits, true);
+      try("batch", with, step, kLimits, place != kNewThread);
+      if (place == kNewThread) try("batch", with, arenaStep, kLimits, true);
       /* Where the first few pages are missing. */
       with.call = &callParseSmall;
       try("ParseJS", with, kHeapStep, kHeapSizes, false);

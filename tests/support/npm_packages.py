@@ -4,6 +4,7 @@ A list has a line for each package: what it is for, its name, its version and th
 archive.
 """
 import hashlib
+import pathlib
 import subprocess
 import sys
 import tarfile
@@ -28,9 +29,11 @@ def fetch(package_list, folder):
         if not target.exists():
             target.mkdir(parents=True)
             with tarfile.open(archive) as packed:
-                for member in packed.getmembers():
-                    member.name = member.name.partition("/")[2]
-                    if member.isfile() and member.name:
-                        packed.extract(member, target, filter="data")
+                for member in packed:
+                    name = pathlib.PurePosixPath(*pathlib.PurePosixPath(member.name).parts[1:])
+                    if not member.isfile() or ".." in name.parts:
+                        continue
+                    (target / name).parent.mkdir(parents=True, exist_ok=True)
+                    (target / name).write_bytes(packed.extractfile(member).read())
         found.append((use, target))
     return found
