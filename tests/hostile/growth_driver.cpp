@@ -1,9 +1,11 @@
 // Parses hostile texts, for a counter of instructions to watch from outside.
 //
 //   growth_driver --list                     prints the names of the texts
-//   growth_driver NAMES BYTES ...            parses an empty line twice, then the text at each size
-//   growth_driver --baseline NAMES BYTES ... parses the empty line each time, but makes the text too
-//   growth_driver --outline NAMES BYTES ...  parses and makes the outlines too
+//   growth_driver NAMES BYTES ...            parses the text at the first size, for what is done
+//   once
+//                                            in a process, then an empty line and each of the sizes
+//   growth_driver --baseline NAMES BYTES ... parses the empty line each time, but makes the text
+//   too growth_driver --outline NAMES BYTES ...  parses and makes the outlines too
 //
 // NAMES are separated by commas. Each text has a process of its own, whose number is printed behind
 // the name: starting the counter takes longer than most texts.
@@ -75,17 +77,17 @@ void run(std::string_view name, std::span<char* const> sizes, Work work) {
   const support::TempDir directory;
   const std::string extension = generator.extension;
   const std::string emptyLine = directory.write("line" + extension, "\n");
-  for (int call = 0; call < 2; ++call) {  // the first one does what is done once in a process
-    const std::string_view answer = parse(emptyLine);
-    if (work == Work::kOutline) outlineText("\n", answer);
-  }
-  for (const char* size : sizes) {
+  const auto runAt = [&](const char* size) {
     // Written in either case, so that the counts differ by the parsing alone.
     const std::string source = generator.generate(parseSize(size));
     const std::string text = directory.write("text" + extension, source);
     const std::string_view answer = parse(work == Work::kEmptyLine ? emptyLine : text);
     if (work == Work::kOutline) outlineText(source, answer);
-  }
+  };
+  runAt(sizes.front());
+  const std::string_view answer = parse(emptyLine);
+  if (work == Work::kOutline) outlineText("\n", answer);
+  for (const char* size : sizes) runAt(size);
 }
 
 // Runs one text in a child process and prints "NAME PROCESS".
@@ -129,7 +131,8 @@ int main(int argc, char** argv) {
     } else if (argc >= 3) {
       runAll(argv[1], words.subspan(1), Work::kText);
     } else {
-      std::fputs("usage: growth_driver --list | [--baseline | --outline] NAMES BYTES ...\n", stderr);
+      std::fputs("usage: growth_driver --list | [--baseline | --outline] NAMES BYTES ...\n",
+                 stderr);
       return 2;
     }
   } catch (const std::exception& error) {

@@ -87,8 +87,8 @@ class Callgrind:
             return [self.works_of("%s.%s" % (profile, processes[name])) for name in names]
 
     def works_of(self, profile):
-        """The works of one text: its process wrote a profile for each call, the first two over the
-        empty line. The very first one does what is done once in a process."""
+        """The works of one text: its process wrote a profile for each call. The first one also has
+        what is done once in a process, the second one is over the empty line."""
         counts = []
         for number in range(len(self.sizes) + 1):
             with open("%s.%d" % (profile, number + 2), encoding="utf-8") as file:
@@ -110,8 +110,8 @@ def choose_counter(driver, name, outline):
 def judge(sizes, works):
     """Return the work per byte at each size, its growth, and what is wrong, if anything."""
     per_byte = [work / size for work, size in zip(works, sizes)]
-    # A count that does not see the work finds none, or as much for a hundred times the text.
-    if works[-1] < 2 * works[0] or works[0] == 0:
+    # A count that does not see the work finds none, or as much whatever the size.
+    if max(works) < 2 * min(works) or min(works) <= 0:
         return per_byte, 0, "not counted"
     growth = per_byte[-1] / max(min(per_byte[:-1]), 1)  # less than an instruction is a mere search
     return per_byte, growth, "GROWS" if growth > FACTOR else ""
