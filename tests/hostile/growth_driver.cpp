@@ -1,11 +1,11 @@
 // Parses hostile texts, for a counter of instructions to watch from outside.
 //
-//   growth_driver --list                     prints the names of the texts
-//   growth_driver NAMES BYTES ...            parses the text at the first size, for what is done
-//   once
-//                                            in a process, then an empty line and each of the sizes
-//   growth_driver --baseline NAMES BYTES ... parses the empty line each time, but makes the text
-//   too growth_driver --outline NAMES BYTES ...  parses and makes the outlines too
+//   growth_driver --list                      prints the names of the texts
+//   growth_driver NAMES BYTES ...             parses the text at the first size, for what is done
+//                                             once in a process, an empty line, and
+//                                             each of the sizes
+//   growth_driver --baseline NAMES BYTES ...  makes each text, but parses the empty line
+//   growth_driver --outline NAMES BYTES ...   parses and makes the outlines too
 //
 // NAMES are separated by commas. Each text has a process of its own, whose number is printed behind
 // the name: starting the counter takes longer than most texts.
