@@ -38,7 +38,8 @@ load or link the quorl-js module.")
 
 set(CPACK_DEBIAN_TOOL_PACKAGE_NAME quorl-js)
 set(CPACK_DEBIAN_TOOL_PACKAGE_SECTION utils)
-set(CPACK_DEBIAN_TOOL_PACKAGE_DEPENDS ${same_module})
+# Loaded at run time, so that the tool which finds dependencies does not see it.
+set(CPACK_DEBIAN_TOOL_PACKAGE_DEPENDS "${same_module}, ${QUORL_LIBGIT2_PACKAGE}")
 set(CPACK_DEBIAN_TOOL_DESCRIPTION
 "source structure of JavaScript and HTML as flat records (command line)
 Prints the structure records of JavaScript and HTML files, or of any other

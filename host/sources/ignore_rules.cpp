@@ -1,15 +1,14 @@
 #include "sources/ignore_rules.h"
 
 #include <fcntl.h>
-#include <git2.h>
 #include <strings.h>
 #include <unistd.h>
 
-#include <array>
 #include <cstddef>
 #include <filesystem>
 #include <system_error>
 
+#include "sources/git_library.h"
 #include "system/failure.h"
 #include "system/io.h"
 #include "system/text_parts.h"
@@ -18,12 +17,6 @@ namespace host {
 namespace {
 
 namespace fs = std::filesystem;
-
-// libgit2 refuses a repository with an extension that it does not know. None of these changes
-// where rules are or what they mean.
-constexpr std::array kExtensions = {
-    "noop",       "objectformat",      "partialclone",  "preciousobjects",
-    "refstorage", "relativeworktrees", "worktreeconfig"};
 
 // Empty for a file that cannot be read, as for git.
 std::string contentsOf(const std::string& path, int flags) {
@@ -41,12 +34,12 @@ std::string contentsOf(const std::string& path, int flags) {
 
 std::string takeBuffer(git_buf& buffer) {
   std::string text(buffer.ptr == nullptr ? "" : buffer.ptr);
-  git_buf_dispose(&buffer);
+  git().buf_dispose(&buffer);
   return text;
 }
 
 std::string lastReason() {
-  const git_error* const error = git_error_last();
+  const git_error* const error = git().error_last();
   return error == nullptr ? "unknown error" : error->message;
 }
 
@@ -56,53 +49,55 @@ std::string repositoryPath(const std::string& directory) {
   std::error_code unseen;
   if (fs::exists(own, unseen)) return own;
   git_buf found{};
-  if (git_repository_discover(&found, directory.c_str(), 0, nullptr) != 0) return own;
+  if (git().repository_discover(&found, directory.c_str(), 0, nullptr) != 0) return own;
   std::string path = takeBuffer(found);
   if (path.ends_with('/')) path.pop_back();
   return path;
+}
+
+// False if no directory from the root to this one has a .git, so that libgit2 need not be loaded.
+bool mayBeInRepository(const std::string& directory) {
+  std::error_code error;
+  const fs::path real = fs::canonical(directory, error);
+  if (error) return true;
+  fs::path above;
+  for (const fs::path& component : real) {
+    above /= component;
+    if (fs::symlink_status(above / ".git", error).type() != fs::file_type::not_found) return true;
+  }
+  return false;
 }
 
 // The list of rules that is for every work tree of the user: the one that core.excludesFile names,
 // or else the usual one. May be empty.
 std::string globalList(git_config* config, const std::string& root) {
   git_buf path{};
-  if (config != nullptr && git_config_get_path(&path, config, "core.excludesfile") == 0) {
+  if (config != nullptr && git().config_get_path(&path, config, "core.excludesfile") == 0) {
     const std::string named = takeBuffer(path);
     return named.empty() || named.starts_with('/') ? named : root + named;
   }
   git_buf directories{};
-  if (git_libgit2_opts(GIT_OPT_GET_SEARCH_PATH, GIT_CONFIG_LEVEL_XDG, &directories) != 0) return {};
+  if (git().libgit2_opts(GIT_OPT_GET_SEARCH_PATH, GIT_CONFIG_LEVEL_XDG, &directories) != 0)
+    return {};
   const std::string all = takeBuffer(directories);
   const std::string first = all.substr(0, all.find(GIT_PATH_LIST_SEPARATOR));
   return first.empty() ? first : first + "/ignore";
 }
 
-// Starts libgit2 once and never ends it: it reads certificates each time, which takes longer than a
-// walk over thousands of files.
-void startLibrary() {
-  [[maybe_unused]] static const bool isStarted = [] {
-    git_libgit2_init();
-    git_libgit2_opts(GIT_OPT_SET_OWNER_VALIDATION, 0);
-    auto extensions = kExtensions;
-    git_libgit2_opts(GIT_OPT_SET_EXTENSIONS, extensions.data(), extensions.size());
-    return true;
-  }();
-}
-
 }  // namespace
 
 struct WorkTree::Repository {
-  Repository() { startLibrary(); }
+  Repository() { git(); }  // or the destructor could fail
   Repository(const Repository&) = delete;
   Repository& operator=(const Repository&) = delete;
-  ~Repository() { git_repository_free(handle); }
+  ~Repository() { git().repository_free(handle); }
 
   // Opens the repository of the directory or, with search, of one above it. Returns false if there
   // is none with a work tree, or with fault set.
   bool open(const std::string& directory, bool search, std::optional<UnusableRepository>& fault) {
     const unsigned flags = search ? 0 : static_cast<unsigned>(GIT_REPOSITORY_OPEN_NO_SEARCH);
-    const int error = git_repository_open_ext(&handle, directory.c_str(), flags, nullptr);
-    if (error == 0) return git_repository_workdir(handle) != nullptr;
+    const int error = git().repository_open_ext(&handle, directory.c_str(), flags, nullptr);
+    if (error == 0) return git().repository_workdir(handle) != nullptr;
     if (error != GIT_ENOTFOUND) {
       std::string reason = lastReason();  // which the next call may replace
       fault.emplace(UnusableRepository{repositoryPath(directory), std::move(reason)});
@@ -114,24 +109,25 @@ struct WorkTree::Repository {
 };
 
 WorkTree::WorkTree(const Repository& repository)
-    : root_(git_repository_workdir(repository.handle)) {
+    : root_(git().repository_workdir(repository.handle)) {
   git_config* config = nullptr;
-  if (git_repository_config_snapshot(&config, repository.handle) != 0) config = nullptr;
+  if (git().repository_config_snapshot(&config, repository.handle) != 0) config = nullptr;
   int ignoresCase = 0;
-  if (config != nullptr) git_config_get_bool(&ignoresCase, config, "core.ignorecase");
+  if (config != nullptr) git().config_get_bool(&ignoresCase, config, "core.ignorecase");
   ignoresCase_ = ignoresCase != 0;
   const std::string own =
-      std::string(git_repository_commondir(repository.handle)) + "/info/exclude";
+      std::string(git().repository_commondir(repository.handle)) + "/info/exclude";
   for (const std::string& list : {own, globalList(config, root_)}) {
     if (!list.empty()) commonLists_.emplace_back(contentsOf(list, 0), ignoresCase_);
   }
-  git_config_free(config);
+  git().config_free(config);
 }
 
 WorkTree::~WorkTree() = default;
 
 std::unique_ptr<WorkTree> WorkTree::around(const std::string& directory, std::string& place,
                                            std::optional<UnusableRepository>& fault) {
+  if (!mayBeInRepository(directory)) return nullptr;
   Repository repository;
   if (!repository.open(directory, true, fault)) return nullptr;
   std::unique_ptr<WorkTree> tree(new WorkTree(repository));

@@ -249,6 +249,36 @@ TEST_F(IgnoredFiles, AreFoundWithBracketsTheWrongWayRound) {
   EXPECT_EQ(filesRead({"-r", "tree"}), (Words{"tree/a"}));
 }
 
+#ifdef __GLIBC__
+// Loading libgit2, with all that it needs, takes longer than everything else at the start.
+TEST_F(IgnoredFiles, NeedLibgit2OnlyWhereARepositoryIs) {
+  if (!isGitInstalled()) GTEST_SKIP() << "no git";
+  makeFiles({"tree/a.js"});
+  const auto isLoaded = [this](const Words& arguments) {
+    const fs::path told = directory() / "told";
+    fs::create_directory(told);
+    ::setenv("LD_DEBUG", "files", 1);
+    ::setenv("LD_DEBUG_OUTPUT", (told / "by").c_str(), 1);
+    const Outcome outcome = runOdd(arguments);
+    ::unsetenv("LD_DEBUG");
+    EXPECT_EQ(outcome, (Outcome{0, "[\ntree/a.js|\n]\n", ""}));
+    std::string all;
+    for (const fs::directory_entry& file : fs::directory_iterator(told)) {
+      all += host_test::contentsOf(file.path());
+    }
+    fs::remove_all(told);
+    EXPECT_NE(all.find("libc.so"), std::string::npos);
+    return all.find("libgit2") != std::string::npos;
+  };
+  EXPECT_FALSE(isLoaded({"tree/a.js"}));
+  EXPECT_FALSE(isLoaded({"-r", "tree"}));
+  makeRepository("tree");
+  EXPECT_FALSE(isLoaded({"tree/a.js"}));
+  EXPECT_FALSE(isLoaded({"-r", "--no-ignore", "tree"}));
+  EXPECT_TRUE(isLoaded({"-r", "tree"}));
+}
+#endif
+
 TEST_F(IgnoredFiles, AreKnownInALinkedWorkTree) {
   if (!isGitInstalled()) GTEST_SKIP() << "no git";
   makeRepository("main");
