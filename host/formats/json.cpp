@@ -1,6 +1,8 @@
 // Strict JSON: one document, or one object a line.
 
+#include <cstddef>
 #include <cstdint>
+#include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -130,9 +132,7 @@ void appendRecordMembers(std::string& out, const Record& record, PathMember& pat
 // Where the records of an answer stand in the source.
 class Ranges {
  public:
-  Ranges(const FileReport& report, const FormatSettings& settings) {
-    if (!settings.ranges || report.status != FileStatus::kAnswered) return;
-    items_ = outline::makeOutline(report.source, report.answer);
+  explicit Ranges(std::vector<outline::Item> items) : items_(std::move(items)) {
     parents_.reserve(items_.size());
     for (const outline::Item& item : items_) {
       parents_.push_back(item.parent < 0 ? kNone : nearestRecord(item.parent));
@@ -181,16 +181,77 @@ class Ranges {
   std::vector<std::int32_t> itemOf_;   // by record
 };
 
-// Calls write with each record that the settings ask for.
-template <typename Write>
-void forEachWanted(RecordReader& reader, const FormatSettings& settings, Write write) {
-  const bool isAll = !settings.depth && settings.onlyLabels.empty();
-  RecordSelection selection(settings);
-  while (const Record* const record = reader.next()) {
-    if (!isAll) selection.take(*record);
-    if (isAll || selection.isWanted()) write(*record);
+// What stands before the first record, before the others, and behind each.
+struct RecordFrame {
+  std::string_view first;
+  std::string_view next;
+  std::string_view end;
+};
+
+// Appends the records of an answer that the settings ask for.
+class RecordsWriter {
+ public:
+  RecordsWriter(std::string& out, const FormatSettings& settings, const RecordFrame& frame)
+      : out_(out), settings_(settings), frame_(frame), selection_(settings) {}
+
+  // Returns what is wrong with the answer, or nothing.
+  std::string write(const FileReport& report) {
+    if (settings_.ranges) return writeWithRanges(report);
+    RecordReader reader(report.answer);
+    while (const Record* const record = reader.next()) {
+      if (append(out_, *record)) out_ += frame_.end;
+    }
+    return reader.fault();
   }
-}
+
+  std::size_t count() const { return count_; }
+
+ private:
+  // Appends a record but for its end, if it is asked for.
+  bool append(std::string& text, const Record& record) {
+    if (settings_.depth || !settings_.onlyLabels.empty()) {
+      selection_.take(record);
+      if (!selection_.isWanted()) return false;
+    }
+    text += count_++ == 0 ? frame_.first : frame_.next;
+    appendRecordMembers(text, record, path_);
+    return true;
+  }
+
+  static constexpr std::size_t kRangeBytes = 100;  // of most ranges
+
+  // The ranges are known when all records have been read, so these wait until then.
+  std::string writeWithRanges(const FileReport& report) {
+    struct Written {
+      std::size_t end;
+      std::int32_t record;
+    };
+    std::vector<Written> written;
+    std::string text;
+    text.reserve(report.answer.size());
+    std::string fault;
+    const auto keep = [&](const Record& record) {
+      if (append(text, record)) written.push_back({text.size(), record.nodeId});
+    };
+    const Ranges ranges(outline::makeOutline(report.source, report.answer, &fault, nullptr, keep));
+    out_.reserve(out_.size() + text.size() + written.size() * kRangeBytes);
+    std::size_t begin = 0;
+    for (const auto& [end, record] : written) {
+      out_.append(text, begin, end - begin);
+      ranges.append(out_, record);
+      out_ += frame_.end;
+      begin = end;
+    }
+    return fault;
+  }
+
+  std::string& out_;
+  const FormatSettings& settings_;
+  RecordFrame frame_;
+  RecordSelection selection_;
+  PathMember path_;
+  std::size_t count_ = 0;
+};
 
 // Appends the file with its records. Returns what is wrong with its answer, or nothing.
 std::string appendJsonFile(std::string& out, const FileReport& report,
@@ -200,18 +261,7 @@ std::string appendJsonFile(std::string& out, const FileReport& report,
   out += ",\"records\":[";
   std::string fault;
   if (report.status == FileStatus::kAnswered) {
-    RecordReader reader(report.answer);
-    PathMember path;
-    const Ranges ranges(report, settings);
-    std::string_view separator = "\n{";
-    forEachWanted(reader, settings, [&](const Record& record) {
-      out += separator;
-      appendRecordMembers(out, record, path);
-      if (settings.ranges) ranges.append(out, record.nodeId);
-      out += "}";
-      separator = ",\n{";
-    });
-    fault = reader.fault();
+    fault = RecordsWriter(out, settings, {"\n{", ",\n{", "}"}).write(report);
   }
   out += "]}";
   return fault;
@@ -254,22 +304,16 @@ void beginNdjson(const FormatSettings& settings, std::string& out) {
 std::string writeNdjsonFile(const FileReport& report, const FormatSettings& settings,
                             std::string& out) {
   Outcome outcome{statusWord(report.status), report.message};
-  RecordReader reader(report.answer);
+  std::string fault;
   std::size_t recordCount = 0;
   if (report.status == FileStatus::kAnswered) {
-    PathMember path;
-    const Ranges ranges(report, settings);
     std::string lineStart(kRecordLineStart);
     appendNumber(lineStart, report.index);
     lineStart += ",";
-    forEachWanted(reader, settings, [&](const Record& record) {
-      out += lineStart;
-      appendRecordMembers(out, record, path);
-      if (settings.ranges) ranges.append(out, record.nodeId);
-      out += "}\n";
-      ++recordCount;
-    });
-    if (!reader.fault().empty()) outcome = {kUnreadableWord, reader.fault()};
+    RecordsWriter records(out, settings, {lineStart, lineStart, "}\n"});
+    fault = records.write(report);
+    recordCount = records.count();
+    if (!fault.empty()) outcome = {kUnreadableWord, fault};
   }
   out += kFileLineStart;
   appendNumber(out, report.index);
@@ -278,7 +322,7 @@ std::string writeNdjsonFile(const FileReport& report, const FormatSettings& sett
   out += ",\"recordCount\":";
   appendNumber(out, recordCount);
   out += "}\n";
-  return reader.fault();
+  return fault;
 }
 
 }  // namespace host

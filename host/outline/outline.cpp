@@ -26,8 +26,8 @@ ScriptDialect dialectOf(std::string_view path) {
   return {.mayHoldJsx = !isPlainTypes};
 }
 
-std::vector<PlacedItem> outlineScript(std::string_view source, std::string_view answer,
-                                      std::string_view path, std::string& fault,
+std::vector<PlacedItem> outlineScript(std::string_view source, RecordReader& records,
+                                      std::string_view path, const RecordAction& onRecord,
                                       std::vector<CommentLines>* comments) {
   const LineMap map = cleanedLines(source);
   SourceLines lines(source);
@@ -36,13 +36,12 @@ std::vector<PlacedItem> outlineScript(std::string_view source, std::string_view 
   ScriptItems script(source, 1, maxLines, dialectOf(path));
   std::vector<PlacedItem> items;
   items.reserve(static_cast<std::size_t>(lines.count()));
-  RecordReader records(answer, RecordTexts::kEscaped);
   while (const Record* const record = records.next()) {
+    if (onRecord) onRecord(*record);
     if (record->lineNumber <= 0 || wrapsFile(*record)) continue;
     const std::int32_t line = map.sourceLine(static_cast<std::size_t>(record->lineNumber) - 1);
     items.push_back(script.itemOf(*record, std::min(line, lines.count()), lines));
   }
-  fault = records.fault();
   script.addOthers(lines, items);
   if (comments != nullptr) *comments = script.comments();
   return items;
@@ -65,8 +64,8 @@ Kind kindOf(std::string_view label) {
   return row == kLabelKinds.end() ? Kind::kStatement : row->kind;
 }
 
-std::vector<PlacedItem> outlineOther(std::string_view source, std::string_view answer,
-                                     std::string& fault) {
+std::vector<PlacedItem> outlineOther(std::string_view source, RecordReader& records,
+                                     const RecordAction& onRecord) {
   const LineMap map = cleanedLines(source);
   const std::int32_t lineCount = SourceLines(source).count();
   struct Span {
@@ -76,8 +75,8 @@ std::vector<PlacedItem> outlineOther(std::string_view source, std::string_view a
   };
   std::vector<Span> spans;  // by nodeID
   std::vector<PlacedItem> all;
-  RecordReader records(answer);
   while (const Record* const record = records.next()) {
+    if (onRecord) onRecord(*record);
     const std::int32_t line =
         record->lineNumber <= 0
             ? 0
@@ -92,7 +91,6 @@ std::vector<PlacedItem> outlineOther(std::string_view source, std::string_view a
     }
     all.push_back(std::move(placed));
   }
-  fault = records.fault();
   // Children stand behind their parents.
   for (std::size_t i = spans.size(); i-- > 0;) {
     const Span& child = spans[i];
@@ -117,23 +115,29 @@ std::vector<PlacedItem> outlineOther(std::string_view source, std::string_view a
 }  // namespace
 
 std::vector<Item> makeOutline(std::string_view source, std::string_view answer, std::string* fault,
-                              std::vector<CommentLines>* comments) {
+                              std::vector<CommentLines>* comments, const RecordAction& onRecord) {
   // Positions in scripts are of 32 bits.
   source = source.substr(0, std::numeric_limits<std::uint32_t>::max());
   std::string path;
-  std::string ownFault;
-  std::string& found = fault == nullptr ? ownFault : *fault;
   const Route route = routeOf(answer, path);
   if (comments != nullptr && route != Route::kScript) *comments = findComments(source);
+  // The items of a script take no texts from its records.
+  const bool needsTexts = route != Route::kScript || onRecord;
+  RecordReader records(answer, needsTexts ? RecordTexts::kPlain : RecordTexts::kEscaped);
+  std::vector<PlacedItem> items;
   switch (route) {
     case Route::kScript:
-      return nest(outlineScript(source, answer, path, found, comments));
+      items = outlineScript(source, records, path, onRecord, comments);
+      break;
     case Route::kPage:
-      return nest(outlinePage(source, answer, found));
+      items = outlinePage(source, records, onRecord);
+      break;
     case Route::kOther:
+      items = outlineOther(source, records, onRecord);
       break;
   }
-  return nest(outlineOther(source, answer, found));
+  if (fault != nullptr) *fault = records.fault();
+  return nest(std::move(items));
 }
 
 }  // namespace host::outline

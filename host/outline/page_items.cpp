@@ -64,19 +64,18 @@ std::size_t nameEnd(std::string_view contents) {
 
 class PageItems {
  public:
-  PageItems(std::string_view source, std::string_view answer)
+  explicit PageItems(std::string_view source)
       : source_(source),
-        answer_(answer),
         lines_(source),
         page_(cleanText(source)),
         tags_(page_),
         elements_(findElements(source)),
         search_(elements_) {}
 
-  std::vector<PlacedItem> run(std::string& fault) {
+  std::vector<PlacedItem> run(RecordReader& records, const RecordAction& onRecord) {
     hasTag_ = tags_.next(tag_);
-    RecordReader records(answer_);
     while (const Record* const record = records.next()) {
+      if (onRecord) onRecord(*record);
       if (wrapsFile(*record)) continue;
       if (!scripts_.empty() && record->parentId >= scriptRecord_) {
         addScriptLine(*record);
@@ -88,7 +87,6 @@ class PageItems {
         addElement(*record);
       }
     }
-    fault = records.fault();
     for (const ScriptItems& script : scripts_) script.addOthers(lines_, items_);
     return std::move(items_);
   }
@@ -170,7 +168,6 @@ class PageItems {
   void endScript() { scriptRecord_ = std::numeric_limits<std::int32_t>::max(); }
 
   std::string_view source_;
-  std::string_view answer_;
   SourceLines lines_;
   CleanedText page_;
   PageTags tags_;
@@ -188,9 +185,9 @@ class PageItems {
 
 }  // namespace
 
-std::vector<PlacedItem> outlinePage(std::string_view source, std::string_view answer,
-                                    std::string& fault) {
-  return PageItems(source, answer).run(fault);
+std::vector<PlacedItem> outlinePage(std::string_view source, RecordReader& records,
+                                    const RecordAction& onRecord) {
+  return PageItems(source).run(records, onRecord);
 }
 
 }  // namespace host::outline

@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -29,6 +30,9 @@ struct Record {
   std::string_view contents;
   std::string_view simpleFunctionName;
 };
+
+// What is done with each record, in turn.
+using RecordAction = std::function<void(const Record&)>;
 
 // Whether a reader's contents and simpleFunctionName lose their escapes, which takes time.
 enum class RecordTexts { kPlain, kEscaped };
