@@ -261,6 +261,7 @@ TEST_F(IgnoredFiles, NeedLibgit2OnlyWhereARepositoryIs) {
     ::setenv("LD_DEBUG_OUTPUT", (told / "by").c_str(), 1);
     const Outcome outcome = runOdd(arguments);
     ::unsetenv("LD_DEBUG");
+    ::unsetenv("LD_DEBUG_OUTPUT");
     EXPECT_EQ(outcome, (Outcome{0, "[\ntree/a.js|\n]\n", ""}));
     std::string all;
     for (const fs::directory_entry& file : fs::directory_iterator(told)) {

@@ -2,8 +2,8 @@
 //
 //   growth_driver --list                      prints the names of the texts
 //   growth_driver NAMES BYTES ...             parses the text at the first size, for what is done
-//                                             once in a process, an empty line, and
-//                                             each of the sizes
+//                                             once in a process, then an empty line,
+//                                             then the text at each of the sizes
 //   growth_driver --baseline NAMES BYTES ...  makes each text, but parses the empty line
 //   growth_driver --outline NAMES BYTES ...   parses and makes the outlines too
 //
@@ -107,6 +107,7 @@ void runApart(std::string_view name, std::span<char* const> sizes, Work work) {
     throw std::runtime_error("failed: " + std::string(name));
   }
   std::printf("%.*s %d\n", static_cast<int>(name.size()), name.data(), static_cast<int>(child));
+  std::fflush(stdout);  // or the next child writes it too
 }
 
 void runAll(std::string_view names, std::span<char* const> sizes, Work work) {
