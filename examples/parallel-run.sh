@@ -14,10 +14,12 @@ shards=$3
 mkdir -p "$shards"
 # Some job schedulers do not set SHELL, and without it parallel loses the output of the jobs.
 export SHELL="${SHELL:-/bin/sh}"
-# One job per machine at a time: quorl-js uses all of its cores. The next call runs a job again if
-# it failed or lost its machine; merge fails if that is needed.
+# One job per machine at a time: quorl-js uses all of its cores. A job that loses its machine is run
+# again on another one. Exit status 1 means that some files could not be read; the shard is complete
+# even so. The next call runs the jobs that failed; merge fails if that is needed.
 parallel --sshloginfile "$hosts" --workdir "$PWD" --jobs 1 \
-  --pipe --no-run-if-empty -N "${FILES_PER_JOB:-1000}" \
+  --pipe --no-run-if-empty -N "${FILES_PER_JOB:-1000}" --retries 3 \
   --joblog "$shards/log" --resume-failed --results "$shards/{#}.ndjson" \
-  quorl-js --format ndjson --files-from - <"$list" >/dev/null || true
+  "sh -c 'quorl-js --format ndjson --ranges --files-from - || [ \$? -eq 1 ]'" \
+  <"$list" >/dev/null || true
 quorl-js merge --files-from "$list" "$shards"/*.ndjson
