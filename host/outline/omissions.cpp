@@ -165,7 +165,7 @@ std::string withCommas(std::int64_t number) {
   std::string digits = std::to_string(number);
   for (std::size_t at = digits.size(); at > 3;) {
     at -= 3;
-    digits.insert(at, ",");
+    digits.insert(at, 1, ',');
   }
   return digits;
 }
