@@ -10,6 +10,7 @@
 
 #include "system/failure.h"
 #include "system/io.h"
+#include "system/platform.h"
 
 namespace host::lsp {
 namespace {
@@ -39,6 +40,7 @@ Connection::Connection(const std::optional<std::string>& traceFile)
     if (trace_ < 0) throw systemFailure(*traceFile, errno);
   }
   ::fcntl(STDOUT_FILENO, F_SETFL, outputFlags_ | O_NONBLOCK);
+  widenPipe(STDOUT_FILENO);  // a large answer is written at once
 }
 
 Connection::~Connection() {

@@ -1,6 +1,7 @@
 #include "lsp/file_outline.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstring>
 #include <type_traits>
@@ -17,7 +18,16 @@ using outline::Kind;
 
 constexpr std::size_t kMaxNameBytes = 120;
 constexpr std::size_t kSearchedBytes = 4096;  // of a line, for a name
-constexpr std::string_view kBlanks = " \t\r\n\v\f";
+
+// Blanks and line ends. As a loop: the library's searches for one of a set look each byte up with a
+// call, which took half of the time that placing items takes.
+constexpr bool isBlank(char byte) { return byte == ' ' || (byte >= '\t' && byte <= '\r'); }
+
+// The offset of the first byte that is no blank, the text's length if there is none.
+std::size_t indentationOf(std::string_view text) {
+  const auto* const end = std::find_if_not(text.begin(), text.end(), isBlank);
+  return static_cast<std::size_t>(end - text.begin());
+}
 
 std::size_t findWord(std::string_view text, std::string_view word) {
   for (std::size_t at = text.find(word); at != std::string_view::npos;
@@ -30,23 +40,36 @@ std::size_t findWord(std::string_view text, std::string_view word) {
   return std::string_view::npos;
 }
 
-// The text on one line, with an ellipsis if it is cut.
-std::string shortName(std::string_view text) {
-  std::string name;
-  bool isBlank = false;
+bool isAscii(char byte) { return static_cast<unsigned char>(byte) < 0x80; }
+
+// Adds the text on one line, with an ellipsis if it is cut.
+void appendShortName(std::string& names, std::string_view text) {
+  // Most names need no change.
+  const auto isKept = [](char byte) { return isAscii(byte) && !isBlank(byte); };
+  if (text.size() <= kMaxNameBytes && std::all_of(text.begin(), text.end(), isKept)) {
+    names.append(text);
+    return;
+  }
+  std::array<char, kMaxNameBytes + 1> name;  // and a blank before the last character
+  std::size_t size = 0;
+  bool isAfterBlank = false;
+  bool isCut = false;
   for (std::size_t at = 0; at < text.size();) {
-    if (kBlanks.find(text[at]) != std::string_view::npos) {
-      isBlank = !name.empty();
+    if (isBlank(text[at])) {
+      isAfterBlank = size > 0;
       ++at;
       continue;
     }
-    const std::size_t bytes = codePointAt(text, at).bytes;
-    if (name.size() + bytes > kMaxNameBytes) return name + "...";
-    if (std::exchange(isBlank, false)) name += ' ';
-    name.append(text.substr(at, bytes));
+    const std::size_t bytes = isAscii(text[at]) ? 1 : codePointAt(text, at).bytes;
+    isCut = size + bytes > kMaxNameBytes;
+    if (isCut) break;
+    if (std::exchange(isAfterBlank, false)) name[size++] = ' ';
+    text.copy(name.data() + size, bytes, at);
+    size += bytes;
     at += bytes;
   }
-  return name;
+  names.append(name.data(), size);
+  if (isCut) names += "...";
 }
 
 // The part of an element's name that stands in its tag.
@@ -54,6 +77,12 @@ std::string_view searchedName(const Item& item) {
   const std::string_view name = item.name;
   if (item.kind != Kind::kElement) return name;
   return name.substr(0, name.find_first_of(".#[ "));
+}
+
+bool beginsWithCloser(std::string_view line) {
+  line.remove_prefix(indentationOf(line));
+  return line.starts_with('}') || line.starts_with(')') || line.starts_with(']') ||
+         line.starts_with("</");
 }
 
 // Columns of places in lines. Many items may stand on one long line, so its length is counted once,
@@ -102,21 +131,18 @@ class Placement {
     const std::int32_t first = columns_.clamped(item.firstLine);
     const std::int32_t last = std::max(first, columns_.clamped(item.lastLine));
     const std::string_view head = columns_.text(first);
-    const std::size_t indentation = std::min(head.find_first_not_of(kBlanks), head.size());
+    const std::size_t indentation = indentationOf(head);
     OutlineEntry entry;
     entry.kind = item.kind;
     entry.parent = parent;
     entry.range = {columns_.at(first, indentation), columns_.end(last)};
     entry.selection = findName(searchedName(item), first, indentation);
-    const std::string_view tail = columns_.text(last);
-    const std::size_t tailText = std::min(tail.find_first_not_of(kBlanks), tail.size());
-    entry.endsInCloser = last > first && (tail.substr(tailText).find_first_of("})]") == 0 ||
-                                          tail.substr(tailText).starts_with("</"));
-    const std::string name =
-        shortName(item.name.empty() ? head.substr(0, kSearchedBytes) : std::string_view(item.name));
-    entry.nameOffset = static_cast<std::uint32_t>(outline_.names.size());
-    entry.nameBytes = static_cast<std::uint32_t>(name.size());
-    outline_.names += name;
+    entry.endsInCloser = last > first && beginsWithCloser(columns_.text(last));
+    const std::size_t nameOffset = outline_.names.size();
+    appendShortName(outline_.names, item.name.empty() ? head.substr(0, kSearchedBytes)
+                                                      : std::string_view(item.name));
+    entry.nameOffset = static_cast<std::uint32_t>(nameOffset);
+    entry.nameBytes = static_cast<std::uint32_t>(outline_.names.size() - nameOffset);
     outline_.entries.push_back(entry);
   }
 
@@ -133,8 +159,13 @@ class Placement {
   FileOutline take() { return std::move(outline_); }
 
  private:
+  bool isBlankLine(std::int32_t line) const {
+    const std::string_view text = columns_.text(line);
+    return indentationOf(text) == text.size();
+  }
+
   bool areBlank(std::int32_t line, std::int32_t end) const {
-    while (line < end && columns_.text(line).find_first_not_of(kBlanks) == std::string_view::npos) {
+    while (line < end && isBlankLine(line)) {
       ++line;
     }
     return line >= end;

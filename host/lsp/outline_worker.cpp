@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdlib>
@@ -15,6 +16,7 @@
 #include <utility>
 
 #include "lsp/file_outline.h"
+#include "lsp/source_reading.h"
 #include "outline/outline.h"
 #include "sources/binary_files.h"
 #include "sources/directory_walk.h"
@@ -31,6 +33,10 @@ namespace {
 
 constexpr std::chrono::seconds kTimeToLoad{60};
 constexpr std::size_t kPathBytesAtOnce = 16384;
+// What the module keeps of a script for good, by its bytes. It is fetched from the system while
+// nobody waits: for 400 KB that takes 600 page faults, 1.5 ms of the module's 8.
+constexpr std::size_t kMemoryPerByte = 16;
+constexpr std::size_t kMostMemoryFetched = std::size_t{16} << 20U;
 constexpr std::string_view kRecordsOpening = "[\n";
 
 struct RequestHeader {
@@ -102,26 +108,30 @@ class Worker {
     Frame frame;
     frame.hasAnswer = true;
     limitTime(task_.limits.time);
+    SourceReading reading(request.path, readsAhead_);
     const char* const answer = plugin_.parse(request.path, "");
     if (answer == nullptr) ::_exit(kWorkerOutOfMemory);
-    const std::string bytes = outlineOf(request, answer);
+    const std::string bytes = outlineOf(request, answer, reading);
     limitTime(std::chrono::microseconds(0));
     isWornOut_ = peakMemory() - memoryAtStart_ >= task_.maxGrowth;
     frame.isLast = isWornOut_;
     send(frame, bytes);
+    if (task_.isUrgent && !isWornOut_) {
+      fetchMemory(std::min(kMemoryPerByte * textBytes_, kMostMemoryFetched));
+    }
   }
 
   // An answer without records, as of a file that is gone by now, gives an outline without entries.
-  std::string outlineOf(const Request& request, std::string_view answer) const {
+  std::string outlineOf(const Request& request, std::string_view answer, SourceReading& reading) {
     if (!answer.starts_with(kRecordsOpening)) return outlineBytes({});
-    const int file = ::open(request.path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
-    if (file < 0) return outlineBytes({});
-    const std::string source = readToEnd(file, request.path);
-    ::close(file);
+    const std::unique_ptr<ReadSource> source = reading.finish();
+    if (!source) return outlineBytes({});
+    textBytes_ = source->text.size();
     std::vector<outline::CommentLines> comments;
-    const std::vector<outline::Item> items =
-        outline::makeOutline(source, answer, nullptr, &comments);
-    return outlineBytes(placeItems(source, items, std::move(comments), request.header.encoding));
+    const std::vector<outline::Item> items = outline::makeOutline(
+        source->text, answer, nullptr, &comments, nullptr, source->script.get());
+    return outlineBytes(
+        placeItems(source->text, items, std::move(comments), request.header.encoding));
   }
 
   void listFiles(const std::string& directory) const {
@@ -153,6 +163,8 @@ class Worker {
   int results_;
   PluginModule plugin_;
   std::uint64_t memoryAtStart_ = peakMemory();  // with all that the server has
+  bool readsAhead_ = task_.isUrgent && availableCores() > 1;
+  std::size_t textBytes_ = 0;  // of the last text
   bool isWornOut_ = false;
 };
 
@@ -203,6 +215,7 @@ void workOnOutlines(const OutlineTask& task, int requests, int results) noexcept
   for (const int descriptor : task.closed) ::close(descriptor);
   if (task.niceness != 0) [[maybe_unused]]
     const int niceness = ::nice(task.niceness);
+  if (task.isUrgent) keepFreedMemory();
   if (task.limits.memory != 0) limitMemory(task.limits.memory);
   std::set_new_handler([] { ::_exit(kWorkerOutOfMemory); });
   try {

@@ -17,6 +17,7 @@ struct OutlineTask {
   FileLimits limits;
   std::uint64_t maxGrowth = std::uint64_t{64} << 20U;  // then the worker is replaced
   int niceness = 0;
+  bool isUrgent = false;    // an editor waits, so a second core and memory in advance are worth it
   std::vector<int> closed;  // descriptors of the server that a worker has no use for
 };
 

@@ -55,12 +55,14 @@ bool isWordByte(char byte) {
 std::uint32_t unitsOf(std::string_view text, Encoding encoding) {
   if (encoding == Encoding::kUtf8) return static_cast<std::uint32_t>(text.size());
   std::uint32_t units = 0;
-  for (std::size_t at = 0; at < text.size();) {
-    const Step step = stepAt(text, at, encoding);
-    at += step.bytes;
+  for (std::size_t at = 0;;) {
+    const std::size_t end = findHighByte(text, at);
+    units += static_cast<std::uint32_t>(end - at);
+    if (end == text.size()) return units;
+    const Step step = stepAt(text, end, encoding);
+    at = end + step.bytes;
     units += step.units;
   }
-  return units;
 }
 
 std::size_t bytesOf(std::string_view line, std::uint32_t units, Encoding encoding) {

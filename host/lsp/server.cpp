@@ -25,6 +25,7 @@ OutlineTask taskOf(const ServerOptions& options, int niceness) {
   task.plugin = options.plugin;
   task.limits = options.limits;
   task.niceness = niceness;
+  task.isUrgent = niceness == 0;
   return task;
 }
 

@@ -5,45 +5,36 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <optional>
 #include <string>
 #include <utility>
 
 #include "outline/cleaned_text.h"
-#include "outline/limits.h"
 #include "outline/page_items.h"
 #include "outline/placed_items.h"
 #include "outline/record_tags.h"
-#include "outline/script_items.h"
+#include "outline/script_source.h"
 #include "outline/source_lines.h"
 #include "records/record_reader.h"
 
 namespace host::outline {
 namespace {
 
-ScriptDialect dialectOf(std::string_view path) {
-  const bool isPlainTypes =
-      path.ends_with(".ts") || path.ends_with(".mts") || path.ends_with(".cts");
-  return {.mayHoldJsx = !isPlainTypes};
-}
-
-std::vector<PlacedItem> outlineScript(std::string_view source, RecordReader& records,
-                                      std::string_view path, const RecordAction& onRecord,
+std::vector<PlacedItem> outlineScript(ScriptSource& script, RecordReader& records,
+                                      const RecordAction& onRecord,
                                       std::vector<CommentLines>* comments) {
-  const LineMap map = cleanedLines(source);
-  SourceLines lines(source);
-  const std::int32_t maxLines =
-      std::min(map.sourceLine(static_cast<std::size_t>(kMaxScriptLines) - 1), kMaxScriptLines);
-  ScriptItems script(source, 1, maxLines, dialectOf(path));
+  SourceLines& lines = script.lines;
   std::vector<PlacedItem> items;
   items.reserve(static_cast<std::size_t>(lines.count()));
   while (const Record* const record = records.next()) {
     if (onRecord) onRecord(*record);
     if (record->lineNumber <= 0 || wrapsFile(*record)) continue;
-    const std::int32_t line = map.sourceLine(static_cast<std::size_t>(record->lineNumber) - 1);
-    items.push_back(script.itemOf(*record, std::min(line, lines.count()), lines));
+    const std::int32_t line =
+        script.map.sourceLine(static_cast<std::size_t>(record->lineNumber) - 1);
+    items.push_back(script.items.itemOf(*record, std::min(line, lines.count()), lines));
   }
-  script.addOthers(lines, items);
-  if (comments != nullptr) *comments = script.comments();
+  script.items.addOthers(lines, items);
+  if (comments != nullptr) *comments = script.items.comments();
   return items;
 }
 
@@ -115,7 +106,8 @@ std::vector<PlacedItem> outlineOther(std::string_view source, RecordReader& reco
 }  // namespace
 
 std::vector<Item> makeOutline(std::string_view source, std::string_view answer, std::string* fault,
-                              std::vector<CommentLines>* comments, const RecordAction& onRecord) {
+                              std::vector<CommentLines>* comments, const RecordAction& onRecord,
+                              ScriptSource* script) {
   // Positions in scripts are of 32 bits.
   source = source.substr(0, std::numeric_limits<std::uint32_t>::max());
   std::string path;
@@ -126,9 +118,12 @@ std::vector<Item> makeOutline(std::string_view source, std::string_view answer, 
   RecordReader records(answer, needsTexts ? RecordTexts::kPlain : RecordTexts::kEscaped);
   std::vector<PlacedItem> items;
   switch (route) {
-    case Route::kScript:
-      items = outlineScript(source, records, path, onRecord, comments);
+    case Route::kScript: {
+      std::optional<ScriptSource> own;
+      if (script == nullptr) script = &own.emplace(source, path);
+      items = outlineScript(*script, records, onRecord, comments);
       break;
+    }
     case Route::kPage:
       items = outlinePage(source, records, onRecord);
       break;

@@ -20,6 +20,7 @@
 
 #include "outline/comment_lines.h"
 #include "outline/item.h"
+#include "outline/script_source.h"
 #include "records/record_reader.h"
 
 namespace host::outline {
@@ -27,11 +28,13 @@ namespace host::outline {
 // Items in the order of their first lines, each behind the item that contains it. The answer is the
 // module's for these bytes; records behind a fault in it are left out. Unless they are null, fault
 // gets one line on that fault, comments the comments of several lines that begin their lines, and
-// onRecord is called with each record in turn, so that nobody has to read the answer once more.
-// The work grows linearly with the two texts.
+// onRecord is called with each record in turn, so that nobody has to read the answer once more. A
+// script's source may have been read before, for the same path; makeOutline uses script up. The
+// work grows linearly with the two texts.
 std::vector<Item> makeOutline(std::string_view source, std::string_view answer,
                               std::string* fault = nullptr,
                               std::vector<CommentLines>* comments = nullptr,
-                              const RecordAction& onRecord = nullptr);
+                              const RecordAction& onRecord = nullptr,
+                              ScriptSource* script = nullptr);
 
 }  // namespace host::outline

@@ -6,6 +6,10 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
+
 #ifdef __linux__
 #include <sched.h>
 #include <sys/prctl.h>
@@ -17,6 +21,7 @@
 #endif
 
 #include <algorithm>
+#include <cstdlib>
 #include <thread>
 
 namespace host {
@@ -110,6 +115,32 @@ void limitMemory(std::uint64_t bytes) {
   limit.rlim_cur = std::min(static_cast<rlim_t>(bytes), limit.rlim_cur);
   ::setrlimit(RLIMIT_AS, &limit);
 }
+
+#ifdef __GLIBC__
+
+void keepFreedMemory() {
+  // glibc raises its own limits as far, but drops below them at times.
+  constexpr int kBlockBytes = 32 << 20;
+  ::mallopt(M_MMAP_THRESHOLD, kBlockBytes);
+  ::mallopt(M_TRIM_THRESHOLD, 2 * kBlockBytes);
+  ::mallopt(M_ARENA_MAX, 1);
+}
+
+void fetchMemory(std::size_t bytes) {
+  const auto pageBytes = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+  // Through a volatile pointer, or the compiler may leave out what nobody reads.
+  auto* const block = static_cast<volatile char*>(std::malloc(bytes));
+  if (block == nullptr) return;
+  for (std::size_t at = 0; at < bytes; at += pageBytes) block[at] = 0;
+  std::free(const_cast<char*>(block));
+}
+
+#else
+
+void keepFreedMemory() {}
+void fetchMemory(std::size_t /*bytes*/) {}
+
+#endif
 
 void widenPipe([[maybe_unused]] int descriptor) {
 #ifdef __linux__

@@ -3,6 +3,7 @@
 
 #include <sys/types.h>
 
+#include <cstddef>
 #include <cstdint>
 
 namespace host {
@@ -30,6 +31,14 @@ std::uint64_t peakMemory();
 // Limits the address space of this process, and never raises its limit. macOS does not enforce it;
 // a build for AddressSanitizer, which reserves more than any limit, sets none.
 void limitMemory(std::uint64_t bytes);
+
+// Has the C library keep what is freed for later, in one heap that all threads share, and take none
+// but huge blocks from the system one by one. Only with glibc.
+void keepFreedMemory();
+
+// Fetches that many bytes from the system for what is allocated later, which then need not wait for
+// them page by page. After keepFreedMemory; without it there is nothing to fetch them for.
+void fetchMemory(std::size_t bytes);
 
 // Gives a pipe the largest buffer that an ordinary user may have, where it can be set.
 void widenPipe(int descriptor);

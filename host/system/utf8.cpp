@@ -47,19 +47,6 @@ bool holds(const Ranges& ranges, char32_t codePoint) {
   });
 }
 
-// The offset of the first byte from 0x80 up.
-std::size_t findHighByte(std::string_view text, std::size_t from) {
-  constexpr std::uint64_t kHighBits = 0x8080808080808080U;
-  std::uint64_t word = 0;
-  while (from + sizeof word <= text.size()) {
-    std::memcpy(&word, text.data() + from, sizeof word);
-    if ((word & kHighBits) != 0) break;
-    from += sizeof word;
-  }
-  while (from < text.size() && static_cast<unsigned char>(text[from]) < 0x80) ++from;
-  return from;
-}
-
 }  // namespace
 
 CodePoint codePointAt(std::string_view text, std::size_t offset) {
@@ -82,6 +69,18 @@ CodePoint codePointAt(std::string_view text, std::size_t offset) {
     value = value << 6U | (byteAt(place) & 0x3fU);
   }
   return {value, lead->bytes, true};
+}
+
+std::size_t findHighByte(std::string_view text, std::size_t from) {
+  constexpr std::uint64_t kHighBits = 0x8080808080808080U;
+  std::uint64_t word = 0;
+  while (from + sizeof word <= text.size()) {
+    std::memcpy(&word, text.data() + from, sizeof word);
+    if ((word & kHighBits) != 0) break;
+    from += sizeof word;
+  }
+  while (from < text.size() && static_cast<unsigned char>(text[from]) < 0x80) ++from;
+  return from;
 }
 
 bool isUtf8(std::string_view text) {

@@ -18,6 +18,10 @@ inline constexpr char32_t kReplacement = 0xfffd;
 // The code point that begins at the offset, which lies within the text.
 CodePoint codePointAt(std::string_view text, std::size_t offset);
 
+// The offset of the first byte from 0x80 up, at the given offset or behind it; the text's length if
+// there is none.
+std::size_t findHighByte(std::string_view text, std::size_t from);
+
 bool isUtf8(std::string_view text);
 
 // The text with U+FFFD for each run of bytes that codePointAt calls bad.
