@@ -92,7 +92,7 @@ void Connection::notifyMessage(std::string_view method, MessageType type,
 
 void Connection::queue(std::string_view body) {
   trace("to client", body);
-  queue_ += framed(body);
+  queue_.append(frameHeader(body.size())).append(body);
 }
 
 bool Connection::flush() {

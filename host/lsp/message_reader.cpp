@@ -96,8 +96,10 @@ void MessageReader::compact() {
   taken_ = 0;
 }
 
-std::string framed(std::string_view body) {
-  return "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + std::string(body);
+std::string frameHeader(std::size_t bodyBytes) {
+  return "Content-Length: " + std::to_string(bodyBytes) + "\r\n\r\n";
 }
+
+std::string framed(std::string_view body) { return frameHeader(body.size()).append(body); }
 
 }  // namespace host::lsp

@@ -30,6 +30,9 @@ class MessageReader {
   std::size_t taken_ = 0;
 };
 
+// What stands before a message of so many bytes in its frame.
+std::string frameHeader(std::size_t bodyBytes);
+
 // The message as a frame.
 std::string framed(std::string_view body);
 

@@ -215,7 +215,6 @@ void workOnOutlines(const OutlineTask& task, int requests, int results) noexcept
   for (const int descriptor : task.closed) ::close(descriptor);
   if (task.niceness != 0) [[maybe_unused]]
     const int niceness = ::nice(task.niceness);
-  if (task.isUrgent) keepFreedMemory();
   if (task.limits.memory != 0) limitMemory(task.limits.memory);
   std::set_new_handler([] { ::_exit(kWorkerOutOfMemory); });
   try {

@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "system/failure.h"
+#include "system/platform.h"
 
 namespace host::lsp {
 namespace {
@@ -37,6 +38,7 @@ Server::Server(const ServerOptions& options)
       editorLane_(taskOf(options, 0), siblings_),
       scanLane_(taskOf(options, kBackgroundNiceness), siblings_),
       scan_(scanLane_, index_, connection_, options.limits.sourceBytes) {
+  keepFreedMemory();  // for the next answer, which needs as much; workers inherit it
   for (OutlineLane* const lane : {&editorLane_, &scanLane_}) {
     lane->closeInWorkers({directory_.lock(), connection_.traceDescriptor()});
   }

@@ -4,7 +4,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
+#include <exception>
+#include <future>
 #include <system_error>
+#include <thread>
 
 #include "system/io.h"
 
@@ -37,17 +41,36 @@ std::unique_ptr<ReadSource> readScript(const std::string& path) {
 
 }  // namespace
 
+struct SourceReading::Ahead {
+  explicit Ahead(const std::string& file) : path(file) {}
+
+  std::string path;
+  std::atomic<bool> isTaken = false;  // by the thread, or by finish where the thread is late
+  std::promise<std::unique_ptr<ReadSource>> source;
+};
+
 SourceReading::SourceReading(const std::string& path, bool readsAhead) : path_(path) {
   if (!readsAhead || !isWorthThread(path)) return;
+  const auto ahead = std::make_shared<Ahead>(path);
   try {
-    ahead_ = std::async(std::launch::async, [&path] { return readScript(path); });
+    std::thread([ahead] {
+      if (ahead->isTaken.exchange(true)) return;
+      try {
+        ahead->source.set_value(readScript(ahead->path));
+      } catch (...) {
+        ahead->source.set_exception(std::current_exception());
+      }
+    }).detach();
+    ahead_ = ahead;
   } catch (const std::system_error&) {
     // There is no thread to be had, so finish reads the file.
   }
 }
 
 std::unique_ptr<ReadSource> SourceReading::finish() {
-  return ahead_.valid() ? ahead_.get() : readText(path_);
+  // On a busy machine the module may be done before the thread has begun.
+  if (!ahead_ || !ahead_->isTaken.exchange(true)) return readText(path_);
+  return ahead_->source.get_future().get();
 }
 
 }  // namespace host::lsp

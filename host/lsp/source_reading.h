@@ -1,8 +1,7 @@
-// The source of a file, and of a script all that the outline takes from it. A second thread may
-// read both while the module works; only that one thread calls the module.
+// The source of a file, and of a script all that the outline takes from it. A second thread may read
+// both while the module works; only the first one calls the module.
 #pragma once
 
-#include <future>
 #include <memory>
 #include <string>
 
@@ -22,12 +21,14 @@ class SourceReading {
   SourceReading(const std::string& path, bool readsAhead);
 
   // Waits for the thread, or reads the file now. Gives a null pointer if the file is gone by now.
-  // Throws Failure if it cannot be read.
+  // Throws Failure if it cannot be read. The thread needs no waiting for if this is never called.
   std::unique_ptr<ReadSource> finish();
 
  private:
-  const std::string& path_;
-  std::future<std::unique_ptr<ReadSource>> ahead_;  // valid while a thread reads
+  struct Ahead;
+
+  std::string path_;
+  std::shared_ptr<Ahead> ahead_;  // shared with the thread; null if there is none
 };
 
 }  // namespace host::lsp

@@ -12,6 +12,7 @@ enum ByteClass : std::uint8_t {
   kLineBreak = 2,  // LF and CR
   kWordStart = 4,  // also every byte of a character that is not ASCII
   kDigit = 8,
+  kCommentStart = 16,  // what a comment may begin with
 };
 
 constexpr std::array<std::uint8_t, 256> kClasses = [] {
@@ -24,11 +25,20 @@ constexpr std::array<std::uint8_t, 256> kClasses = [] {
   for (int c = '0'; c <= '9'; ++c) classes[static_cast<std::size_t>(c)] = kDigit;
   for (const char c : {'_', '$', '\\'}) classes[static_cast<unsigned char>(c)] = kWordStart;
   for (std::size_t c = 0x80; c < 256; ++c) classes[c] = kWordStart;
+  for (const char c : {'/', '<', '-'}) classes[static_cast<unsigned char>(c)] = kCommentStart;
   return classes;
 }();
 
 bool is(char byte, int classes) {
   return (kClasses[static_cast<unsigned char>(byte)] & classes) != 0;
+}
+
+// Where the run of bytes of these classes ends that begins at the offset.
+std::size_t runEnd(std::string_view text, std::size_t from, int classes) {
+  const char* byte = text.data() + from;
+  const char* const end = text.data() + text.size();
+  while (byte < end && is(*byte, classes)) ++byte;
+  return static_cast<std::size_t>(byte - text.data());
 }
 
 }  // namespace
@@ -68,20 +78,22 @@ void ScriptTokens::skipBlockComment() {
   }
 }
 
-// Skips white space and comments; false at the end of the text.
+// Skips white space and comments; false at the end of the text. Most bytes skipped are indentation.
 bool ScriptTokens::skipBlanks() {
   while (position_ < text_.size()) {
-    const char byte = text_[position_];
-    if (is(byte, kBlank)) {
-      ++position_;
-    } else if (is(byte, kLineBreak)) {
+    const int found = kClasses[static_cast<unsigned char>(text_[position_])];
+    if (found == kBlank) {
+      position_ = runEnd(text_, position_ + 1, kBlank);
+    } else if (found == kLineBreak) {
       takeLineBreak();
       lineBreak_ = true;
-    } else {
+    } else if (found == kCommentStart) {
       const std::int32_t line = line_;
       const bool beginsLine = lineBreak_;
       if (!skipComment()) return true;
       if (beginsLine) comments_.add(line, line_);
+    } else {
+      return true;
     }
   }
   return false;
@@ -92,13 +104,12 @@ bool ScriptTokens::skipComment() {
   const std::string_view rest = text_.substr(position_);
   if (rest.starts_with("/*")) {
     skipBlockComment();
-  } else if (rest.starts_with("//") || rest.starts_with("<!--") ||
-             (lineBreak_ && rest.starts_with("-->"))) {
-    skipLineComment();
-  } else {
-    return false;
+    return true;
   }
-  return true;
+  const bool isLine = rest.starts_with("//") || rest.starts_with("<!--") ||
+                      (lineBreak_ && rest.starts_with("-->"));
+  if (isLine) skipLineComment();
+  return isLine;
 }
 
 Token ScriptTokens::start() {
@@ -305,10 +316,8 @@ Token ScriptTokens::next(bool operandMayBegin) {
   }
   Token token = start();
   const char byte = text_[position_];
-  const bool isPrivate = byte == '#' && is(at(position_ + 1), kWordStart);
-  if (is(byte, kWordStart) || isPrivate) {
-    ++position_;
-    while (is(at(position_), kWordStart | kDigit)) ++position_;
+  if (is(byte, kWordStart) || (byte == '#' && is(at(position_ + 1), kWordStart))) {
+    position_ = runEnd(text_, position_ + 1, kWordStart | kDigit);
     return finish(token, TokenType::kWord, 0);
   }
   if (is(byte, kDigit) || (byte == '.' && is(at(position_ + 1), kDigit))) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 
 #include "records/record_escapes.h"
 
@@ -63,19 +64,21 @@ bool RecordReader::take(std::string_view literal) {
 // record; the library's function takes three times as long.
 bool RecordReader::takeNumber(std::int32_t& number) {
   constexpr std::size_t kMostDigits = 10;
-  const std::size_t first = rest_.starts_with('-') ? 1 : 0;
-  std::size_t end = first;
+  const bool isNegative = rest_.starts_with('-');
+  const char* const first = rest_.data() + (isNegative ? 1 : 0);
+  const char* const end = rest_.data() + std::min(rest_.size(), kMostDigits + 1);
+  const char* digit = first;
   std::int64_t value = 0;
-  while (end < rest_.size() && rest_[end] >= '0' && rest_[end] <= '9') {
-    if (end - first == kMostDigits) return false;
-    value = value * 10 + (rest_[end++] - '0');
+  for (; digit != end; ++digit) {
+    const auto units = static_cast<unsigned>(*digit) - unsigned{'0'};
+    if (units > 9) break;
+    value = value * 10 + units;
   }
-  const bool isZero = rest_.substr(0, end) == "0";
-  if (end == first || (rest_[first] == '0' && !isZero)) return false;
-  if (first > 0) value = -value;
+  if (digit == first || (*first == '0' && (isNegative || digit - first > 1))) return false;
+  if (isNegative) value = -value;
   if (value != static_cast<std::int32_t>(value)) return false;
   number = static_cast<std::int32_t>(value);
-  rest_.remove_prefix(end);
+  rest_.remove_prefix(static_cast<std::size_t>(digit - rest_.data()));
   return true;
 }
 

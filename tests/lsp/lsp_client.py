@@ -29,6 +29,7 @@ class Client:
         self.received = b""
         self.notes = []
         self.count = 0
+        self.arrived = 0.0  # when the last message was there, before its JSON was parsed
 
     def __enter__(self):
         return self
@@ -72,6 +73,7 @@ class Client:
                 size = int(head.removeprefix(b"Content-Length: "))
                 if len(rest) >= size:
                     self.received = rest[size:]
+                    self.arrived = time.perf_counter()
                     return json.loads(rest[:size])
             ready, _, _ = select.select([self.process.stdout], [], [], max(0, end - time.monotonic()))
             if not ready:
