@@ -65,8 +65,8 @@ class Connection {
   template <typename Write>
   void send(std::string_view idKey, std::string_view id, std::string_view method,
             std::string_view contentKey, Write write) {
-    rapidjson::StringBuffer buffer;
-    JsonWriter out(buffer);
+    buffer_.Clear();
+    JsonWriter out(buffer_);
     out.StartObject();
     writeMember(out, "jsonrpc", "2.0");
     if (!idKey.empty()) {
@@ -77,13 +77,14 @@ class Connection {
     writeKey(out, contentKey);
     write(out);
     out.EndObject();
-    queue({buffer.GetString(), buffer.GetSize()});
+    queue({buffer_.GetString(), buffer_.GetSize()});
   }
   void queue(std::string_view body);
   void notifyMessage(std::string_view method, MessageType type, std::string_view message);
   void trace(std::string_view direction, std::string_view body);
 
   MessageReader reader_;
+  rapidjson::StringBuffer buffer_;  // of the last message; the next one may be as long
   std::string queue_;
   std::size_t written_ = 0;  // of queue_
   int outputFlags_;          // of standard output, which does not block meanwhile

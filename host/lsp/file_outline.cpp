@@ -7,7 +7,6 @@
 #include <type_traits>
 #include <utility>
 
-#include "outline/source_lines.h"
 #include "system/utf8.h"
 
 namespace host::lsp {
@@ -89,8 +88,8 @@ bool beginsWithCloser(std::string_view line) {
 // and a place from the one before it.
 class Columns {
  public:
-  Columns(std::string_view source, Encoding encoding)
-      : lines_(source),
+  Columns(const outline::SourceLines& lines, Encoding encoding)
+      : lines_(lines),
         encoding_(encoding),
         lengths_(static_cast<std::size_t>(lines_.count()), -1) {}
 
@@ -115,7 +114,7 @@ class Columns {
   }
 
  private:
-  outline::SourceLines lines_;
+  const outline::SourceLines& lines_;
   Encoding encoding_;
   std::vector<std::int64_t> lengths_;  // -1 until asked for
   std::int32_t line_ = 0;              // of the last place
@@ -125,7 +124,7 @@ class Columns {
 
 class Placement {
  public:
-  Placement(std::string_view source, Encoding encoding) : columns_(source, encoding) {}
+  Placement(const outline::SourceLines& lines, Encoding encoding) : columns_(lines, encoding) {}
 
   void add(const Item& item, std::int32_t parent) {
     const std::int32_t first = columns_.clamped(item.firstLine);
@@ -241,9 +240,9 @@ bool isSound(const FileOutline& outline, std::size_t index) {
 
 }  // namespace
 
-FileOutline placeItems(std::string_view source, const std::vector<Item>& items,
+FileOutline placeItems(const outline::SourceLines& lines, const std::vector<Item>& items,
                        std::vector<outline::CommentLines> comments, Encoding encoding) {
-  Placement placement(source, encoding);
+  Placement placement(lines, encoding);
   std::vector<std::int32_t> kept(items.size());  // the entry that stands for the item
   std::int32_t count = 0;
   for (std::size_t i = 0; i < items.size(); ++i) {

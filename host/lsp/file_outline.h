@@ -9,6 +9,7 @@
 #include "lsp/positions.h"
 #include "outline/item.h"
 #include "outline/outline.h"
+#include "outline/source_lines.h"
 
 namespace host::lsp {
 
@@ -35,7 +36,7 @@ struct FileOutline {
 
 // The entries of the items: those that have a name or may be folded. Names are on one line, and cut
 // short if they are long; what has none is called by the text of its line.
-FileOutline placeItems(std::string_view source, const std::vector<outline::Item>& items,
+FileOutline placeItems(const outline::SourceLines& lines, const std::vector<outline::Item>& items,
                        std::vector<outline::CommentLines> comments, Encoding encoding);
 
 // The outline as bytes for another process of this program, and back. readOutline checks all that

@@ -120,7 +120,7 @@ void writeText(JsonWriter& out, std::string_view text) {
 }
 
 void writeKey(JsonWriter& out, std::string_view key) {
-  out.Key(key.data(), static_cast<rapidjson::SizeType>(key.size()));
+  out.copyKey(key);
 }
 
 void writeMember(JsonWriter& out, std::string_view key, std::string_view text) {

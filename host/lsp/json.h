@@ -14,7 +14,29 @@
 namespace host::lsp {
 
 using Json = rapidjson::Value;
-using JsonWriter = rapidjson::Writer<rapidjson::StringBuffer>;
+
+// Adds what the library writes byte by byte, and in four times the time: text that is copied as it
+// is.
+class JsonWriter : public rapidjson::Writer<rapidjson::StringBuffer> {
+ public:
+  using Writer::Writer;
+
+  // A value of that type, as JSON text.
+  void copyValue(std::string_view json, rapidjson::Type type) {
+    Prefix(type);
+    json.copy(os_->Push(json.size()), json.size());
+    EndValue(true);
+  }
+
+  // A key in which nothing needs an escape.
+  void copyKey(std::string_view key) {
+    Prefix(rapidjson::kStringType);
+    char* const quoted = os_->Push(key.size() + 2);
+    quoted[0] = '"';
+    key.copy(quoted + 1, key.size());
+    quoted[key.size() + 1] = '"';
+  }
+};
 
 // Parses a message. Escapes of half a surrogate pair, which editors send for text that has one,
 // become U+FFFD: like them it counts one in UTF-16. Returns false for what is not JSON.
@@ -36,6 +58,7 @@ std::string jsonText(const Json& value);
 // A string. Bytes that are not UTF-8 become U+FFFD.
 void writeText(JsonWriter& out, std::string_view text);
 
+// Keys are words of the protocol, without escapes.
 void writeKey(JsonWriter& out, std::string_view key);
 void writeMember(JsonWriter& out, std::string_view key, std::string_view text);
 void writeMember(JsonWriter& out, std::string_view key, std::int64_t number);

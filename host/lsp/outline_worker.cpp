@@ -127,11 +127,14 @@ class Worker {
     const std::unique_ptr<ReadSource> source = reading.finish();
     if (!source) return outlineBytes({});
     textBytes_ = source->text.size();
+    outline::ScriptSource* const script = source->script.get();
     std::vector<outline::CommentLines> comments;
-    const std::vector<outline::Item> items = outline::makeOutline(
-        source->text, answer, nullptr, &comments, nullptr, source->script.get());
-    return outlineBytes(
-        placeItems(source->text, items, std::move(comments), request.header.encoding));
+    const std::vector<outline::Item> items =
+        outline::makeOutline(source->text, answer, nullptr, &comments, nullptr, script);
+    std::optional<outline::SourceLines> lines;
+    if (script == nullptr) lines.emplace(source->text);
+    return outlineBytes(placeItems(script != nullptr ? script->lines : *lines, items,
+                                   std::move(comments), request.header.encoding));
   }
 
   void listFiles(const std::string& directory) const {
