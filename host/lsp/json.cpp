@@ -119,9 +119,7 @@ void writeText(JsonWriter& out, std::string_view text) {
   }
 }
 
-void writeKey(JsonWriter& out, std::string_view key) {
-  out.copyKey(key);
-}
+void writeKey(JsonWriter& out, std::string_view key) { out.copyKey(key); }
 
 void writeMember(JsonWriter& out, std::string_view key, std::string_view text) {
   writeKey(out, key);

@@ -1,5 +1,5 @@
-// The source of a file, and of a script all that the outline takes from it. A second thread may read
-// both while the module works; only the first one calls the module.
+// The source of a file, and of a script all that the outline takes from it. A second thread may
+// read both while the module works; only the first one calls the module.
 #pragma once
 
 #include <memory>

@@ -106,8 +106,8 @@ bool ScriptTokens::skipComment() {
     skipBlockComment();
     return true;
   }
-  const bool isLine = rest.starts_with("//") || rest.starts_with("<!--") ||
-                      (lineBreak_ && rest.starts_with("-->"));
+  const bool isLine =
+      rest.starts_with("//") || rest.starts_with("<!--") || (lineBreak_ && rest.starts_with("-->"));
   if (isLine) skipLineComment();
   return isLine;
 }

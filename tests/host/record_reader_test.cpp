@@ -114,6 +114,11 @@ TEST(RecordReader, ReadsChildListsWithTheirQuirks) {
   EXPECT_EQ(childrenOf("   \n      -0\n    ],\n"), Ids{-1});
   EXPECT_EQ(childrenOf("   \n      2147483647\n    ],\n"), Ids{2147483647});
   EXPECT_EQ(childrenOf("   \n      2147483648\n    ],\n"), Ids{-1}) << "more than 32 bits";
+  EXPECT_EQ(childrenOf("   \n      -2147483648\n    ],\n"), Ids{-2147483647 - 1});
+  EXPECT_EQ(childrenOf("   \n      -2147483649\n    ],\n"), Ids{-1}) << "more than 32 bits";
+  EXPECT_EQ(childrenOf("   \n      4294967296\n    ],\n"), Ids{-1}) << "0 in 32 bits";
+  EXPECT_EQ(childrenOf("   \n      18446744073709551617\n    ],\n"), Ids{-1}) << "1 in 64 bits";
+  EXPECT_EQ(childrenOf("   \n      -\n    ],\n"), Ids{-1}) << "no digits";
 }
 
 TEST(RecordReader, ReadsTagsWithTheirQuirks) {

@@ -30,7 +30,8 @@ inline host::lsp::FileOutline outlineOf(std::string_view source, const std::vect
     item.parent = row.parent;
     items.push_back(item);
   }
-  return host::lsp::placeItems(host::outline::SourceLines(source), items, std::move(comments), encoding);
+  return host::lsp::placeItems(host::outline::SourceLines(source), items, std::move(comments),
+                               encoding);
 }
 
 // "1:2-3:4".

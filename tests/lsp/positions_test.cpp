@@ -25,6 +25,18 @@ TEST(Positions, CountUnitsOfTheirEncoding) {
   EXPECT_EQ(unitsOf("\xff", Encoding::kUtf16), 1U);
 }
 
+// ASCII is counted in blocks.
+TEST(Positions, CountUnitsAtEveryOffset) {
+  for (std::size_t before = 0; before < 20; ++before) {
+    for (std::size_t behind = 0; behind < 20; ++behind) {
+      const std::string text =
+          std::string(before, 'a') + "\xf0\x9f\x98\x80" + std::string(behind, 'b') + "\xc3\xa4";
+      EXPECT_EQ(unitsOf(text, Encoding::kUtf16), before + 2 + behind + 1);
+      EXPECT_EQ(unitsOf(text, Encoding::kUtf8), before + 4 + behind + 2);
+    }
+  }
+}
+
 TEST(Positions, AreTheBytesAtThatManyUnits) {
   const std::vector<std::size_t> utf16 = {0, 1, 3, 6, 6, 10, 11, 11};
   for (std::uint32_t units = 0; units < utf16.size(); ++units) {

@@ -2,6 +2,7 @@
 
 usage: robustness_test.py SERVER PLUGIN FOLDER
 """
+import itertools
 import os
 import pathlib
 import shutil
@@ -17,6 +18,7 @@ SERVER, PLUGIN, FOLDER = sys.argv[1], sys.argv[2], pathlib.Path(sys.argv[3])
 TEMPORARY = FOLDER / "tmp"
 LOG = FOLDER / "calls"
 URI = "file:///somewhere/a.js"
+FILLER = "// a comment of a line\n" * 1000  # a text so long is read on a second thread
 ENVIRONMENT = {"TMPDIR": str(TEMPORARY), "FRAGILE_PLUGIN_LOG": str(LOG)}
 
 
@@ -67,12 +69,12 @@ def calls():
 def test_misdeeds():
     """A file that kills its worker is parsed twice and answered with nothing."""
     crashed = URI + ": the plug-in crashed or ran out of memory"
-    for word, expected in [("crash", crashed), ("throw", crashed), ("spoil", crashed)]:
+    for word, filler in itertools.product(("crash", "throw", "spoil"), ("", FILLER)):
         LOG.unlink(missing_ok=True)
         with client() as one:
             one.initialize()
-            assert about_symbols(one, "let a; // MISDEED %s\n" % word) == []
-            assert messages(one) == [expected], one.notes
+            assert about_symbols(one, "let a; // MISDEED %s\n" % word + filler) == []
+            assert messages(one) == [crashed], one.notes
             assert len(calls()) == 2, calls()
             assert one.about("foldingRange", URI) == []
             assert len(calls()) == 2, calls()
@@ -86,7 +88,7 @@ def test_hang():
     LOG.unlink(missing_ok=True)
     with client("--timeout", "0.2") as one:
         one.initialize()
-        assert about_symbols(one, "let a; // MISDEED hang\n") == []
+        assert about_symbols(one, "let a; // MISDEED hang\n" + FILLER) == []
         assert messages(one) == [URI + ": it took longer than 0.2 s (--timeout)"], one.notes
         assert len(calls()) == 1, calls()
         assert about_symbols(one, "let b;\n") == ["b"]
@@ -127,10 +129,29 @@ def test_unusable_module():
         assert one.end() == 0
 
 
-def busy_worker(one):
+def test_one_core():
+    """A second thread changes no outline."""
+    text = "".join("function f%d() {\n  return %d;\n}\n" % (i, i) for i in range(1000))
+    cores = os.sched_getaffinity(0)
+    expected = ["f%d" % i for i in range(1000)]
+    for usable in ({min(cores)}, cores):
+        os.sched_setaffinity(0, usable)
+        try:
+            one = client()
+        finally:
+            os.sched_setaffinity(0, cores)
+        with one:
+            one.initialize()
+            for _ in range(5):
+                assert about_symbols(one, text) == expected
+            ends = [each["range"]["end"] for each in one.about("documentSymbol", URI)]
+            assert ends == [{"line": 3 * i + 2, "character": 1} for i in range(1000)]
+
+
+def busy_worker(one, filler=""):
     """Has a worker hang over a file, and returns the worker and the request."""
     LOG.unlink(missing_ok=True)
-    one.open(URI, "let a; // MISDEED hang\n")
+    one.open(URI, "let a; // MISDEED hang\n" + filler)
     number = one.begin("textDocument/documentSymbol", {"textDocument": {"uri": URI}})
     wait_until(lambda: len(calls()) == 1, "a call")
     return int(calls()[0].split()[0]), number
@@ -140,7 +161,7 @@ def test_killed_worker():
     """The file is tried again, since it may not have been its fault."""
     with client("--timeout", "0") as one:
         one.initialize()
-        worker, number = busy_worker(one)
+        worker, number = busy_worker(one, FILLER)
         os.kill(worker, signal.SIGKILL)
         wait_until(lambda: len(calls()) == 2, "a second call")
         second = int(calls()[1].split()[0])

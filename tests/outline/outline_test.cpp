@@ -160,6 +160,30 @@ TEST(Outline, OfOtherText) {
             "2-2 statement #3\n");
 }
 
+TEST(Outline, IsTheSameForASourceReadAhead) {
+  const std::string_view text =
+      "// a\r\n// b\r\nimport a from 'b';\r\nclass A {\r\n  #m() {\r\n  }\r\n}\r\n"
+      "const f = <T,>(x: T) => <T>x;\n";
+  for (const std::string name : {"a.js", "a.ts", "a.tsx"}) {
+    const Outlined outlined = outlineOf(name, text);
+    host::outline::ScriptSource source(text, name);
+    std::vector<host::outline::CommentLines> comments;
+    EXPECT_EQ(written(host::outline::makeOutline(text, outlined.answer, nullptr, &comments, nullptr,
+                                                 &source)),
+              written(outlined.items));
+    EXPECT_EQ(comments, (std::vector<host::outline::CommentLines>{{1, 2}}));
+  }
+}
+
+TEST(Outline, NamesOfScripts) {
+  for (const std::string_view name : {"a.js", "/b/c.d.ts", "x.jsx", "x.es6", ".mjs"}) {
+    EXPECT_TRUE(host::outline::isScriptName(name)) << name;
+  }
+  for (const std::string_view name : {"", "js", "a.JS", "a.js.html", "a.jsonc", "a."}) {
+    EXPECT_FALSE(host::outline::isScriptName(name)) << name;
+  }
+}
+
 TEST(Outline, OfAnswersWithoutRecords) {
   EXPECT_TRUE(host::outline::makeOutline("", "[{\"error\": \"File is empty: a.js\"}]").empty());
   EXPECT_TRUE(host::outline::makeOutline("a", "").empty());
