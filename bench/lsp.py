@@ -1,8 +1,9 @@
 """Measures the language server beside the native TypeScript server, in one run.
 
 Both open the same real script; then, alternately, a character is typed or taken away and the outline
-asked for. Edits are timed up to the last byte of the answer, and up to its parsed JSON, which takes
-this script about as long as the server takes for the answer. The peer comes from the npm registry, for Linux on x86-64 only; elsewhere there is none.
+asked for. Edits are timed up to the last byte of the answer and, as "p50 parsed", up to its parsed
+JSON, which takes this script half as long again. The peer comes from the npm registry, for Linux on
+x86-64 only; elsewhere there is none.
 """
 import os
 import pathlib

@@ -219,7 +219,10 @@ void Server::beginOutline() {
     beginOutlineOf(*document);
     answerReady();
   }
-  if (wantsWorker_ && !editorLane_.isBusy()) editorLane_.prepare();
+  if (!editorLane_.isBusy()) {
+    directory_.removeFile();  // once the client has its answer
+    if (wantsWorker_) editorLane_.prepare();
+  }
   wantsWorker_ = false;
 }
 
@@ -249,7 +252,6 @@ void Server::beginOutlineOf(Document& document) {
 }
 
 void Server::takeOutline(LaneReply reply) {
-  directory_.removeFile();
   wantsWorker_ = reply.kind == LaneReply::Kind::kOutline;
   if (!wantsWorker_) {
     connection_.log(MessageType::kError, outlinedUri_ + ": " + reply.failure);

@@ -15,10 +15,13 @@ bool hasTag(const Record& record, std::string_view tag) {
   return std::find(record.tags.begin(), record.tags.end(), tag) != record.tags.end();
 }
 
+// Most records have no tag.
 bool wrapsFile(const Record& record) {
+  const auto isWrapper = [](std::string_view tag) {
+    return std::find(kWrapperTags.begin(), kWrapperTags.end(), tag) != kWrapperTags.end();
+  };
   return record.label == "filepath" || record.label == "preprocessor" ||
-         std::any_of(kWrapperTags.begin(), kWrapperTags.end(),
-                     [&record](std::string_view tag) { return hasTag(record, tag); });
+         std::any_of(record.tags.begin(), record.tags.end(), isWrapper);
 }
 
 Route routeOf(std::string_view answer, std::string& path) {

@@ -144,7 +144,7 @@ def test_one_core():
             one.initialize()
             for _ in range(5):
                 assert about_symbols(one, text) == expected
-            ends = [each["range"]["end"] for each in one.about("documentSymbol", URI)]
+            ends = [each["location"]["range"]["end"] for each in one.about("documentSymbol", URI)]
             assert ends == [{"line": 3 * i + 2, "character": 1} for i in range(1000)]
 
 
