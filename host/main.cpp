@@ -17,6 +17,7 @@
 #include "cli/markdown_tables.h"
 #include "cli/option_table.h"
 #include "cli/run_options.h"
+#include "indexing/commands.h"
 #include "lsp/lsp.h"
 #include "merge/merge.h"
 #include "run/exit_status.h"
@@ -51,6 +52,16 @@ std::string generatedText(const std::string& kind) {
   return row->make();
 }
 
+// The commands that the first argument names.
+struct CommandRun {
+  std::string_view word;
+  int (*run)(int argc, const char* const* argv);
+};
+
+constexpr std::array kCommands = {CommandRun{"merge", runMerge}, CommandRun{"lsp", runLsp},
+                                  CommandRun{"index", runIndex}, CommandRun{"query", runQuery},
+                                  CommandRun{"status", runStatus}};
+
 int run(const RunOptions& options) {
   if (!options.help && !options.generate && !options.version) return runFiles(options);
   Output output;
@@ -75,8 +86,11 @@ int main(int argc, char** argv) {
   std::signal(SIGXFSZ, SIG_IGN);
   host::endRunOnSignals();
   try {
-    if (argc > 1 && argv[1] == std::string_view("merge")) return host::runMerge(argc - 1, argv + 1);
-    if (argc > 1 && argv[1] == std::string_view("lsp")) return host::runLsp(argc - 1, argv + 1);
+    const std::string_view word = argc > 1 ? argv[1] : "";
+    const auto* const command =
+        std::find_if(host::kCommands.begin(), host::kCommands.end(),
+                     [word](const host::CommandRun& row) { return row.word == word; });
+    if (command != host::kCommands.end()) return command->run(argc - 1, argv + 1);
     return host::run(host::parseRunOptions(argc, argv));
   } catch (const host::BrokenPipe&) {
     host::endByBrokenPipe();

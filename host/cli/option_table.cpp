@@ -25,10 +25,15 @@ Words selectionWords() {
 constexpr std::string_view kGlobs = "a pattern such as *.js or src/";
 constexpr std::string_view kSizes = "a size such as 64M or 2GiB, or 0 for no limit";
 
-constexpr std::array<std::string_view, 5> kSynopses = {
-    "quorl-js FILE... [OPTION]...", "quorl-js --files-from LIST [FILE]... [OPTION]...",
-    "quorl-js --stdin NAME [OPTION]...", "quorl-js merge SHARD... [OPTION]...",
-    "quorl-js lsp [OPTION]..."};
+constexpr std::array<std::string_view, 8> kSynopses = {
+    "quorl-js FILE... [OPTION]...",
+    "quorl-js --files-from LIST [FILE]... [OPTION]...",
+    "quorl-js --stdin NAME [OPTION]...",
+    "quorl-js merge SHARD... [OPTION]...",
+    "quorl-js lsp [OPTION]...",
+    "quorl-js index INDEX [FILE]... [OPTION]...",
+    "quorl-js query INDEX... [OPTION]...",
+    "quorl-js status INDEX"};
 
 constexpr std::array kOptions = {
     Option{.name = "--recursive",
@@ -245,6 +250,62 @@ constexpr std::array kExamples = {
             "quorl-js a.js --defines DEBUG --defines 'LEVEL 2' --diagnostics lines.txt"},
 };
 
+// The row of the program's own option.
+constexpr Option optionCalled(std::string_view name) {
+  return *std::find_if(kOptions.begin(), kOptions.end(),
+                       [name](const Option& option) { return option.name == name; });
+}
+
+constexpr std::array<std::string_view, 2> kIndexSynopses = {
+    "quorl-js index INDEX [FILE]... [OPTION]...",
+    "quorl-js index INDEX --from-ndjson SHARD... [OPTION]..."};
+
+constexpr std::array kIndexOptions = {
+    optionCalled("--recursive"),
+    optionCalled("--hidden"),
+    optionCalled("--node-modules"),
+    optionCalled("--no-ignore"),
+    optionCalled("--binary"),
+    optionCalled("--include"),
+    optionCalled("--exclude"),
+    optionCalled("--files-from"),
+    optionCalled("--null"),
+    Option{.name = "--from-ndjson",
+           .help = "Read SHARDs, the outputs of --format ndjson --ranges, instead of sources",
+           .details = "Each is a regular file. INDEX is built anew from them. Of a file that is in "
+                      "several SHARDs the first counts."},
+    Option{.name = "--no-wait",
+           .group = "Index",
+           .help = "Fail if another process is writing INDEX, instead of waiting for it"},
+    optionCalled("--defines"),
+    optionCalled("--plugin"),
+    optionCalled("--jobs"),
+    optionCalled("--timeout"),
+    optionCalled("--max-memory"),
+    optionCalled("--max-output"),
+    optionCalled("--max-size"),
+    optionCalled("--strict"),
+    optionCalled("--quiet"),
+    optionCalled("--no-progress"),
+    optionCalled("--help"),
+};
+
+constexpr std::array kIndexStatuses = {
+    ExitStatus{"0", "INDEX is up to date, and every file was read."},
+    ExitStatus{"1", "Some file was not read. With --strict, also a warning. INDEX is complete."},
+    ExitStatus{
+        "2",
+        "The command failed: wrong usage, no working plug-in, a file INDEX that is no index, "
+        "an INDEX that could not be written. INDEX is as it was."},
+};
+
+constexpr std::array kIndexExamples = {
+    Example{"Index the scripts below src, and later what has changed there:",
+            "quorl-js index code.index -r src\nquorl-js index code.index"},
+    Example{"Index what other machines have read:",
+            "quorl-js index code.index --from-ndjson shards/*.ndjson"},
+};
+
 constexpr std::array<std::string_view, 1> kMergeSynopses = {
     "quorl-js merge [--files-from LIST [-0]] [-o FILE] SHARD..."};
 
@@ -292,10 +353,13 @@ constexpr std::array kLspOptions = {
            .completion = Completion::kFiles,
            .help = "Log every message to FILE",
            .details = "FILE is overwritten. It holds the texts that are open in the editor."},
-    Option{.name = "--plugin",
-           .argument = "PATH",
+    Option{.name = "--index",
+           .argument = "INDEX",
            .completion = Completion::kFiles,
-           .help = "Load the plug-in from PATH (default: the one installed with quorl-js)"},
+           .help = "Search the workspace in INDEX, see quorl-js index, instead of reading it",
+           .details = "It is opened again when it has been replaced. Texts that are open in the "
+                      "editor count before it."},
+    optionCalled("--plugin"),
     Option{.name = "--timeout",
            .argument = "SECONDS",
            .values = "seconds such as 30 or 2.5, or 0 for no limit",
@@ -328,8 +392,8 @@ constinit const Command kProgram = {
     "FILE",
     kSynopses,
     "Print the structure records of each FILE. merge joins the ndjson output of several runs, lsp "
-    "is "
-    "a language server for editors; see quorl-js merge --help and quorl-js lsp --help.",
+    "is a language server for editors, index keeps the outline of a code base, query and status "
+    "ask for it; each has a --help of its own, such as quorl-js merge --help.",
     kOptions,
     {.name = "--", .help = "Treat every further argument as a FILE"},
     kStatuses,
@@ -349,6 +413,19 @@ constinit const Command kMerge = {
     kMergeStatuses,
     kMergeExamples};
 
+constinit const Command kIndex = {
+    "quorl-js index",
+    "INDEX",
+    kIndexSynopses,
+    "Keep the outline of each FILE in INDEX, a file of SQLite. Of files that INDEX has, only those "
+    "that have changed are read; those that are gone or not asked for any more leave it. Without "
+    "FILE, the files and options of the last time are taken. INDEX is replaced when the new one is "
+    "complete, so that it can be read meanwhile.",
+    kIndexOptions,
+    {.name = "--", .help = "Treat every further argument as INDEX or FILE"},
+    kIndexStatuses,
+    kIndexExamples};
+
 constinit const Command kLsp = {
     "quorl-js lsp",
     "ARGUMENT",
@@ -367,7 +444,10 @@ namespace {
 
 constexpr std::array kSubcommandRows = {
     Subcommand{"merge", kMerge, "Join the ndjson outputs of several runs"},
-    Subcommand{"lsp", kLsp, "Serve an editor by the Language Server Protocol"}};
+    Subcommand{"lsp", kLsp, "Serve an editor by the Language Server Protocol"},
+    Subcommand{"index", kIndex, "Keep the outline of a code base in a file"},
+    Subcommand{"query", kQuery, "Print what an index has"},
+    Subcommand{"status", kStatus, "Print what an index holds and what has changed since"}};
 
 }  // namespace
 

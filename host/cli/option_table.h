@@ -52,7 +52,10 @@ struct Command {
 
 extern const Command kProgram;  // the program as such
 extern const Command kMerge;    // what it does when its first argument is merge
-extern const Command kLsp;      // and when it is lsp
+extern const Command kLsp;      // and when it is lsp, and so on
+extern const Command kIndex;
+extern const Command kQuery;
+extern const Command kStatus;
 
 // A command of the program that its first argument names.
 struct Subcommand {

@@ -167,6 +167,32 @@ void checkTogether(const ArgumentParser& arguments, const RunOptions& options) {
 
 }  // namespace
 
+void readInputOptions(const ArgumentParser& arguments, RunOptions& options) {
+  options.list = arguments.valueOf("--files-from");
+  if (arguments.isGiven("--null")) options.listNameEnd = NameEnd::kNul;
+  options.walkRules.recursive = arguments.isGiven("--recursive");
+  options.walkRules.hidden = arguments.isGiven("--hidden");
+  options.walkRules.nodeModules = arguments.isGiven("--node-modules");
+  options.walkRules.ignored = arguments.isGiven("--no-ignore");
+  options.walkRules.binary = arguments.isGiven("--binary");
+  options.walkRules.included = readGlobs(arguments, "--include");
+  options.walkRules.excluded = readGlobs(arguments, "--exclude");
+  const std::vector<std::string> defines = arguments.valuesOf("--defines");
+  options.defines = joined(std::vector<std::string_view>(defines.begin(), defines.end()), "\n");
+  options.plugin = arguments.valueOf("--plugin");
+  readLimits(arguments, options.limits);
+  // A large file may well need gigabytes: its tree takes far more than its text.
+  if (!arguments.isGiven("--max-memory")) options.limits.memoryBudget = memoryBudget();
+}
+
+void readRunningOptions(const ArgumentParser& arguments, RunOptions& options) {
+  options.jobs = std::min(availableCores(), kMaxJobs);
+  withValue(arguments, "--jobs", [&](const auto& text) { return takeJobs(text, options.jobs); });
+  options.strict = arguments.isGiven("--strict");
+  options.quiet = arguments.isGiven("--quiet");
+  options.progress = !arguments.isGiven("--no-progress");
+}
+
 RunOptions parseRunOptions(int argc, const char* const* argv) {
   const ArgumentParser arguments(kProgram, argc, argv);
   RunOptions result;
@@ -176,22 +202,12 @@ RunOptions parseRunOptions(int argc, const char* const* argv) {
   result.version = arguments.isGiven("--version");
   result.generate = arguments.valueOf("--generate");
   result.files = arguments.operands();
-  result.list = arguments.valueOf("--files-from");
-  if (arguments.isGiven("--null")) result.listNameEnd = NameEnd::kNul;
-  result.walkRules.recursive = arguments.isGiven("--recursive");
-  result.walkRules.hidden = arguments.isGiven("--hidden");
-  result.walkRules.nodeModules = arguments.isGiven("--node-modules");
-  result.walkRules.ignored = arguments.isGiven("--no-ignore");
-  result.walkRules.binary = arguments.isGiven("--binary");
-  result.walkRules.included = readGlobs(arguments, "--include");
-  result.walkRules.excluded = readGlobs(arguments, "--exclude");
+  readInputOptions(arguments, result);
+  readRunningOptions(arguments, result);
   result.stdinName = arguments.valueOf("--stdin");
   if (result.stdinName) checkIsFileName(*result.stdinName);
   result.outputFile = outputFileOf(arguments);
   result.outDirectory = arguments.valueOf("--out-dir");
-  const std::vector<std::string> defines = arguments.valuesOf("--defines");
-  result.defines = joined(std::vector<std::string_view>(defines.begin(), defines.end()), "\n");
-  result.plugin = arguments.valueOf("--plugin");
   result.diagnostics = arguments.valueOf("--diagnostics").value_or(result.diagnostics);
   result.format = findFormat("raw");
   withValue(arguments, "--format",
@@ -211,14 +227,6 @@ RunOptions parseRunOptions(int argc, const char* const* argv) {
   checkFormat(arguments, "--ranges", *result.format, isJson);
   result.ranges = arguments.isGiven("--ranges");
   result.times = arguments.isGiven("--times");
-  result.jobs = std::min(availableCores(), kMaxJobs);
-  withValue(arguments, "--jobs", [&](const auto& text) { return takeJobs(text, result.jobs); });
-  readLimits(arguments, result.limits);
-  // A large file may well need gigabytes: its tree takes far more than its text.
-  if (!arguments.isGiven("--max-memory")) result.limits.memoryBudget = memoryBudget();
-  result.strict = arguments.isGiven("--strict");
-  result.quiet = arguments.isGiven("--quiet");
-  result.progress = !arguments.isGiven("--no-progress");
   withValue(arguments, "--color", [&](const auto& text) { return takeColor(text, result.color); });
   checkTogether(arguments, result);
   return result;

@@ -47,4 +47,11 @@ struct RunOptions {
 // Throws Failure for a command line that cannot be followed.
 RunOptions parseRunOptions(int argc, const char* const* argv);
 
+class ArgumentParser;
+
+// The options that say which files are read and how far, and those that only say how the run goes,
+// for commands that share them.
+void readInputOptions(const ArgumentParser& arguments, RunOptions& options);
+void readRunningOptions(const ArgumentParser& arguments, RunOptions& options);
+
 }  // namespace host

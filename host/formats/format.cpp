@@ -4,6 +4,7 @@
 #include <array>
 
 #include "formats/formatters.h"
+#include "formats/item_lines.h"
 
 namespace host {
 namespace {

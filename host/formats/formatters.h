@@ -25,7 +25,6 @@ std::string writeTreeFile(const FileReport& report, const FormatSettings& settin
 std::string writeOutlineFile(const FileReport& report, const FormatSettings& settings,
                              std::string& out);
 
-void beginCtags(const FormatSettings& settings, std::string& out);
 std::string writeCtagsFile(const FileReport& report, const FormatSettings& settings,
                            std::string& out);
 

@@ -10,9 +10,9 @@
 #include "formats/formatters.h"
 #include "formats/json_text.h"
 #include "formats/ndjson_lines.h"
+#include "formats/omitted_json.h"
 #include "formats/record_selection.h"
 #include "outline/item.h"
-#include "outline/omissions.h"
 #include "outline/outline.h"
 #include "records/record_reader.h"
 #include "records/status_words.h"
@@ -33,34 +33,6 @@ struct Outcome {
   std::string_view message;
 };
 
-void appendOmission(std::string& out, const outline::Omission& omission) {
-  out.append("{\"reason\":\"").append(outline::reasonWord(omission.reason)).append("\"");
-  const auto append = [&out](std::string_view key, std::int64_t number) {
-    out.append(",\"").append(key).append("\":");
-    appendNumber(out, number);
-  };
-  append("line", omission.line);
-  append("lines", omission.lines);
-  append("lineCount", omission.lineCount);
-  append("bytes", omission.bytes);
-  append("byteCount", omission.byteCount);
-  out += "}";
-}
-
-void appendOmitted(std::string& out, const FileReport& report) {
-  out += ",\"omitted\":";
-  if (report.omitted == nullptr || report.omitted->empty()) {
-    out += "null";
-    return;
-  }
-  char before = '[';
-  for (const outline::Omission& omission : *report.omitted) {
-    out += std::exchange(before, ',');
-    appendOmission(out, omission);
-  }
-  out += "]";
-}
-
 void appendFileMembers(std::string& out, const FileReport& report, const Outcome& outcome) {
   appendJsonMember(out, "path", report.path);
   out.append(",\"status\":\"").append(outcome.status).append("\",");
@@ -77,7 +49,12 @@ void appendFileMembers(std::string& out, const FileReport& report, const Outcome
   } else {
     out += "null";
   }
-  appendOmitted(out, report);
+  out += ",\"omitted\":";
+  if (report.omitted == nullptr || report.omitted->empty()) {
+    out += "null";
+  } else {
+    appendOmitted(out, *report.omitted);
+  }
 }
 
 // The filePath member of an answer's records, which is the same in all of them.
@@ -150,7 +127,25 @@ class Ranges {
       out += "null";
       return;
     }
-    const auto index = static_cast<std::size_t>(itemOf_[number]);
+    appendItem(out, static_cast<std::size_t>(itemOf_[number]));
+  }
+
+  // The items without a record, as a list.
+  void appendOthers(std::string& out) const {
+    char before = '[';
+    for (std::size_t index = 0; index < items_.size(); ++index) {
+      if (items_[index].record >= 0) continue;
+      out += std::exchange(before, ',');
+      appendItem(out, index);
+    }
+    if (before == '[') out += before;
+    out += "]";
+  }
+
+ private:
+  static constexpr std::int32_t kNone = -1;
+
+  void appendItem(std::string& out, std::size_t index) const {
     const outline::Item& item = items_[index];
     out += "{\"line\":";
     appendNumber(out, item.firstLine);
@@ -159,16 +154,21 @@ class Ranges {
     out.append(",\"kind\":\"").append(outline::kindWord(item.kind)).append("\",");
     appendJsonMember(out, "name", item.name);
     out += ",\"parent\":";
-    if (parents_[index] == kNone) {
-      out += "null";
-    } else {
-      appendNumber(out, parents_[index]);
-    }
+    appendNumberOrNull(out, parents_[index]);
+    out += ",\"item\":";
+    appendNumber(out, index);
+    out += ",\"container\":";
+    appendNumberOrNull(out, item.parent);
     out += "}";
   }
 
- private:
-  static constexpr std::int32_t kNone = -1;
+  static void appendNumberOrNull(std::string& out, std::int32_t number) {
+    if (number == kNone) {
+      out += "null";
+    } else {
+      appendNumber(out, number);
+    }
+  }
 
   // Of the item or, if it has no record, of the innermost item around it that has.
   std::int32_t nearestRecord(std::int32_t item) const {
@@ -206,6 +206,12 @@ class RecordsWriter {
 
   std::size_t count() const { return count_; }
 
+  // Ends the object of the file.
+  void end() {
+    if (settings_.ranges) out_.append(",\"unrecorded\":").append(others_.empty() ? "[]" : others_);
+    out_ += "}";
+  }
+
  private:
   // Appends a record but for its end, if it is asked for.
   bool append(std::string& text, const Record& record) {
@@ -242,6 +248,7 @@ class RecordsWriter {
       out_ += frame_.end;
       begin = end;
     }
+    ranges.appendOthers(others_);
     return fault;
   }
 
@@ -250,6 +257,7 @@ class RecordsWriter {
   RecordFrame frame_;
   RecordSelection selection_;
   PathMember path_;
+  std::string others_;  // the items without a record
   std::size_t count_ = 0;
 };
 
@@ -260,10 +268,10 @@ std::string appendJsonFile(std::string& out, const FileReport& report,
   appendFileMembers(out, report, outcome);
   out += ",\"records\":[";
   std::string fault;
-  if (report.status == FileStatus::kAnswered) {
-    fault = RecordsWriter(out, settings, {"\n{", ",\n{", "}"}).write(report);
-  }
-  out += "]}";
+  RecordsWriter records(out, settings, {"\n{", ",\n{", "}"});
+  if (report.status == FileStatus::kAnswered) fault = records.write(report);
+  out += "]";
+  records.end();
   return fault;
 }
 
@@ -305,14 +313,12 @@ std::string writeNdjsonFile(const FileReport& report, const FormatSettings& sett
                             std::string& out) {
   Outcome outcome{statusWord(report.status), report.message};
   std::string fault;
-  std::size_t recordCount = 0;
+  std::string lineStart(kRecordLineStart);
+  appendNumber(lineStart, report.index);
+  lineStart += ",";
+  RecordsWriter records(out, settings, {lineStart, lineStart, "}\n"});
   if (report.status == FileStatus::kAnswered) {
-    std::string lineStart(kRecordLineStart);
-    appendNumber(lineStart, report.index);
-    lineStart += ",";
-    RecordsWriter records(out, settings, {lineStart, lineStart, "}\n"});
     fault = records.write(report);
-    recordCount = records.count();
     if (!fault.empty()) outcome = {kUnreadableWord, fault};
   }
   out += kFileLineStart;
@@ -320,8 +326,9 @@ std::string writeNdjsonFile(const FileReport& report, const FormatSettings& sett
   out += ",";
   appendFileMembers(out, report, outcome);
   out += ",\"recordCount\":";
-  appendNumber(out, recordCount);
-  out += "}\n";
+  appendNumber(out, records.count());
+  records.end();
+  out += "\n";
   return fault;
 }
 

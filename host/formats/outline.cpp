@@ -14,6 +14,7 @@
 #include "formats/display_line.h"
 #include "formats/formatters.h"
 #include "formats/item_choice.h"
+#include "formats/item_lines.h"
 #include "formats/json_text.h"
 #include "formats/signature.h"
 #include "outline/item.h"
@@ -45,26 +46,25 @@ std::string rangeOf(const Item& item) {
   return text;
 }
 
-void showItem(const ChosenItem& chosen, std::string_view source, const outline::SourceLines& lines,
+}  // namespace
+
+void showItem(const Item& item, std::size_t level, std::string_view text,
               const FormatSettings& settings, std::string& out) {
-  const Item& item = *chosen.item;
   DisplayLine line(settings, out);
   line.showRight(rangeOf(item), kDim, kRangeColumns);
   line.skip(1);
   line.showLeft(outline::kindWord(item.kind), colorOf(item.kind), kKindColumns);
-  line.indent(chosen.level, kRangeColumns + 1 + kKindColumns);
+  line.indent(level, kRangeColumns + 1 + kKindColumns);
   if (item.name.empty()) {
-    std::string_view text = lines.text(item.firstLine);
+    text = text.substr(0, text.find_first_of("\r\n"));
     text.remove_prefix(std::min(text.find_first_not_of(" \t"), text.size()));
     line.show(text, "");
   } else {
     line.show(item.name, kBold);
-    line.show(signatureOf(item, source.substr(lines.begin(item.firstLine))), "");
+    line.show(signatureOf(item, text), "");
   }
   line.end();
 }
-
-}  // namespace
 
 std::string writeOutlineFile(const FileReport& report, const FormatSettings& settings,
                              std::string& out) {
@@ -75,7 +75,8 @@ std::string writeOutlineFile(const FileReport& report, const FormatSettings& set
   const outline::SourceLines lines(report.source);
   for (const ChosenItem& chosen : chooseItems(items, settings, false)) {
     if (settings.depth && chosen.level >= *settings.depth) continue;
-    showItem(chosen, report.source, lines, settings, out);
+    const std::string_view text = report.source.substr(lines.begin(chosen.item->firstLine));
+    showItem(*chosen.item, chosen.level, text, settings, out);
   }
   if (!fault.empty()) showFault(report.path, fault, settings, out);
   return fault;

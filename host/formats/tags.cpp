@@ -18,6 +18,7 @@
 
 #include "formats/formatters.h"
 #include "formats/item_choice.h"
+#include "formats/item_lines.h"
 #include "formats/json_text.h"
 #include "formats/signature.h"
 #include "formats/tag_path.h"
@@ -47,11 +48,35 @@ bool holdsControl(std::string_view text) {
   return std::any_of(text.begin(), text.end(), isControl);
 }
 
+void appendField(std::string& line, std::string_view key, std::int32_t number) {
+  line.append("\t").append(key).append(":");
+  appendNumber(line, number);
+}
+
+}  // namespace
+
 // A name that begins with an exclamation mark or a blank would be taken for a header or for none.
 bool isTag(const Item& item) {
   return letterOf(item.kind) != 0 && !item.name.empty() && item.name.size() <= kMaxNameBytes &&
          item.name.front() != '!' && item.name.front() != ' ' && !holdsControl(item.name);
 }
+
+bool fitsIntoTags(std::string_view path) { return !holdsControl(path); }
+
+std::string tagLine(const Item& item, std::string_view path, const Item* parent) {
+  std::string line = item.name;
+  line.append("\t").append(path).append("\t");
+  appendNumber(line, item.firstLine);
+  line.append(";\"\tkind:").append(1, letterOf(item.kind));
+  appendField(line, "line", item.firstLine);
+  if (parent != nullptr) {
+    line.append("\t").append(outline::kindWord(parent->kind)).append(":").append(parent->name);
+  }
+  appendField(line, "end", item.lastLine);
+  return line + "\n";
+}
+
+namespace {
 
 // The items that are tags, each with the one around it.
 std::vector<ChosenItem> chooseTags(const std::vector<Item>& items, const FormatSettings& settings) {
@@ -62,11 +87,6 @@ std::vector<ChosenItem> chooseTags(const std::vector<Item>& items, const FormatS
     if (!isTag(*parent.item)) each.parent = parent.parent;  // which is a tag, or none
   }
   return chosen;
-}
-
-void appendField(std::string& line, std::string_view key, std::int32_t number) {
-  line.append("\t").append(key).append(":");
-  appendNumber(line, number);
 }
 
 // The characters in front of lines, as Emacs counts them: a CR LF is one.
@@ -117,23 +137,15 @@ std::string writeCtagsFile(const FileReport& report, const FormatSettings& setti
   std::string fault;
   const std::vector<Item> items = outline::makeOutline(report.source, report.answer, &fault);
   const std::string path = pathFrom(settings.tagsFolder, report.path);
-  if (holdsControl(path)) return kUnfitPath;
+  if (!fitsIntoTags(path)) return kUnfitPath;
   const std::vector<ChosenItem> chosen = chooseTags(items, settings);
   std::vector<std::string> lines;
   for (const ChosenItem& each : chosen) {
     const Item& item = *each.item;
     if (!isTag(item)) continue;
-    std::string& line = lines.emplace_back(item.name);
-    line.append("\t").append(path).append("\t");
-    appendNumber(line, item.firstLine);
-    line.append(";\"\tkind:").append(1, letterOf(item.kind));
-    appendField(line, "line", item.firstLine);
-    if (each.parent >= 0) {
-      const Item& parent = *chosen[static_cast<std::size_t>(each.parent)].item;
-      line.append("\t").append(outline::kindWord(parent.kind)).append(":").append(parent.name);
-    }
-    appendField(line, "end", item.lastLine);
-    line += "\n";
+    const Item* const parent =
+        each.parent < 0 ? nullptr : chosen[static_cast<std::size_t>(each.parent)].item;
+    lines.push_back(tagLine(item, path, parent));
   }
   std::sort(lines.begin(), lines.end());
   lines.erase(std::unique(lines.begin(), lines.end()), lines.end());
@@ -147,7 +159,7 @@ std::string writeEtagsFile(const FileReport& report, const FormatSettings& setti
   std::string fault;
   const std::vector<Item> items = outline::makeOutline(report.source, report.answer, &fault);
   const std::string path = pathFrom(settings.tagsFolder, report.path);
-  if (holdsControl(path)) return kUnfitPath;
+  if (!fitsIntoTags(path)) return kUnfitPath;
   const outline::SourceLines lines(report.source);
   CharacterCount characters(report.source);
   std::string tags;

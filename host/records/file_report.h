@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+#include "system/file_times.h"
+
 namespace host {
 
 namespace outline {
@@ -37,6 +39,7 @@ struct FileReport {
   std::string_view source = {};   // the bytes that the module saw; only where the task wants them
   const std::vector<outline::Omission>* omitted = nullptr;  // what the answer leaves out, or null
   std::uint64_t sourceBytes = 0;
+  std::optional<FileTimes> times = {};  // of a regular file that stayed the same meanwhile
   std::optional<std::uint64_t> microseconds = {};  // only where the user asked for times
 };
 

@@ -46,12 +46,13 @@ void writeSorted(std::string_view text, Output& output) {
 class Batch {
  public:
   Batch(const WorkerTask& task, const RunOptions& options, const Diagnostics& diagnostics,
-        Output* output, AnswerDirectory* answerDirectory)
+        const Destination& destination)
       : task_(task),
         options_(options),
         diagnostics_(diagnostics),
-        output_(output),
-        answerDirectory_(answerDirectory),
+        output_(destination.output),
+        answerDirectory_(destination.directory),
+        taker_(destination.take),
         progress_(isProgressWanted(), task.inputs->reportCount),
         errors_(progress_.isShown()),
         pool_(task_, options.jobs, diagnostics.areKept()) {
@@ -67,7 +68,7 @@ class Batch {
     for (std::uint64_t index = 0; index < inputs.size(); ++index) take(index, inputs[index]);
     if (!pool_.finish(idleUntilTheEnd())) throw diagnostics_.failure();
     if (output_ != nullptr) finishOutput();
-    if (options_.strict && task_.inputs->reportCount == 0) {
+    if (options_.strict && task_.inputs->reportCount + task_.inputs->unchangedCount == 0) {
       printMessage("nothing to read");  // not about a single file, so --quiet keeps it
       warned_ = true;
     }
@@ -97,6 +98,7 @@ class Batch {
     const auto append = [&text](std::uint64_t some, std::string_view what) {
       if (some > 0) text.append(std::to_string(some)).append(what).append(", ");
     };
+    append(task_.inputs->unchangedCount, " unchanged");
     append(empty_, " empty");
     append(task_.inputs->skippedCount, " binary or ignored");
     append(failed_, " failed");
@@ -156,7 +158,11 @@ class Batch {
   // Returns false, with a message, if the answer cannot be written.
   bool deliver(const Input& input, const FileResult& result) {
     if (answerDirectory_ != nullptr) return deliverToFile(input, result);
-    deliverToOutput(result);
+    if (taker_) {
+      taker_(input, result);
+    } else {
+      deliverToOutput(result);
+    }
     return true;
   }
 
@@ -232,6 +238,7 @@ class Batch {
   const Diagnostics& diagnostics_;
   Output* output_;
   AnswerDirectory* answerDirectory_;
+  std::function<void(const Input&, const FileResult&)> taker_;
   Progress progress_;
   StderrRelay errors_;
   WorkerPool pool_;
@@ -247,8 +254,8 @@ class Batch {
 }  // namespace
 
 bool answerFiles(const WorkerTask& task, const RunOptions& options, const Diagnostics& diagnostics,
-                 Output* output, AnswerDirectory* answerDirectory) {
-  return Batch(task, options, diagnostics, output, answerDirectory).run();
+                 const Destination& destination) {
+  return Batch(task, options, diagnostics, destination).run();
 }
 
 }  // namespace host

@@ -2,18 +2,28 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 
 #include "cli/run_options.h"
 #include "run/answer_directory.h"
 #include "run/diagnostics.h"
 #include "run/output.h"
+#include "sources/input_list.h"
 #include "workers/worker.h"
+#include "workers/worker_pool.h"
 
 namespace host {
 
-// Has each file answered, in order, and reports those that fail. The texts go to output or to
-// answerDirectory; the other one is null. Returns false if the run counts as failed.
+// Where the results go: to one of the three.
+struct Destination {
+  Output* output = nullptr;
+  AnswerDirectory* directory = nullptr;
+  std::function<void(const Input&, const FileResult&)> take = {};
+};
+
+// Has each file answered, in order, and reports those that fail. Returns false if the run counts as
+// failed.
 bool answerFiles(const WorkerTask& task, const RunOptions& options, const Diagnostics& diagnostics,
-                 Output* output, AnswerDirectory* answerDirectory);
+                 const Destination& destination);
 
 }  // namespace host

@@ -152,8 +152,9 @@ int runFiles(const RunOptions& options) {
     task.wholeDocuments = true;
     task.writesOutput = true;
   }
-  const bool isGood = answerFiles(task, options, diagnostics, output ? &*output : nullptr,
-                                  answerDirectory ? &*answerDirectory : nullptr);
+  const bool isGood = answerFiles(task, options, diagnostics,
+                                  {.output = output ? &*output : nullptr,
+                                   .directory = answerDirectory ? &*answerDirectory : nullptr});
   if (output) output->close();
   return isGood ? kSuccess : kFileFailed;
 }

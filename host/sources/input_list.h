@@ -30,8 +30,9 @@ struct Input {
 struct Inputs {
   std::vector<Input> all;
   std::uint64_t reportCount = 0;
-  std::uint64_t fileCount = 0;     // of these, those for the module
-  std::uint64_t skippedCount = 0;  // binary files and entries that git ignores, met in walks
+  std::uint64_t fileCount = 0;       // of these, those for the module
+  std::uint64_t unchangedCount = 0;  // files that are left out, since they were read before
+  std::uint64_t skippedCount = 0;    // binary files and entries that git ignores, met in walks
 };
 
 inline constexpr const char* kIrregular = "not a regular file, skipped";

@@ -24,6 +24,7 @@
 #include "records/record_escapes.h"
 #include "system/display_text.h"
 #include "system/failure.h"
+#include "system/file_times.h"
 #include "system/io.h"
 #include "system/platform.h"
 #include "workers/plugin_module.h"
@@ -118,25 +119,16 @@ class FileState {
     return isRegular() ? static_cast<std::uint64_t>(status_.st_size) : 0;
   }
 
+  FileTimes times() const { return timesOf(status_); }
+
   // Whether a file with this state may hold other bytes than one with the other.
   bool differsFrom(const FileState& other) const {
     if (!isRegular() || !other.isRegular()) return isRegular() != other.isRegular();
-    const timespec& time = modifiedAt();
-    const timespec& otherTime = other.modifiedAt();
     return status_.st_size != other.status_.st_size || status_.st_ino != other.status_.st_ino ||
-           status_.st_dev != other.status_.st_dev || time.tv_sec != otherTime.tv_sec ||
-           time.tv_nsec != otherTime.tv_nsec;
+           status_.st_dev != other.status_.st_dev || times().modified != other.times().modified;
   }
 
  private:
-  const timespec& modifiedAt() const {
-#ifdef __APPLE__
-    return status_.st_mtimespec;
-#else
-    return status_.st_mtim;
-#endif
-  }
-
   struct stat status_ {};
   bool exists_;
 };
@@ -231,6 +223,7 @@ class Worker {
     report.sourceBytes = before.bytes();
     report.answer = {};
     report.source = {};
+    report.times.reset();
     frame.hasAnswer = false;
     frame.message.clear();
     if (!mayBeRead(input, before, report, frame)) return true;
@@ -239,7 +232,9 @@ class Worker {
       source_ = bytesOf(input.textPath(), before.bytes());
       report.source = source_;
     }
-    return !FileState(input.textPath()).differsFrom(before);
+    if (FileState(input.textPath()).differsFrom(before)) return false;
+    if (before.isRegular()) report.times = before.times();
+    return true;
   }
 
   // The module reads a file whole, so its size is checked first. So is its kind, which may have
