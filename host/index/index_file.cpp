@@ -206,12 +206,20 @@ void IndexFile::replace() {
   if (::fsync(directory_) != 0 && errno != EINVAL) throw systemFailure(name_, errno);
 }
 
-bool IndexFile::isOwn(const std::string& path) const {
-  const std::string_view name = std::string_view(path).substr(path.rfind('/') + 1);
-  if (name != file_ && name != file_ + ".tmp" && name != file_ + ".lock") return false;
+OwnFiles::OwnFiles(const std::string& index) {
+  const std::filesystem::path path = behindLinks(index);
+  folder_ = path.has_parent_path() ? path.parent_path().string() : ".";
+  name_ = path.filename().string();
+}
+
+bool OwnFiles::hold(const std::string& path) const {
+  const std::size_t slash = path.rfind('/');
+  const std::string_view name = std::string_view(path).substr(slash + 1);
+  if (name != name_ && name != name_ + ".tmp" && name != name_ + ".lock") return false;
+  const std::string folder =
+      slash == std::string::npos ? "." : path.substr(0, std::max<std::size_t>(slash, 1));
   std::error_code unseen;
-  const std::filesystem::path parent = std::filesystem::path(path).parent_path();
-  return std::filesystem::equivalent(parent.empty() ? "." : parent, folder_ + "/", unseen);
+  return std::filesystem::equivalent(folder, folder_, unseen);
 }
 
 }  // namespace host::index

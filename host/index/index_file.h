@@ -38,9 +38,6 @@ class IndexFile {
   // it is on disk.
   void replace();
 
-  // Whether the path is that of one of the three files.
-  bool isOwn(const std::string& path) const;
-
  private:
   void lock(IfLocked ifLocked);
   bool tryLock(IfLocked ifLocked);
@@ -53,6 +50,19 @@ class IndexFile {
   int directory_ = -1;
   int lock_ = -1;
   bool isBegun_ = false;
+};
+
+// The file of an index and those beside it that its writer makes.
+class OwnFiles {
+ public:
+  explicit OwnFiles(const std::string& index);
+
+  // Whether the path is that of one of them.
+  bool hold(const std::string& path) const;
+
+ private:
+  std::string folder_;
+  std::string name_;
 };
 
 }  // namespace host::index

@@ -29,6 +29,9 @@ std::vector<Match> Search::run() {
     searchNames("name = ?1");
   } else if (query_.nameMatch == NameMatch::kPrefix && !query_.name.empty()) {
     searchPrefix();
+  } else if (query_.nameMatch == NameMatch::kContains && isPlainText(query_.name)) {
+    // SQLite passes over most names sooner than they could be fetched.
+    searchNames("instr(name, ?1) > 0");
   } else if (query_.nameMatch != NameMatch::kAny) {
     searchNames("name IS NOT NULL");
   } else {
@@ -90,7 +93,9 @@ void Search::searchNames(const char* condition) {
                       std::string("SELECT id, kind, name FROM item INDEXED BY item_name "
                                   "WHERE name IS NOT NULL AND ") +
                           condition);
-  if (query_.nameMatch == NameMatch::kExact) statement.bind(0, query_.name);
+  if (std::string_view(condition).find("?1") != std::string_view::npos) {
+    statement.bind(0, query_.name);
+  }
   while (statement.step()) {
     consider(statement.number(0), statement.number(1), statement.text(2));
   }

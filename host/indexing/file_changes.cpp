@@ -9,6 +9,7 @@
 #include <unordered_set>
 
 #include "index/content_hash.h"
+#include "index/index_file.h"
 #include "records/status_words.h"
 #include "sources/binary_files.h"
 #include "system/failure.h"
@@ -140,12 +141,16 @@ FileChanges findChanges(KnownFiles known, Inputs found, const RunOptions& option
   return ChangeFinder(std::move(known), options).find(std::move(found));
 }
 
-Inputs inputsFor(const std::vector<std::string>& names, const WalkRules& rules) {
+Inputs inputsFor(const std::vector<std::string>& names, const WalkRules& rules,
+                 const std::string& index) {
   WalkRules all = rules;
   all.binary = true;
-  return findInputs(
+  Inputs inputs = findInputs(
       names, all,
       {.file = {}, .output = -1, .diagnosticsFile = {}, .diagnostics = -1, .directory = {}});
+  const index::OwnFiles own(index);
+  std::erase_if(inputs.all, [&own](const Input& input) { return own.hold(input.path); });
+  return inputs;
 }
 
 }  // namespace host::indexing

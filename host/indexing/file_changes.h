@@ -34,6 +34,8 @@ FileChanges findChanges(KnownFiles known, Inputs found, const RunOptions& option
 
 // All that the names lead to: binary files are left out by findChanges, which need not open those
 // that are known.
-Inputs inputsFor(const std::vector<std::string>& names, const WalkRules& rules);
+// The files of the index itself are left out.
+Inputs inputsFor(const std::vector<std::string>& names, const WalkRules& rules,
+                 const std::string& index);
 
 }  // namespace host::indexing

@@ -142,10 +142,7 @@ bool updateIndex(index::IndexFile& file, const Sources& sources, const Origin& o
   const std::int64_t startedAt = wallClock();
   const bool isNew = known.files.empty();
   const std::size_t knownCount = known.files.size();
-  Inputs found = inputsFor(sources.names, sources.options.walkRules);
-  std::erase_if(found.all, [&file](const Input& input) {
-    return input.kind != InputKind::kRefused && file.isOwn(input.path);
-  });
+  Inputs found = inputsFor(sources.names, sources.options.walkRules, file.path());
   const FileChanges changes = findChanges(std::move(known), std::move(found), sources.options);
   const bool isSame = changes.inputs.reportCount == 0 && changes.gone.empty() &&
                       changes.touched.empty() && isSameRecord && !isNew;

@@ -1,8 +1,11 @@
 // "quorl-js status".
 
+#include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <ctime>
+#include <filesystem>
 #include <map>
 #include <string>
 #include <string_view>
@@ -123,12 +126,13 @@ void reportContents(const IndexReader& known, const std::vector<KnownFile>& file
 
 // Returns whether there are any.
 bool reportChanges(const IndexReader& known, std::vector<KnownFile> files, Report& report) {
+  const std::string path = std::filesystem::absolute(known.database().name()).string();
   const indexing::Sources sources = indexing::recordedSources(known);
   const std::string reason = indexing::reasonToReadAll(known, indexing::originOf(sources.options));
   if (!reason.empty()) report.add("outdated", reason);
   const indexing::FileChanges changes = indexing::findChanges(
       {std::move(files), indexing::writtenAt(known)},
-      indexing::inputsFor(sources.names, sources.options.walkRules), sources.options);
+      indexing::inputsFor(sources.names, sources.options.walkRules, path), sources.options);
   bool areAny = !reason.empty();
   for (const Input& input : changes.inputs.all) {
     if (input.kind == InputKind::kPassedOver) continue;

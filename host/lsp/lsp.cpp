@@ -34,6 +34,7 @@ lsp::ServerOptions readOptions(const ArgumentParser& arguments) {
     if (!size) throw arguments.invalidValue("--max-size", *value);
     options.limits.sourceBytes = *size;
   }
+  options.indexFile = arguments.valueOf("--index");
   options.traceFile = arguments.valueOf("--trace");
   const auto plugin = arguments.valueOf("--plugin");
   options.plugin = plugin ? *plugin : findPlugin();

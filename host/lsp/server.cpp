@@ -39,6 +39,7 @@ Server::Server(const ServerOptions& options)
       scanLane_(taskOf(options, kBackgroundNiceness), siblings_),
       scan_(scanLane_, index_, connection_, options.limits.sourceBytes) {
   keepFreedMemory();  // for the next answer, which needs as much; workers inherit it
+  if (options.indexFile) indexSymbols_.emplace(*options.indexFile);
   for (OutlineLane* const lane : {&editorLane_, &scanLane_}) {
     lane->closeInWorkers({directory_.lock(), connection_.traceDescriptor()});
   }

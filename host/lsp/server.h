@@ -16,6 +16,7 @@
 #include "lsp/client_features.h"
 #include "lsp/connection.h"
 #include "lsp/documents.h"
+#include "lsp/index_symbols.h"
 #include "lsp/outline_lane.h"
 #include "lsp/private_directory.h"
 #include "lsp/workspace_index.h"
@@ -28,6 +29,7 @@ struct ServerOptions {
   std::string plugin;  // the module's path
   FileLimits limits;
   std::optional<std::string> traceFile;
+  std::optional<std::string> indexFile;  // that has the symbols of the workspace
 };
 
 class Server {
@@ -116,6 +118,7 @@ class Server {
   OutlineLane editorLane_;
   OutlineLane scanLane_;
   WorkspaceIndex index_;
+  std::optional<IndexSymbols> indexSymbols_;  // instead of what a scan finds
   WorkspaceScan scan_;
   Documents documents_;
   ClientFeatures features_;

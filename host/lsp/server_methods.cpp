@@ -124,6 +124,7 @@ void Server::watchClient(const Json& parameters) {
 }
 
 void Server::startScan(const Request&) {
+  if (indexSymbols_) return;
   if (features_.watchesFiles) registerForChanges();
   for (const std::string& folder : folders_) scan_.addFolder(folder);
   folders_.clear();
@@ -200,6 +201,7 @@ void Server::closeDocument(const Request& request) {
 }
 
 void Server::changeFolders(const Request& request) {
+  if (indexSymbols_) return;
   for (const std::string& path : pathsOf(findArray(request.parameters, {"event", "removed"}))) {
     scan_.removeFolder(path);
   }
@@ -338,6 +340,15 @@ void Server::answerSymbols(const Pending& pending) {
   for (const auto& [path, file] : index_.files()) {
     if (!std::binary_search(openPaths.begin(), openPaths.end(), path)) {
       search.add(file.uri, file.symbols);
+    }
+  }
+  std::list<std::string> uris;
+  if (indexSymbols_) {
+    const std::size_t most = SymbolSearch::kMaxResults;
+    for (const IndexSymbols::File& file : indexSymbols_->find(pending.query, most)) {
+      if (std::binary_search(openPaths.begin(), openPaths.end(), file.path)) continue;
+      symbols.emplace_back(file.outline);
+      search.add(uris.emplace_back(uriOfPath(file.path)), symbols.back());
     }
   }
   connection_.respond(pending.id,

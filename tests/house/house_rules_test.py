@@ -35,11 +35,14 @@ ROOMS = {
     "workers": {"system", "records", "outline", "sources", "formats", "plugin/plugin_api.h"},
     "cli": {"system", "sources", "formats", "outline/item.h", "records/labels.h",
             "workers/file_limits.h"},
-    "lsp": {"system", "records", "outline", "sources", "workers", "cli", "run/output.h",
+    "index": {"system", "records", "outline", "sources", "formats"},
+    "lsp": {"system", "records", "outline", "sources", "workers", "cli", "index", "run/output.h",
             "run/exit_status.h"},
     "run": {"system", "sources", "formats", "workers", "cli"},
     "merge": {"system", "records", "sources", "formats", "cli", "run/output.h",
               "run/exit_status.h"},
+    "indexing": {"system", "records", "outline", "sources", "formats", "workers", "cli", "index",
+                 "run", "merge"},
 }
 C_HEADER = "plugin/plugin_api.h"
 WRITER = ("src/base/stream_writer.h", "src/base/stream_writer.cpp")
