@@ -72,9 +72,12 @@ void Database::execute(const char* statements) const {
 }
 
 void Database::fail() const {
+  const int lastError = errno;
   const SqliteLibrary& library = sqlite();
   if (handle_ == nullptr) throw std::bad_alloc();
-  const int errorNumber = library.system_errno(handle_);
+  // SQLite does not note it for a COMMIT.
+  const int noted = library.system_errno(handle_);
+  const int errorNumber = noted != 0 ? noted : lastError;
   const int code = library.extended_errcode(handle_) & kCodeMask;
   switch (code) {
     case SQLITE_NOMEM:

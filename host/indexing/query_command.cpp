@@ -156,7 +156,8 @@ QueryOptions readOptions(const ArgumentParser& arguments) {
 // What an index may call the file: as given, or seen from the folder that its paths start from.
 std::vector<std::string> namesInIndex(const std::string& path, const IndexReader& known) {
   namespace fs = std::filesystem;
-  std::vector<std::string> names = {path};
+  const std::string plain = fs::path(path).lexically_normal().string();
+  std::vector<std::string> names = {path, plain, "./" + plain};
   std::error_code error;
   const fs::path here = fs::current_path(error);
   const std::vector<std::string> folder = known.meta("folder");
