@@ -85,14 +85,21 @@ struct Place {
 };
 
 constexpr std::array kPlaces = {
-    Place{"@SYNOPSIS@", synopses, kProgram},     Place{"@PURPOSE@", purpose, kProgram},
-    Place{"@OPTIONS@", options, kProgram},       Place{"@STATUSES@", statuses, kProgram},
-    Place{"@EXAMPLES@", examples, kProgram},     Place{"@MERGE_SYNOPSIS@", synopses, kMerge},
-    Place{"@MERGE_PURPOSE@", purpose, kMerge},   Place{"@MERGE_OPTIONS@", options, kMerge},
-    Place{"@MERGE_STATUSES@", statuses, kMerge}, Place{"@MERGE_EXAMPLES@", examples, kMerge},
-    Place{"@LSP_SYNOPSIS@", synopses, kLsp},     Place{"@LSP_PURPOSE@", purpose, kLsp},
-    Place{"@LSP_OPTIONS@", options, kLsp},       Place{"@LSP_STATUSES@", statuses, kLsp},
-    Place{"@LSP_EXAMPLES@", examples, kLsp},
+    Place{"@SYNOPSIS@", synopses, kProgram},       Place{"@PURPOSE@", purpose, kProgram},
+    Place{"@OPTIONS@", options, kProgram},         Place{"@STATUSES@", statuses, kProgram},
+    Place{"@EXAMPLES@", examples, kProgram},       Place{"@MERGE_SYNOPSIS@", synopses, kMerge},
+    Place{"@MERGE_PURPOSE@", purpose, kMerge},     Place{"@MERGE_OPTIONS@", options, kMerge},
+    Place{"@MERGE_STATUSES@", statuses, kMerge},   Place{"@MERGE_EXAMPLES@", examples, kMerge},
+    Place{"@LSP_SYNOPSIS@", synopses, kLsp},       Place{"@LSP_PURPOSE@", purpose, kLsp},
+    Place{"@LSP_OPTIONS@", options, kLsp},         Place{"@LSP_STATUSES@", statuses, kLsp},
+    Place{"@LSP_EXAMPLES@", examples, kLsp},       Place{"@INDEX_SYNOPSIS@", synopses, kIndex},
+    Place{"@INDEX_PURPOSE@", purpose, kIndex},     Place{"@INDEX_OPTIONS@", options, kIndex},
+    Place{"@INDEX_STATUSES@", statuses, kIndex},   Place{"@INDEX_EXAMPLES@", examples, kIndex},
+    Place{"@QUERY_SYNOPSIS@", synopses, kQuery},   Place{"@QUERY_PURPOSE@", purpose, kQuery},
+    Place{"@QUERY_OPTIONS@", options, kQuery},     Place{"@QUERY_STATUSES@", statuses, kQuery},
+    Place{"@QUERY_EXAMPLES@", examples, kQuery},   Place{"@STATUS_SYNOPSIS@", synopses, kStatus},
+    Place{"@STATUS_PURPOSE@", purpose, kStatus},   Place{"@STATUS_STATUSES@", statuses, kStatus},
+    Place{"@STATUS_EXAMPLES@", examples, kStatus},
 };
 
 }  // namespace

@@ -172,7 +172,10 @@ TEST_F(Completions, OfBash) {
       {"the other command", "me", "(-o filenames)melon.js merge"},
       {"a file that is no command", "merger", ""},
       {"another command", "ls", "(-o filenames)lsp"},
-      {"options of that", "lsp -", "--stdio --trace --plugin --timeout --max-size -h --help"},
+      {"options of that", "lsp -",
+       "--stdio --trace --index --plugin --timeout --max-size -h --help"},
+      {"the kinds of items", "query x --kind sta", "statement"},
+      {"options of index", "index --no-w", "--no-wait"},
       {"options of the other command", "merge -", "--files-from -0 --null -o --output -h --help"},
       {"files for it", "merge --files-from ''", ""},
       {"no command but as the first word", "f merge --n",
@@ -203,23 +206,24 @@ TEST_F(Completions, OfZsh) {
   // The specifications as zsh reads them out of the quotes.
   const std::string read =
       printedBy("zsh", "_arguments() { printf '%s\\n' \"$@\" }; . ./_quorl-js");
-  for (const std::string& line : Words{
-           "-S", "(-0 --null)-0[Split LIST at NUL bytes instead of line feeds]",
-           "(-0 --null)--null[Split LIST at NUL bytes instead of line feeds]",
-           "*--defines=[Add NAME to the record of defines]:NAME: ",
-           "*--only=[Print only records with this label, or items of this kind]:LABEL:_sequence "
-           "compadd - filepath "
-           "namespace class function logic loop classvar line define preprocessor htmlelement "
-           "link container error method constructor getter setter interface enum type variable "
-           "field module callback statement element script block",
-           "--format=[Choose the output format]:FORMAT:(raw json ndjson tree outline ctags etags)",
-           "--out-dir=[Write one output file per input file, to the directory DIR]:DIR:_files -/",
-           "(-j --jobs)-j+[Parse N files in parallel, 1 to 256]:N: ",
-           "(-j --jobs)--jobs=[Parse N files in parallel, 1 to 256]:N: ",
-           "--color=[Color outline and tree]:WHEN:(auto always never)", diagnostics,
-           "(-h --help)--help[Print this help]", "*:FILE:_files",
-           R"x(1:FILE or command:{_alternative "commands\:command\:(merge lsp)" )x"
-           R"x("files\:file\:_files"})x"}) {
+  for (
+      const std::string& line : Words{
+          "-S", "(-0 --null)-0[Split LIST at NUL bytes instead of line feeds]",
+          "(-0 --null)--null[Split LIST at NUL bytes instead of line feeds]",
+          "*--defines=[Add NAME to the record of defines]:NAME: ",
+          "*--only=[Print only records with this label, or items of this kind]:LABEL:_sequence "
+          "compadd - filepath "
+          "namespace class function logic loop classvar line define preprocessor htmlelement "
+          "link container error method constructor getter setter interface enum type variable "
+          "field module callback statement element script block",
+          "--format=[Choose the output format]:FORMAT:(raw json ndjson tree outline ctags etags)",
+          "--out-dir=[Write one output file per input file, to the directory DIR]:DIR:_files -/",
+          "(-j --jobs)-j+[Parse N files in parallel, 1 to 256]:N: ",
+          "(-j --jobs)--jobs=[Parse N files in parallel, 1 to 256]:N: ",
+          "--color=[Color outline and tree]:WHEN:(auto always never)", diagnostics,
+          "(-h --help)--help[Print this help]", "*:FILE:_files",
+          R"x(1:FILE or command:{_alternative "commands\:command\:(merge lsp index query status)" )x"
+          R"x("files\:file\:_files"})x"}) {
     EXPECT_NE(("\n" + read).find("\n" + line + "\n"), std::string::npos) << line << "\nis not in\n"
                                                                          << read;
   }
@@ -277,6 +281,10 @@ TEST_F(Completions, OfFish) {
       {"quorl-js folder/f.js me", ""},
       {"quorl-js merge --n", "--null\tSplit LIST at NUL bytes instead of line feeds\n"},
       {"quorl-js merge folder/", "folder/f.js\n"},
+      {"quorl-js que", "query\tPrint what an index has\n"},
+      {"quorl-js query --c",
+       "--color\tColor outline\n--contains\tPrint items whose name contains TEXT\n"
+       "--count\tPrint the number of items instead of the items\n"},
       {"quorl-js ls", "lsp\tServe an editor by the Language Server Protocol\n"},
       {"quorl-js lsp --t",
        "--timeout\tGive up on a file after SECONDS\n--trace\tLog every message to FILE\n"},
@@ -300,11 +308,13 @@ TEST_F(ManualPage, HasItsSections) {
   }
   EXPECT_EQ(sections, (Words{"NAME", "SYNOPSIS", "DESCRIPTION", "WHICH FILES ARE READ", "LIMITS",
                              "TEXT LEFT OUT", "OUTPUT FILES", "OPTIONS", "EXIT STATUS", "MERGE",
-                             "LSP", "FILES", "EXAMPLES", "SEE ALSO"}));
+                             "LSP", "INDEX", "QUERY", "STATUS", "FILES", "EXAMPLES", "SEE ALSO"}));
   for (const char* text :
        {"\n*quorl-js* _FILE_... [_OPTION_]...++\n",
         "\n*quorl-js* *--files-from* _LIST_ [_FILE_]... [_OPTION_]...++\n",
-        "\n*quorl-js* *merge* _SHARD_... [_OPTION_]...++\n", "\n*quorl-js* *lsp* [_OPTION_]...\n",
+        "\n*quorl-js* *merge* _SHARD_... [_OPTION_]...++\n", "\n*quorl-js* *lsp* [_OPTION_]...++\n",
+        "\n*quorl-js* *status* _INDEX_\n", "\n*quorl-js* *query* _INDEX_... [_OPTION_]...\n",
+        "\n*--at* _FILE:LINE_\n\tPrint the items that contain the line",
         "\n*--trace* _FILE_\n\tLog every message to FILE.",
         "\n*-j*, *--jobs* _N_\n\tParse N files in parallel",
         "\n*-0*, *--null*\n\tSplit LIST at NUL bytes instead of line feeds.\n\n",

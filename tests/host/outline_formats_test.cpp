@@ -215,11 +215,14 @@ TEST_F(Ranges, StandInEachRecord) {
   };
   EXPECT_EQ(valueOf("view.js"), "null");
   EXPECT_EQ(valueOf("let count"),
-            R"({"line":1,"endLine":1,"kind":"variable","name":"count","parent":null})");
+            R"({"line":1,"endLine":1,"kind":"variable","name":"count","parent":null,)"
+            R"("item":0,"container":null})");
   EXPECT_EQ(valueOf("class View"),
-            R"({"line":2,"endLine":8,"kind":"class","name":"View","parent":null})");
+            R"({"line":2,"endLine":8,"kind":"class","name":"View","parent":null,)"
+            R"("item":1,"container":null})");
   EXPECT_EQ(valueOf("let inner"),
-            R"({"line":6,"endLine":6,"kind":"variable","name":"inner","parent":7})");
+            R"({"line":6,"endLine":6,"kind":"variable","name":"inner","parent":7,)"
+            R"("item":5,"container":4})");
   std::string without;
   for (std::size_t at = 0; at < text.size();) {
     const std::size_t begin = text.find(",\"source\":", at);
@@ -227,14 +230,32 @@ TEST_F(Ranges, StandInEachRecord) {
     if (begin == std::string::npos) break;
     at = text.find('\n', begin) - 1;
   }
+  const std::size_t others = without.find(",\"unrecorded\":[]}");
+  ASSERT_NE(others, std::string::npos) << without;
+  without.erase(others, without.size() - others - 2);
   EXPECT_EQ(without, plain) << "nothing else changes";
+}
+
+// A private method has no record; its number and that of the class are those of the outline.
+TEST_F(Ranges, ListItemsWithoutARecord) {
+  writeFile("a.js", "class A {\n  #b() {\n    c();\n  }\n}\n");
+  const std::string item =
+      R"({"line":2,"endLine":4,"kind":"method","name":"#b","parent":3,"item":1,"container":0})";
+  const std::string inside =
+      R"("source":{"line":3,"endLine":3,"kind":"statement","name":"","parent":3,"item":2,)"
+      R"("container":1}})";
+  for (const std::string format : {"json", "ndjson"}) {
+    const std::string text = outOf({"a.js", "--format=" + format, "--ranges"});
+    EXPECT_NE(text.find(",\"unrecorded\":[" + item + "]}"), std::string::npos) << text;
+    EXPECT_NE(text.find(inside), std::string::npos) << text;
+  }
 }
 
 TEST_F(Ranges, StandInJsonToo) {
   writeFile("a.js", "f();\n");
   const std::string text = outOf({"a.js", "--format=json", "--ranges"});
   EXPECT_NE(text.find(R"("calloutIDs":[],"source":{"line":1,"endLine":1,"kind":"statement",)"
-                      R"("name":"","parent":null}}]})"),
+                      R"("name":"","parent":null,"item":0,"container":null}}],"unrecorded":[]})"),
             std::string::npos)
       << text;
 }
