@@ -24,8 +24,7 @@ _quorl_js() {
     fi
 )";
 
-constexpr std::string_view kBashClosing = R"(    esac
-}
+constexpr std::string_view kBashClosing = R"(}
 
 complete -o default -F _quorl_js quorl-js
 )";
@@ -67,6 +66,19 @@ std::string namesOf(const Command& command) {
   return names;
 }
 
+// What is offered behind an option with a value, and else the names of the options.
+std::string bashCases(const Command& command, const std::string& indent) {
+  std::string script = indent + "case $option in\n";
+  for (const Option& option : command.options) {
+    if (option.argument.empty()) continue;
+    script += indent + "    ";
+    if (!option.shortName.empty()) script.append(option.shortName).append(" | ");
+    script.append(option.name).append(") ").append(bashAction(option)).append(" ;;\n");
+  }
+  script += indent + "    *) [[ $current == -* ]] && " + bashReply(namesOf(command)) + " ;;\n";
+  return script + indent + "esac\n";
+}
+
 }  // namespace
 
 std::string bashCompletion() {
@@ -76,7 +88,7 @@ std::string bashCompletion() {
     const std::string word(each.word);
     words += (words.empty() ? "" : " ") + word;
     script += "    if [[ ${COMP_WORDS[1]} == " + word + " && $COMP_CWORD -gt 1 ]]; then\n";
-    script += "        [[ $current == -* ]] && " + bashReply(namesOf(each.command)) + "\n";
+    script += bashCases(each.command, "        ");
     script += "        return\n    fi\n";
   }
   script +=
@@ -89,14 +101,8 @@ std::string bashCompletion() {
       "        mapfile -t COMPREPLY < <(compgen -W '" +
       words +
       "' -f -- \"$current\")\n"
-      "        return\n    fi\n    case $option in\n";
-  for (const Option& option : kProgram.options) {
-    if (option.argument.empty()) continue;
-    script += "        ";
-    if (!option.shortName.empty()) script.append(option.shortName).append(" | ");
-    script.append(option.name).append(") ").append(bashAction(option)).append(" ;;\n");
-  }
-  script += "        *) [[ $current == -* ]] && " + bashReply(namesOf(kProgram)) + " ;;\n";
+      "        return\n    fi\n";
+  script += bashCases(kProgram, "    ");
   return script.append(kBashClosing);
 }
 

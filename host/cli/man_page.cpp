@@ -20,7 +20,7 @@ std::string bold(std::string_view text) { return "*" + plain(text) + "*"; }
 // A command line or label: placeholders, which are words in capitals, underlined and others bold.
 std::string markedUp(std::string_view synopsis) {
   constexpr std::string_view kCapitals = "ABCDEFGHIJKLMNOPQRSTUVWXYZ";
-  constexpr std::string_view kNeither = " .,[]";
+  constexpr std::string_view kNeither = " .,:[]";
   std::string result;
   while (!synopsis.empty()) {
     const bool isPlaceholder = kCapitals.find(synopsis.front()) != std::string_view::npos;
