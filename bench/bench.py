@@ -1,11 +1,13 @@
 """Runs the benchmarks and prints tables.
 
-usage: bench.py [--filter REGEX] [--rounds N] [--against REV | --peers | --many | --lsp [--edits N]]
+usage: bench.py [--filter REGEX] [--rounds N] [--against REV | --peers | --many | --index |
+                --lsp [--edits N]]
 
-Without the last four: whole runs of the module by route and size, small files, and the steps of
+Without the last five: whole runs of the module by route and size, small files, and the steps of
 a run one by one. --against: whole runs of the module as it is and as it was at REV, alternately.
 --peers: whole processes of quorl-js and of other programs, alternately. --many: runs of quorl-js
-over ten thousand files, alternately with one worker and with two. --lsp: edits of a script, with the
+over ten thousand files, alternately with one worker and with two. --index: an index of these files,
+beside ndjson and universal-ctags. --lsp: edits of a script, with the
 language server and another one alternately; more than 1,000 without the other. Every figure is the median of
 the rounds. Build the programs first (./dev bench does).
 """
@@ -17,6 +19,7 @@ import subprocess
 import sys
 import tempfile
 
+import index
 import lsp
 import many
 import peers
@@ -173,6 +176,16 @@ def print_many(cache, rounds):
                 many.measure_starts(listing, quorl_js))
 
 
+def print_index(cache, rounds):
+    work = index.Index(cache, BUILD / "bin" / "quorl-js", rounds)
+    title = "%d files, %.1f MB in all" % (len(work.names), work.bytes * 1e-6)
+    rows, ratios = work.compare()
+    print_table(title + ", whole runs", index.TIME_HEADS, rows)
+    print_table("A full build", index.RATIO_HEADS, ratios)
+    print_table("The index at hand, each a whole process", index.TIME_HEADS, work.ask())
+    print_table("Growth: full builds, the least of the rounds", index.GROWTH_HEADS, work.grow())
+
+
 def print_lsp(cache, options):
     with_peer = options.edits <= MOST_EDITS_WITH_PEER
     lines, rows = lsp.compare(cache, BUILD / "bin" / "quorl-js", options.edits, with_peer)
@@ -189,12 +202,16 @@ def main():
     kind.add_argument("--against", metavar="REV", help="compare with an earlier commit")
     kind.add_argument("--peers", action="store_true", help="compare with other programs")
     kind.add_argument("--many", action="store_true", help="run over ten thousand files")
+    kind.add_argument("--index", action="store_true", help="index ten thousand files, and ask it")
     kind.add_argument("--lsp", action="store_true", help="edit a script with the language server")
     parser.add_argument("--edits", type=int, default=200, help="edits with --lsp (default: 200)")
     options = parser.parse_args()
     cache = cache_folder()
     if options.many:
         print_many(cache, options.rounds)
+        return
+    if options.index:
+        print_index(cache, options.rounds)
         return
     if options.lsp:
         print_lsp(cache, options)
