@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <limits>
+#include <cstring>
 #include <string_view>
 
 #include "index/schema.h"
@@ -18,6 +18,44 @@ std::string endOfPrefix(std::string prefix) {
   if (!prefix.empty()) ++prefix.back();
   return prefix;
 }
+
+// Finds a text in many short ones: by the byte of it that source code has least of.
+class TextFinder {
+ public:
+  // The text has to outlive it.
+  explicit TextFinder(std::string_view text) : text_(text) {
+    for (std::size_t at = 0; at < text.size(); ++at) {
+      if (frequency(text[at]) < frequency(text[rarest_])) rarest_ = at;
+    }
+  }
+
+  bool isIn(std::string_view whole) const {
+    if (text_.empty()) return true;
+    if (whole.size() < text_.size()) return false;
+    const char* next = whole.data() + rarest_;
+    const char* const end = whole.data() + whole.size() - (text_.size() - rarest_ - 1);
+    while (next < end) {
+      const void* const found =
+          std::memchr(next, text_[rarest_], static_cast<std::size_t>(end - next));
+      if (found == nullptr) return false;
+      const char* const at = static_cast<const char*>(found);
+      if (std::memcmp(at - rarest_, text_.data(), text_.size()) == 0) return true;
+      next = at + 1;
+    }
+    return false;
+  }
+
+ private:
+  // Roughly, the more the later in the list; what is not there is rare.
+  static std::size_t frequency(char byte) {
+    constexpr std::string_view kByFrequency = "kbvgymfph()dlu.csnraoite ";
+    const std::size_t place = kByFrequency.find(byte);
+    return place == std::string_view::npos ? 0 : place + 1;
+  }
+
+  std::string_view text_;
+  std::size_t rarest_ = 0;
+};
 
 }  // namespace
 
@@ -124,28 +162,36 @@ void Search::searchPrefix() {
 
 void Search::searchRanges() {
   const char* const columns =
-      query_.text ? "SELECT id, kind, name, text FROM item " : "SELECT id, kind, name FROM item ";
+      query_.text ? "SELECT id, kind, text FROM item " : "SELECT id, kind FROM item ";
+  if (!query_.inside && query_.paths == nullptr) {
+    Statement all(index_.database(), columns);
+    searchRows(all);
+    return;
+  }
   Statement statement(index_.database(),
                       std::string(columns) + "WHERE id BETWEEN ? AND ? ORDER BY id");
   if (query_.inside) {
     for (const Range& range : inside_) searchRange(statement, range);
-  } else if (query_.paths != nullptr) {
+  } else {
     for (const KnownFile& file : index_.files()) {
       if (!selectsPath(*query_.paths, file.path)) continue;
       paths_[file.id] = true;
       searchRange(statement, {itemId(file.id, 0), itemId(file.id, kLastNumber)});
     }
-  } else {
-    searchRange(statement, {0, std::numeric_limits<std::int64_t>::max()});
   }
 }
 
 void Search::searchRange(Statement& statement, const Range& range) {
   statement.bind(0, range.first);
   statement.bind(1, range.second);
+  searchRows(statement);
+}
+
+void Search::searchRows(Statement& statement) {
+  const TextFinder finder(query_.text ? std::string_view(*query_.text) : std::string_view());
   while (statement.step()) {
-    if (query_.text && statement.text(3).find(*query_.text) == std::string_view::npos) continue;
-    consider(statement.number(0), statement.number(1), statement.text(2));
+    if (query_.text && !finder.isIn(statement.text(2))) continue;
+    consider(statement.number(0), statement.number(1), {});
   }
 }
 

@@ -52,6 +52,7 @@ class Search {
   void searchPrefix();
   void searchRanges();
   void searchRange(Statement& statement, const Range& range);
+  void searchRows(Statement& statement);
   void consider(std::int64_t id, std::int64_t kind, std::string_view name);
   bool holdsText(std::int64_t id);
   bool isInside(std::int64_t id) const;

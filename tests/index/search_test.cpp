@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "index/index_writer.h"
@@ -123,6 +124,21 @@ TEST_F(SearchTest, FindsKindsTextsAndPaths) {
   EXPECT_EQ(found(query), "1:2 2:1");
   query.text = "100%";
   EXPECT_EQ(found(query), "1:2");
+  // At the end, at the beginning, as a whole, longer than any, and nothing.
+  for (const auto& [text, items] :
+       std::vector<std::pair<std::string, std::string>>{{");", "1:2 2:1"},
+                                                        {"water", "1:2 2:1"},
+                                                        {"let tree;", "1:5"},
+                                                        {"water(100%);;", ""},
+                                                        {"tree", "1:5"},
+                                                        {"eaf", "1:3 1:4 1:6 2:0"},
+                                                        {"(1)", "2:1"}}) {
+    query.text = text;
+    EXPECT_EQ(found(query), items) << text;
+  }
+  query.text = "";
+  query.paths = &lib;
+  EXPECT_EQ(found(query), "2:0 2:1");
 }
 
 TEST_F(SearchTest, FindsWhatIsInside) {
