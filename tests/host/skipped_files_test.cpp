@@ -269,6 +269,7 @@ TEST_F(IgnoredFiles, NeedLibgit2OnlyWhereARepositoryIs) {
     }
     fs::remove_all(told);
     EXPECT_NE(all.find("libc.so"), std::string::npos);
+    EXPECT_EQ(all.find("libsqlite3"), std::string::npos) << "only an index needs it";
     return all.find("libgit2") != std::string::npos;
   };
   EXPECT_FALSE(isLoaded({"tree/a.js"}));

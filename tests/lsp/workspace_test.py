@@ -212,6 +212,52 @@ def test_requests_are_not_delayed():
         assert one.end() == 0
 
 
+def build_index(folder):
+    subprocess.run([SERVER, "index", "../code.index", "-q", "-r", "."], cwd=folder, check=True)
+
+
+def test_an_index_instead_of_a_scan():
+    folder = fresh("index/tree", {"a.js": "class View {\n  render() {\n  }\n}\n",
+                                  "b.js": "let preview = 1;\n// x\nfunction view() {\n}\n"})
+    build_index(folder)
+    plugin = ("--plugin", PLUGIN)
+    with client("--index", folder / "../code.index", *plugin) as one:
+        one.initialize(PROGRESS, [folder])
+        # Exact ones first, whatever their case; and what is open counts before its file.
+        assert search(one, "view") == [("View", "a.js"), ("view", "b.js"), ("preview", "b.js")]
+        found = one.request("workspace/symbol", {"query": "render"})
+        assert found == [{"name": "render", "kind": 6, "containerName": "View", "location": {
+            "uri": uri_of(folder / "a.js"),
+            "range": {"start": {"line": 1, "character": 0},
+                      "end": {"line": 1, "character": 0}}}}], found
+        assert search(one, "100%") == []
+        assert len(search(one, "")) == 4
+        uri = uri_of(folder / "b.js")
+        one.notify("textDocument/didOpen", {"textDocument": {
+            "uri": uri, "languageId": "javascript", "version": 1, "text": "let viewed;\n"}})
+        assert search(one, "view") == [("View", "a.js"), ("viewed", "b.js")]
+        one.notify("textDocument/didClose", {"textDocument": {"uri": uri}})
+        assert search(one, "preview") == [("preview", "b.js")]
+        # The index is opened again when it has been replaced, and kept when what is there is none.
+        (folder / "c.js").write_text("class Fresh {\n}\n")
+        assert search(one, "fresh") == []
+        build_index(folder)
+        assert search(one, "fresh") == [("Fresh", "c.js")]
+        index = folder / "../code.index"
+        index.unlink()
+        assert search(one, "fresh") == [("Fresh", "c.js")]
+        index.write_text("no index")
+        assert search(one, "fresh") == [("Fresh", "c.js")]
+        index.unlink()
+        (folder / "c.js").unlink()
+        build_index(folder)
+        assert search(one, "fresh") == []
+        assert not [note for note in one.notes if progress(note)]
+    done = subprocess.run([SERVER, "lsp", "--index", "gone.index"], check=False,
+                          stdin=subprocess.DEVNULL, capture_output=True)
+    assert done.returncode == 2 and done.stderr.endswith(b"gone.index: No such file or directory\n")
+
+
 def main():
     FOLDER.mkdir(parents=True, exist_ok=True)
     lsp_client.run_tests(globals())
