@@ -52,11 +52,10 @@ Database::Database(const std::string& path, Opened how, std::string name) : name
   const int status = library.open_v2(file.c_str(), &handle_, flags, nullptr);
   try {
     if (status != SQLITE_OK) fail();
-    if (how == Opened::kToRead) {
-      library.db_config(handle_, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
-      library.db_config(handle_, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
-      execute("PRAGMA cell_size_check = ON");
-    }
+    // Also what is built upon may be a file that somebody else has made.
+    library.db_config(handle_, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+    library.db_config(handle_, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+    execute("PRAGMA cell_size_check = ON");
   } catch (const Failure&) {
     library.close(handle_);
     throw;

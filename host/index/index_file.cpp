@@ -138,9 +138,9 @@ bool IndexFile::tryLock(IfLocked ifLocked) {
   if (descriptor < 0) throw systemFailure(name_ + ".lock", errno);
   if (ifLocked == IfLocked::kWait) {
     lockFile(descriptor);
-  } else if (!tryLockFile(descriptor)) {
-    const Descriptor closed(descriptor);
-    if (errno == EWOULDBLOCK) failAsLocked();
+  } else if (!tryLockFile(descriptor) && errno == EWOULDBLOCK) {
+    ::close(descriptor);
+    failAsLocked();
   }
   if (isStillAt(descriptor, directory_, name.c_str())) {
     lock_ = descriptor;

@@ -129,7 +129,9 @@ Format checkFormat(const Database& database) {
                   std::to_string(kFormatVersion) + ")");
   }
   if (version < kFormatVersion) return Format::kOlder;
+  Statement triggers(database, "SELECT 1 FROM sqlite_schema WHERE type = 'trigger'");
   const bool areAllGenuine =
+      !triggers.step() &&
       std::all_of(kTables.begin(), kTables.end(),
                   [&](const Table& table) { return isGenuine(database, table); }) &&
       isGenuine(database, {"item_name", kNameIndex});

@@ -262,18 +262,18 @@ class FileLines {
     row_.message = textOf(json, "message", "messageBytes");
     row_.size = numberOf(json, "sourceBytes").value_or(0);
     row_.records = numberOf(json, "recordCount").value_or(0);
-    const auto omitted = json.FindMember("omitted");
-    if (omitted != json.MemberEnd() && omitted->value.IsArray()) {
+    const Json::ValueType* const omitted = memberOf(json, "omitted");
+    if (omitted != nullptr && omitted->IsArray()) {
       rapidjson::StringBuffer text;
       rapidjson::Writer<rapidjson::StringBuffer> writer(text);
-      omitted->value.Accept(writer);
+      omitted->Accept(writer);
       row_.omitted = text.GetString();
     }
-    const auto others = json.FindMember("unrecorded");
-    if (others == json.MemberEnd() || !others->value.IsArray()) {
+    const Json::ValueType* const others = memberOf(json, "unrecorded");
+    if (others == nullptr || !others->IsArray()) {
       fail("a file without the key unrecorded; write it with --ranges");
     }
-    for (const auto& other : others->value.GetArray()) takeUnrecorded(other);
+    for (const auto& other : others->GetArray()) takeUnrecorded(other);
   }
 
   void takeUnrecorded(const Json::ValueType& json) {
@@ -288,23 +288,28 @@ class FileLines {
     items_.push_back(std::move(item));
   }
 
+  // Null if there is none.
+  static const Json::ValueType* memberOf(const Json::ValueType& json, const char* key) {
+    return json.HasMember(key) ? &json[key] : nullptr;
+  }
+
   std::optional<std::string> textOf(const Json::ValueType& json, const char* key,
                                     const char* bytesKey) const {
-    const auto text = json.FindMember(key);
-    if (text == json.MemberEnd() || !text->value.IsString()) return std::nullopt;
-    std::string result(text->value.GetString(), text->value.GetStringLength());
-    const auto bytes = json.FindMember(bytesKey);
-    if (bytes != json.MemberEnd() && bytes->value.IsString() &&
-        !decodeBase64({bytes->value.GetString(), bytes->value.GetStringLength()}, result)) {
+    const Json::ValueType* const text = memberOf(json, key);
+    if (text == nullptr || !text->IsString()) return std::nullopt;
+    std::string result(text->GetString(), text->GetStringLength());
+    const Json::ValueType* const bytes = memberOf(json, bytesKey);
+    if (bytes != nullptr && bytes->IsString() &&
+        !decodeBase64({bytes->GetString(), bytes->GetStringLength()}, result)) {
       fail(std::string(bytesKey) + " is not base64");
     }
     return result;
   }
 
   static std::optional<std::int64_t> numberOf(const Json::ValueType& json, const char* key) {
-    const auto number = json.FindMember(key);
-    if (number == json.MemberEnd() || !number->value.IsInt64()) return std::nullopt;
-    return number->value.GetInt64();
+    const Json::ValueType* const number = memberOf(json, key);
+    if (number == nullptr || !number->IsInt64()) return std::nullopt;
+    return number->GetInt64();
   }
 
   // The items have to be those of a whole outline: each of them once, in an order in which the

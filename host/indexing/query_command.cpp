@@ -4,10 +4,9 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
+#include <climits>
 #include <cstdlib>
 #include <filesystem>
-#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
@@ -22,7 +21,6 @@
 #include "cli/suggestion.h"
 #include "cli/value_parsers.h"
 #include "formats/item_lines.h"
-#include "formats/json_text.h"
 #include "index/index_reader.h"
 #include "index/name_pattern.h"
 #include "index/schema.h"

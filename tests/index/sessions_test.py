@@ -352,6 +352,11 @@ def test_no_index():
         database.execute("PRAGMA user_version = 2")
     refused("quorl-js: ../bad: of index format 2, which this version of quorl-js does not know (it "
             "knows 1)\n")
+    # What would run with the next change.
+    bad.write_bytes(whole)
+    with sqlite3.connect(bad) as database:
+        database.execute("CREATE TRIGGER t AFTER DELETE ON item BEGIN DELETE FROM file; END")
+    refused("quorl-js: ../bad: its tables are not those of an index\n")
     # A view that never ends in place of a table.
     bad.write_bytes(whole)
     with sqlite3.connect(bad) as database:
