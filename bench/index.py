@@ -125,17 +125,16 @@ class Index:
     def grow(self):
         """The same files once more and once more, by links."""
         rows = []
+        names = [name for name in self.names if (self.tree / name).exists()]
         for count in GROWTH:
             folder = self.scratch / ("grow-%d" % count)
             size = 0
             for number in range(count):
                 # Every tenth for a thousand, so that the files are of the same kind.
-                name = self.names[number * len(self.names) // GROWTH[0] if count == GROWTH[0]
-                                  else number % len(self.names)]
-                target = folder / str(number // len(self.names)) / name
+                name = names[number * len(names) // count if count < len(names)
+                             else number % len(names)]
+                target = folder / str(number // len(names)) / name
                 target.parent.mkdir(parents=True, exist_ok=True)
-                if not (self.tree / name).exists():
-                    continue
                 os.link(self.tree / name, target)
                 size += target.stat().st_size
             index = self.scratch / "grow.index"
