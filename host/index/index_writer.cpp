@@ -1,5 +1,7 @@
 #include "index/index_writer.h"
 
+#include <array>
+#include <cstddef>
 #include <utility>
 
 #include "index/schema.h"
@@ -30,13 +32,24 @@ const Database& prepared(const Database& database) {
   return database;
 }
 
+constexpr std::size_t kRowsAtOnce = 16;
+constexpr int kItemColumns = 9;
+
+std::string insertText(std::size_t rows) {
+  std::string text =
+      "INSERT INTO item (id, kind, label, line, more, parent, record, name, text) VALUES ";
+  for (std::size_t row = 0; row < rows; ++row) {
+    text += row == 0 ? "(?, ?, ?, ?, ?, ?, ?, ?, ?)" : ", (?, ?, ?, ?, ?, ?, ?, ?, ?)";
+  }
+  return text;
+}
+
 }  // namespace
 
 IndexWriter::IndexWriter(const std::string& path, std::string name)
     : database_(path, Opened::kToBuild, std::move(name)),
-      insertItem_(prepared(database_),
-                  "INSERT INTO item (id, kind, label, line, more, parent, record, name, text) "
-                  "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)"),
+      insertItem_(prepared(database_), insertText(1)),
+      insertItems_(database_, insertText(kRowsAtOnce)),
       deleteItems_(database_, "DELETE FROM item WHERE id BETWEEN ? AND ?"),
       putFile_(database_, "INSERT OR REPLACE INTO file VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
       deleteFile_(database_, "DELETE FROM file WHERE id = ?"),
@@ -72,9 +85,8 @@ void IndexWriter::dropNameIndex() {
 void IndexWriter::putFile(std::int64_t file, std::string_view path, const FileRow& row,
                           const NextItem& next) {
   if (file <= largestOld_) removeItems(file);
-  ItemRow item;
   std::int64_t count = 0;
-  while (next(item)) putItem(itemId(file, count++), item);
+  putItems(file, next, count);
 
   const auto bindOptional = [this](int parameter, const std::optional<std::string>& text) {
     if (text) {
@@ -98,29 +110,48 @@ void IndexWriter::putFile(std::int64_t file, std::string_view path, const FileRo
   putFile_.run();
 }
 
-void IndexWriter::putItem(std::int64_t id, const ItemRow& item) {
-  insertItem_.bind(0, id);
-  insertItem_.bind(1, labelOfKind(item.kind));
-  if (item.label) {
-    insertItem_.bind(2, labelId(*item.label));
-  } else {
-    insertItem_.bindNull(2);
+void IndexWriter::putItems(std::int64_t file, const NextItem& next, std::int64_t& count) {
+  std::array<ItemRow, kRowsAtOnce> rows;
+  while (true) {
+    std::size_t taken = 0;
+    while (taken < rows.size() && next(rows[taken])) ++taken;
+    if (taken < rows.size()) {
+      for (std::size_t row = 0; row < taken; ++row) {
+        bindItem(insertItem_, 0, itemId(file, count++), rows[row]);
+        insertItem_.run();
+      }
+      return;
+    }
+    for (std::size_t row = 0; row < taken; ++row) {
+      bindItem(insertItems_, static_cast<int>(row), itemId(file, count++), rows[row]);
+    }
+    insertItems_.run();
   }
-  insertItem_.bind(3, item.line);
-  insertItem_.bind(4, item.lastLine - item.line);
-  insertItem_.bind(5, item.parent);
-  insertItem_.bind(6, item.record);
-  if (item.name) {
-    insertItem_.bind(7, *item.name, item.isNamePlain);
+}
+
+void IndexWriter::bindItem(Statement& insert, int row, std::int64_t id, const ItemRow& item) {
+  int parameter = row * kItemColumns;
+  insert.bind(parameter++, id);
+  insert.bind(parameter++, labelOfKind(item.kind));
+  if (item.label) {
+    insert.bind(parameter++, labelId(*item.label));
   } else {
-    insertItem_.bindNull(7);
+    insert.bindNull(parameter++);
+  }
+  insert.bind(parameter++, item.line);
+  insert.bind(parameter++, item.lastLine - item.line);
+  insert.bind(parameter++, item.parent);
+  insert.bind(parameter++, item.record);
+  if (item.name) {
+    insert.bind(parameter++, *item.name, item.isNamePlain);
+  } else {
+    insert.bindNull(parameter++);
   }
   if (item.text) {
-    insertItem_.bind(8, *item.text, item.isTextPlain);
+    insert.bind(parameter, *item.text, item.isTextPlain);
   } else {
-    insertItem_.bindNull(8);
+    insert.bindNull(parameter);
   }
-  insertItem_.run();
 }
 
 std::int64_t IndexWriter::labelId(std::string_view label) {
