@@ -14,4 +14,4 @@ index=$4
 
 # Exit status 1 means that some files could not be read.
 quorl-js merge --files-from "$list" --output "$records" "$shards"/*.ndjson || [ $? -eq 1 ]
-quorl-js index "$index" --from-ndjson "$records"
+quorl-js index "$index" --from-ndjson "$records" || [ $? -eq 1 ]

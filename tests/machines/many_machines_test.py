@@ -20,6 +20,9 @@ FILE_COUNT = 23
 FILES_PER_JOB = 4
 JOBS = 6
 TASKS = 5
+QUESTIONS = [["--prefix", "f", "--format", "ndjson"], ["--contains", "1", "--kind", "function"],
+             ["--text", "return", "--format", "json"], ["--path", "*.js"], ["--at", "src/3.js:5"],
+             ["--inside", "f21", "--format", "vimgrep"]]
 
 
 def make_files(folder):
@@ -65,6 +68,20 @@ class Work:
     def merge(self):
         shards = sorted(str(path) for path in (self.folder / "shards").glob("*.ndjson"))
         return self.run(self.quorl_js, "merge", "--files-from", "list", *shards)
+
+
+    def check_index(self, index):
+        """An index of the joined shards answers as one that was built of the files themselves."""
+        done = self.run(self.quorl_js, "index", "direct.index", "--files-from", "list")
+        assert done.returncode == 1, done  # one file is not there
+        for question in QUESTIONS:
+            answers = [self.run(self.quorl_js, "query", each, *question)
+                       for each in (index, "direct.index")]
+            assert answers[0].returncode == answers[1].returncode == 0, answers
+            assert answers[0].stdout == answers[1].stdout != b"", answers
+        done = self.run(self.quorl_js, "query", index, "--name", "f3", "--format", "vimgrep")
+        assert done.stdout == b"".join(b"src/3.js:%d:1:function f3(a) {\n" % line
+                                       for line in (1, 4, 7, 10)), done
 
 
 def check_lost(done, first):
@@ -117,6 +134,10 @@ def test_parallel(work, machines):
     machines.start(second)
     done = work.example("parallel-run.sh", "hosts", "list", "fresh")
     assert (done.returncode, done.stdout) == (1, expected), done
+    (work.folder / "records.ndjson").write_bytes(done.stdout)
+    done = work.run(work.quorl_js, "index", "code.index", "--from-ndjson", "records.ndjson")
+    assert done.returncode == 1, done  # one file was not there
+    work.check_index("code.index")
     assert machines.runs(first) + machines.runs(second) == JOBS
     assert machines.runs(first) > 0 and machines.runs(second) > 0
 
@@ -143,6 +164,7 @@ def test_slurm(work, machines):
     assert (work.folder / "records.ndjson").read_bytes() == expected, told
     # All tasks and the two commands of the last job; and on the other node the task that was lost.
     assert (machines.runs("n1"), machines.runs("n2")) == (TASKS + 2, 1)
+    work.check_index("code.index")
 
     # A task that cannot go on leaves no shard, and the joined output is not touched.
     machines.start("n2")
