@@ -4,8 +4,8 @@ usage: docs_test.py PROJECT_ROOT BUILD_FOLDER MODULE
 
 A block fenced as "console" holds commands after "$ ", each followed by its output, standard error
 included. One shell runs a block, in the project's root, with quorl-js on the path, PLUGIN set to
-the module, BUILD to the build folder and SCRATCH to an empty folder. A block fenced as a language
-of EXAMPLES must equal a file of examples/ or editors/, and each line of a "cmake" block must occur in
+the module, BUILD to the build folder, SCRATCH and HOME to an empty folder. A block fenced as a
+language of EXAMPLES must equal a file of examples/ or editors/, and each line of a "cmake" block must occur in
 the project that the tests build from an installed tree. Links to files must exist. Of "./dev run"
 only the final program is run, the one of this build. Commands in blocks fenced as "sh", which install
 and test, are not run but have to be SHELL_COMMANDS.
@@ -79,7 +79,7 @@ def main():
              *sorted((root / "docs").glob("*.md"))]
     count = 0
     with tempfile.TemporaryDirectory() as scratch:
-        env = dict(os.environ, SCRATCH=scratch, PLUGIN=str(module), BUILD=str(build),
+        env = dict(os.environ, SCRATCH=scratch, HOME=scratch, PLUGIN=str(module), BUILD=str(build),
                    LC_ALL="C.UTF-8", PATH="%s:%s" % (build / "bin", os.environ["PATH"]))
 
         def run(commands):
