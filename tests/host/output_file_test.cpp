@@ -24,6 +24,7 @@ using host_test::PlainUser;
 using host_test::RunningProgram;
 using host_test::runProgram;
 using host_test::StandardOutput;
+using host_test::waitForUnlocked;
 using host_test::Words;
 using host_test::writeFile;
 
@@ -123,10 +124,11 @@ TEST_F(OutputFile, OfAKilledRunIsRemovedByTheNext) {
   Files present = files();
   EXPECT_EQ(present.erase("other"), 1U);
   ASSERT_EQ(present.size(), 1U) << "the file of the run that goes on";
-  EXPECT_EQ(present.begin()->first.rfind(".quorl-js-", 0), 0U);
+  const std::string left = present.begin()->first;
+  EXPECT_EQ(left.rfind(".quorl-js-", 0), 0U);
   program.send(SIGKILL);
   EXPECT_EQ(program.waitForEnd(), 128 + SIGKILL);
-  program.errorsToTheEnd();  // the workers are gone, too
+  waitForUnlocked(left);
   EXPECT_EQ(runOdd({"-o", "other", "f"}), (Outcome{0, "", ""}));
   EXPECT_EQ(files(), (Files{{"other", kAnswer}}));
 }

@@ -1,6 +1,7 @@
 #include "running_program.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -113,5 +114,11 @@ std::string RunningProgram::outputToTheEnd() {
 }
 
 int RunningProgram::waitForEnd() { return waitFor(std::exchange(pid_, 0)); }
+
+void waitForUnlocked(const std::string& path) {
+  const int file = checked(::open(path.c_str(), O_RDONLY | O_CLOEXEC), "open");
+  checked(::flock(file, LOCK_EX), "flock");
+  ::close(file);
+}
 
 }  // namespace host_test

@@ -60,4 +60,8 @@ class RunningProgram {
   int err_ = kNoDescriptor;
 };
 
+// Waits until nobody holds a lock on the file or directory. The end of standard error is no sign of
+// that: a process that ends closes its descriptors one after the other, the first of them first.
+void waitForUnlocked(const std::string& path);
+
 }  // namespace host_test
