@@ -65,11 +65,8 @@ std::vector<std::string> namesOf(const ArgumentParser& arguments, const RunOptio
 
 // The recorded arguments as those of a command line.
 ArgumentParser parserOf(const std::vector<std::string>& recorded) {
-  std::vector<const char*> argv = {"index"};
-  for (const std::string& argument : recorded) {
-    argv.push_back(argument.c_str());
-    if (argument == "--") argv.push_back("INDEX");
-  }
+  std::vector<const char*> argv = {"index", "INDEX"};
+  for (const std::string& argument : recorded) argv.push_back(argument.c_str());
   return ArgumentParser(kIndex, static_cast<int>(argv.size()), argv.data());
 }
 

@@ -15,6 +15,8 @@ import sys
 import threading
 import time
 
+import run_functions
+
 QUORL_JS, SCRATCH = os.path.abspath(sys.argv[1]), pathlib.Path(sys.argv[2]).resolve()
 KILLS = int(sys.argv[3]) if len(sys.argv) > 3 else 15
 FILES = 300
@@ -187,12 +189,5 @@ def test_who_holds_the_lock():
     assert count(folder, "first") == 1
 
 
-def main():
-    tests = [value for name, value in sorted(globals().items()) if name.startswith("test_")]
-    for test in tests:
-        test()
-    print("%d tests" % len(tests))
-
-
 if __name__ == "__main__":
-    main()
+    run_functions.run_all(globals())

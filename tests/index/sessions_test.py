@@ -10,6 +10,8 @@ import sqlite3
 import subprocess
 import sys
 
+import run_functions
+
 QUORL_JS, SCRATCH = os.path.abspath(sys.argv[1]), pathlib.Path(sys.argv[2]).resolve()
 
 A = """class View {
@@ -275,6 +277,12 @@ def test_options_of_the_last_time():
     write(folder / "a.js", "class Other {}\n")
     expect(folder, ["index", "../listed"], 0)
     assert last_run(folder, "../listed") == (1, 1, 0)
+    # A file may have the name that ends the options.
+    write(folder / "--", "class Dashes {}\n")
+    expect(folder, ["index", "../dashes", "--", "--"], 0)
+    write(folder / "--", "class Others {}\n")
+    expect(folder, ["index", "../dashes"], 0)
+    assert last_run(folder, "../dashes") == (1, 0, 0)
 
 
 def run_with_input(folder, text, *arguments):
@@ -512,12 +520,5 @@ def test_other_programs_can_read_it():
         database.execute("SELECT * FROM items").fetchall()
 
 
-def main():
-    tests = [value for name, value in sorted(globals().items()) if name.startswith("test_")]
-    for test in tests:
-        test()
-    print("%d tests" % len(tests))
-
-
 if __name__ == "__main__":
-    main()
+    run_functions.run_all(globals())
