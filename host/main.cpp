@@ -20,6 +20,7 @@
 #include "indexing/commands.h"
 #include "lsp/lsp.h"
 #include "merge/merge.h"
+#include "run/command_help.h"
 #include "run/exit_status.h"
 #include "run/file_run.h"
 #include "run/output.h"
@@ -63,12 +64,11 @@ constexpr std::array kCommands = {CommandRun{"merge", runMerge}, CommandRun{"lsp
                                   CommandRun{"status", runStatus}};
 
 int run(const RunOptions& options) {
-  if (!options.help && !options.generate && !options.version) return runFiles(options);
+  if (options.help) return printHelp(kProgram);
+  if (!options.generate && !options.version) return runFiles(options);
   Output output;
   int status = kSuccess;
-  if (options.help) {
-    output.write(helpText(kProgram));
-  } else if (options.generate) {
+  if (options.generate) {
     output.write(generatedText(*options.generate));
   } else {
     status = printVersions(options, output);

@@ -208,7 +208,7 @@ constexpr std::array kOptions = {
            .help = "Hide the progress line",
            .details = "It is shown on standard error if that is a terminal and the output goes "
                       "elsewhere."},
-    Option{.name = "--help", .shortName = "-h", .help = "Print this help"},
+    kHelpOption,
     Option{.name = "--version",
            .shortName = "-V",
            .help = "Print the versions of quorl-js and the plug-in, and the plug-in's path"},
@@ -287,7 +287,7 @@ constexpr std::array kIndexOptions = {
     optionCalled("--strict"),
     optionCalled("--quiet"),
     optionCalled("--no-progress"),
-    optionCalled("--help"),
+    kHelpOption,
 };
 
 constexpr std::array kIndexStatuses = {
@@ -295,8 +295,8 @@ constexpr std::array kIndexStatuses = {
     ExitStatus{"1", "Some file was not read. With --strict, also a warning. INDEX is complete."},
     ExitStatus{
         "2",
-        "The command failed: wrong usage, no working plug-in, a file INDEX that is no index, "
-        "an INDEX that could not be written. INDEX is as it was."},
+        "The command failed: wrong usage, no working plug-in, an INDEX that is another kind of "
+        "file or could not be written. INDEX is as it was."},
 };
 
 constexpr std::array kIndexExamples = {
@@ -326,7 +326,7 @@ constexpr std::array kMergeOptions = {
            .completion = Completion::kFiles,
            .help = "Write to FILE, which is replaced when the output is complete",
            .details = "FILE may not be a SHARD."},
-    Option{.name = "--help", .shortName = "-h", .help = "Print this help"},
+    kHelpOption,
 };
 
 constexpr std::array kMergeStatuses = {
@@ -369,7 +369,7 @@ constexpr std::array kLspOptions = {
            .values = kSizes,
            .help = "Skip files larger than SIZE (default: 256M; 0 = no limit)",
            .details = "The search over the workspace skips files larger than 4M in any case."},
-    Option{.name = "--help", .shortName = "-h", .help = "Print this help"},
+    kHelpOption,
 };
 
 constexpr std::array kLspStatuses = {
@@ -392,8 +392,9 @@ constinit const Command kProgram = {
     "FILE",
     kSynopses,
     "Print the structure records of each FILE. merge joins the ndjson output of several runs, lsp "
-    "is a language server for editors, index keeps the outline of a code base, query and status "
-    "ask for it; each has a --help of its own, such as quorl-js merge --help.",
+    "is a language server for editors, index keeps the outline of a code base in a file, query "
+    "searches that file, and status tells what has changed since. Each has a --help of its own, "
+    "such as quorl-js merge --help.",
     kOptions,
     {.name = "--", .help = "Treat every further argument as a FILE"},
     kStatuses,
@@ -417,10 +418,10 @@ constinit const Command kIndex = {
     "quorl-js index",
     "INDEX",
     kIndexSynopses,
-    "Keep the outline of each FILE in INDEX, a file of SQLite. Of files that INDEX has, only those "
-    "that have changed are read; those that are gone or not asked for any more leave it. Without "
-    "FILE, the files and options of the last time are taken. INDEX is replaced when the new one is "
-    "complete, so that it can be read meanwhile.",
+    "Keep the outline of each FILE in INDEX, an SQLite database. Of the files that it has, only "
+    "those that have changed are read again; files that are gone or no longer asked for are "
+    "dropped. Without FILE, those of the last time are taken, with their options. INDEX is "
+    "replaced when the new one is complete, so it can be read meanwhile.",
     kIndexOptions,
     {.name = "--", .help = "Treat every further argument as INDEX or FILE"},
     kIndexStatuses,
@@ -446,8 +447,8 @@ constexpr std::array kSubcommandRows = {
     Subcommand{"merge", kMerge, "Join the ndjson outputs of several runs"},
     Subcommand{"lsp", kLsp, "Serve an editor by the Language Server Protocol"},
     Subcommand{"index", kIndex, "Keep the outline of a code base in a file"},
-    Subcommand{"query", kQuery, "Print what an index has"},
-    Subcommand{"status", kStatus, "Print what an index holds and what has changed since"}};
+    Subcommand{"query", kQuery, "Search an index"},
+    Subcommand{"status", kStatus, "Print what an index holds, and what has changed since"}};
 
 }  // namespace
 

@@ -50,6 +50,9 @@ struct Command {
   Completion operandCompletion = Completion::kFiles;
 };
 
+// The row that all commands have.
+inline constexpr Option kHelpOption{.name = "--help", .shortName = "-h", .help = "Print this help"};
+
 extern const Command kProgram;  // the program as such
 extern const Command kMerge;    // what it does when its first argument is merge
 extern const Command kLsp;      // and when it is lsp, and so on

@@ -15,14 +15,15 @@ constexpr std::array kQueryOptions = {
            .argument = "TEXT",
            .group = "Names",
            .help = "Print items with this name"},
-    Option{.name = "--prefix", .argument = "TEXT", .help = "Print items whose name begins so"},
+    Option{
+        .name = "--prefix", .argument = "TEXT", .help = "Print items whose name begins with TEXT"},
     Option{
         .name = "--contains", .argument = "TEXT", .help = "Print items whose name contains TEXT"},
     Option{.name = "--regex",
            .argument = "REGEX",
            .help = "Print items whose name has a part that matches REGEX",
-           .details = "REGEX is an extended regular expression of POSIX, as for grep -E, with at "
-                      "most three bounds in braces and no references back."},
+           .details = "REGEX is a POSIX extended regular expression, as for grep -E, with at most "
+                      "three bounds in braces and no back-references."},
     Option{.name = "--kind",
            .argument = "KIND",
            .words = outline::kindWords,
@@ -36,8 +37,8 @@ constexpr std::array kQueryOptions = {
            .mayRepeat = true,
            .help = "Print items of files that match GLOB only (repeatable)",
            .details =
-               "A GLOB is one as of --include: without a slash it matches the name of a file "
-               "or of a directory above it, with one the path."},
+               "A GLOB without a slash matches the name of a file or of a directory above it, "
+               "one with a slash the path."},
     Option{.name = "--at",
            .argument = "FILE:LINE",
            .completion = Completion::kFiles,
@@ -66,14 +67,16 @@ constexpr std::array kQueryOptions = {
                 "outline)",
         .details = "vimgrep prints FILE:LINE:COLUMN:TEXT, which editors jump to; the column is "
                    "always 1."},
-    Option{.name = "--color",
-           .argument = "WHEN",
-           .words =
-               [] {
-                 return std::vector<std::string_view>{"auto", "always", "never"};
-               },
-           .help = "Color outline: auto, always or never (default: auto)"},
-    Option{.name = "--help", .shortName = "-h", .help = "Print this help"},
+    Option{
+        .name = "--color",
+        .argument = "WHEN",
+        .words =
+            [] {
+              return std::vector<std::string_view>{"auto", "always", "never"};
+            },
+        .help = "Color outline: auto, always or never (default: auto)",
+        .details = "auto means: on a terminal, unless the environment variable NO_COLOR is set."},
+    kHelpOption,
 };
 
 constexpr std::array kQueryStatuses = {
@@ -96,7 +99,7 @@ constexpr std::array kQueryExamples = {
 constexpr std::array<std::string_view, 1> kStatusSynopses = {"quorl-js status INDEX"};
 
 constexpr std::array kStatusOptions = {
-    Option{.name = "--help", .shortName = "-h", .help = "Print this help"},
+    kHelpOption,
 };
 
 constexpr std::array kStatusStatuses = {
@@ -116,9 +119,9 @@ constinit const Command kQuery = {
     "quorl-js query",
     "INDEX",
     kQuerySynopses,
-    "Print the items of each INDEX that meet all conditions, in the order of paths and lines; of "
-    "those found by a part of their names, the ones whose name is TEXT come first. An INDEX is "
-    "opened for reading only.",
+    "Print the items of each INDEX that meet all conditions, in the order of paths and lines. With "
+    "--prefix and --contains, items whose whole name is TEXT come first. An INDEX is opened for "
+    "reading only.",
     kQueryOptions,
     {.name = "--", .help = "Treat every further argument as an INDEX"},
     kQueryStatuses,

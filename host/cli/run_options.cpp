@@ -1,10 +1,13 @@
 #include "cli/run_options.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <span>
 #include <string_view>
 #include <utility>
@@ -53,16 +56,6 @@ bool takeDepth(const std::string& text, std::optional<std::size_t>& depth) {
   unsigned levels = 0;
   if (!parseNumber(text, levels)) return false;
   depth = levels;
-  return true;
-}
-
-bool takeColor(const std::string& text, Color& color) {
-  constexpr std::array<std::pair<std::string_view, Color>, 3> kColors = {
-      {{"auto", Color::kAuto}, {"always", Color::kAlways}, {"never", Color::kNever}}};
-  const auto* const row = std::find_if(kColors.begin(), kColors.end(),
-                                       [&](const auto& known) { return known.first == text; });
-  if (row == kColors.end()) return false;
-  color = row->second;
   return true;
 }
 
@@ -227,9 +220,25 @@ RunOptions parseRunOptions(int argc, const char* const* argv) {
   checkFormat(arguments, "--ranges", *result.format, isJson);
   result.ranges = arguments.isGiven("--ranges");
   result.times = arguments.isGiven("--times");
-  withValue(arguments, "--color", [&](const auto& text) { return takeColor(text, result.color); });
+  result.color = readColor(arguments);
   checkTogether(arguments, result);
   return result;
+}
+
+Color readColor(const ArgumentParser& arguments) {
+  constexpr std::array<std::pair<std::string_view, Color>, 3> kColors = {
+      {{"auto", Color::kAuto}, {"always", Color::kAlways}, {"never", Color::kNever}}};
+  const std::string text = arguments.valueOf("--color").value_or("auto");
+  const auto* const row = std::find_if(kColors.begin(), kColors.end(),
+                                       [&](const auto& known) { return known.first == text; });
+  if (row == kColors.end()) throw arguments.invalidValue("--color", text);
+  return row->second;
+}
+
+bool isColorWanted(Color color) {
+  if (color != Color::kAuto) return color == Color::kAlways;
+  const char* const noColor = std::getenv("NO_COLOR");
+  return terminalWidth(STDOUT_FILENO) != 0 && (noColor == nullptr || *noColor == '\0');
 }
 
 }  // namespace host

@@ -54,4 +54,8 @@ class ArgumentParser;
 void readInputOptions(const ArgumentParser& arguments, RunOptions& options);
 void readRunningOptions(const ArgumentParser& arguments, RunOptions& options);
 
+// The value of --color; throws Failure if it is none. isColorWanted decides for standard output.
+Color readColor(const ArgumentParser& arguments);
+bool isColorWanted(Color color);
+
 }  // namespace host

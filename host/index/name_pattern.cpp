@@ -16,7 +16,7 @@ Failure invalid(const std::string& pattern, const std::string& reason) {
   return Failure("--regex: '" + pattern + "': " + reason);
 }
 
-// A reference back takes time that grows exponentially.
+// A back-reference takes time that grows exponentially.
 bool hasReference(std::string_view pattern) {
   for (std::size_t at = 0; at + 1 < pattern.size(); ++at) {
     if (pattern[at] != '\\') continue;
@@ -37,7 +37,7 @@ std::size_t boundsIn(std::string_view pattern) {
 NamePattern::NamePattern(const std::string& pattern) {
   if (pattern.size() > kMaxBytes) throw invalid(pattern, "longer than 1,000 bytes");
   if (pattern.find('\0') != std::string::npos) throw invalid(pattern, "holds a NUL byte");
-  if (hasReference(pattern)) throw invalid(pattern, "refers back to a group");
+  if (hasReference(pattern)) throw invalid(pattern, "has a back-reference");
   if (boundsIn(pattern) > kMaxBounds) throw invalid(pattern, "more than 3 bounds in braces");
   const int error = ::regcomp(&expression_, pattern.c_str(), REG_EXTENDED | REG_NOSUB);
   if (error == 0) return;

@@ -1,4 +1,4 @@
-// A regular expression over names: an extended one of POSIX, without references back.
+// A POSIX extended regular expression over names, without back-references.
 #pragma once
 
 #include <regex.h>

@@ -1,48 +1,33 @@
 #include "index/sqlite_library.h"
 
-#include <dlfcn.h>
-
-#include <string>
-
-#include "system/failure.h"
+#include "system/runtime_library.h"
 
 namespace host::index {
 namespace {
 
-[[noreturn]] void failWithReason() {
-  throw Failure(std::string("cannot load ") + QUORL_SQLITE3 + ": " + ::dlerror());
-}
-
-template <typename Function>
-void find(void* library, const char* name, Function& function) {
-  function = reinterpret_cast<Function>(::dlsym(library, name));
-  if (function == nullptr) failWithReason();
-}
-
 SqliteLibrary load() {
-  void* const library = ::dlopen(QUORL_SQLITE3, RTLD_NOW | RTLD_LOCAL);
-  if (library == nullptr) failWithReason();
+  const RuntimeLibrary library(QUORL_SQLITE3);
   SqliteLibrary functions{};
-  find(library, "sqlite3_bind_blob64", functions.bind_blob64);
-  find(library, "sqlite3_bind_int64", functions.bind_int64);
-  find(library, "sqlite3_bind_null", functions.bind_null);
-  find(library, "sqlite3_bind_text64", functions.bind_text64);
-  find(library, "sqlite3_close", functions.close);
-  find(library, "sqlite3_column_blob", functions.column_blob);
-  find(library, "sqlite3_column_bytes", functions.column_bytes);
-  find(library, "sqlite3_column_int64", functions.column_int64);
-  find(library, "sqlite3_column_type", functions.column_type);
-  find(library, "sqlite3_config", functions.config);
-  find(library, "sqlite3_db_config", functions.db_config);
-  find(library, "sqlite3_errmsg", functions.errmsg);
-  find(library, "sqlite3_exec", functions.exec);
-  find(library, "sqlite3_extended_errcode", functions.extended_errcode);
-  find(library, "sqlite3_finalize", functions.finalize);
-  find(library, "sqlite3_open_v2", functions.open_v2);
-  find(library, "sqlite3_prepare_v3", functions.prepare_v3);
-  find(library, "sqlite3_reset", functions.reset);
-  find(library, "sqlite3_step", functions.step);
-  find(library, "sqlite3_system_errno", functions.system_errno);
+  library.find("sqlite3_bind_blob64", functions.bind_blob64);
+  library.find("sqlite3_bind_int64", functions.bind_int64);
+  library.find("sqlite3_bind_null", functions.bind_null);
+  library.find("sqlite3_bind_text64", functions.bind_text64);
+  library.find("sqlite3_close", functions.close);
+  library.find("sqlite3_column_blob", functions.column_blob);
+  library.find("sqlite3_column_bytes", functions.column_bytes);
+  library.find("sqlite3_column_int64", functions.column_int64);
+  library.find("sqlite3_column_type", functions.column_type);
+  library.find("sqlite3_config", functions.config);
+  library.find("sqlite3_db_config", functions.db_config);
+  library.find("sqlite3_errmsg", functions.errmsg);
+  library.find("sqlite3_exec", functions.exec);
+  library.find("sqlite3_extended_errcode", functions.extended_errcode);
+  library.find("sqlite3_finalize", functions.finalize);
+  library.find("sqlite3_open_v2", functions.open_v2);
+  library.find("sqlite3_prepare_v3", functions.prepare_v3);
+  library.find("sqlite3_reset", functions.reset);
+  library.find("sqlite3_step", functions.step);
+  library.find("sqlite3_system_errno", functions.system_errno);
 
   // No locks and no counting of memory, which take a tenth of the time to insert.
   functions.config(SQLITE_CONFIG_SINGLETHREAD);

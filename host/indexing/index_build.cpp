@@ -45,10 +45,6 @@ std::string hashOfFile(const std::string& path) {
   return index::contentHash(bytes);
 }
 
-std::string pluginOf(const RunOptions& options) {
-  return options.plugin ? *options.plugin : findPlugin();
-}
-
 std::string firstOf(const std::vector<std::string>& values) {
   return values.empty() ? std::string() : values.front();
 }
@@ -74,16 +70,10 @@ void putFrame(IndexWriter& writer, std::int64_t id, const Input& input, std::str
 }
 
 WorkerTask taskFor(const RunOptions& options, const Diagnostics& diagnostics) {
-  WorkerTask task;
-  task.plugin = pluginOf(options);
-  task.defines = options.defines;
-  task.limits = options.limits;
-  task.diagnostics = diagnostics.descriptor();
+  WorkerTask task = commonTask(options, diagnostics);
   task.format = &index::kFrameFormat;
-  task.quiet = options.quiet;
   task.findsOmissions = true;
   task.keepsSources = true;
-  task.countsWarnings = options.strict || !options.quiet;
   return task;
 }
 
@@ -111,7 +101,7 @@ void putMeta(IndexWriter& writer, std::int64_t startedAt, const Origin& origin) 
 
 Origin originOf(const RunOptions& options) {
   return {.tool = std::string(kTool),
-          .module = hashOfFile(pluginOf(options)),
+          .module = hashOfFile(pluginPath(options.plugin)),
           .defines = options.defines};
 }
 

@@ -5,15 +5,14 @@
 #include <vector>
 
 #include "cli/argument_parser.h"
-#include "cli/help_text.h"
 #include "cli/option_table.h"
 #include "index/index_file.h"
 #include "index/index_reader.h"
 #include "indexing/commands.h"
 #include "indexing/index_build.h"
 #include "indexing/recorded_options.h"
+#include "run/command_help.h"
 #include "run/exit_status.h"
-#include "run/output.h"
 #include "system/failure.h"
 #include "system/messages.h"
 
@@ -78,12 +77,7 @@ bool build(IndexFile& file, const std::vector<std::string>& shards) {
 
 int runIndex(int argc, const char* const* argv) {
   const ArgumentParser arguments(kIndex, argc, argv);
-  if (arguments.isHelpWanted()) {
-    Output output;
-    output.write(helpText(kIndex));
-    output.close();
-    return kSuccess;
-  }
+  if (arguments.isHelpWanted()) return printHelp(kIndex);
   const std::vector<std::string>& operands = arguments.operands();
   if (operands.empty()) throw arguments.failure("no INDEX given");
   const bool isFromShards = arguments.isGiven("--from-ndjson");

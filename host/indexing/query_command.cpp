@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <array>
 #include <climits>
-#include <cstdlib>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -16,8 +15,8 @@
 #include <vector>
 
 #include "cli/argument_parser.h"
-#include "cli/help_text.h"
 #include "cli/option_table.h"
+#include "cli/run_options.h"
 #include "cli/suggestion.h"
 #include "cli/value_parsers.h"
 #include "formats/item_lines.h"
@@ -27,7 +26,7 @@
 #include "index/search.h"
 #include "indexing/answer_formats.h"
 #include "indexing/commands.h"
-#include "run/exit_status.h"
+#include "run/command_help.h"
 #include "run/output.h"
 #include "sources/globs.h"
 #include "system/failure.h"
@@ -120,14 +119,6 @@ void readPlace(const ArgumentParser& arguments, QueryOptions& options) {
   options.query.text = arguments.valueOf("--text");
 }
 
-bool isColorWanted(const ArgumentParser& arguments) {
-  const std::string when = arguments.valueOf("--color").value_or("auto");
-  if (when == "always" || when == "never") return when == "always";
-  if (when != "auto") throw arguments.invalidValue("--color", when);
-  const char* const noColor = std::getenv("NO_COLOR");
-  return terminalWidth(STDOUT_FILENO) != 0 && (noColor == nullptr || *noColor == '\0');
-}
-
 QueryOptions readOptions(const ArgumentParser& arguments) {
   QueryOptions options;
   options.indexes = arguments.operands();
@@ -145,7 +136,7 @@ QueryOptions readOptions(const ArgumentParser& arguments) {
   if (!indexing::makeAnswerFormat(options.format, options.settings)) {
     throw arguments.invalidValue("--format", options.format);
   }
-  options.settings.color = isColorWanted(arguments);
+  options.settings.color = isColorWanted(readColor(arguments));
   options.settings.width = terminalWidth(STDOUT_FILENO);
   options.settings.escapeControlBytes = options.settings.width != 0;
   return options;
@@ -278,12 +269,7 @@ class QueryRun {
 
 int runQuery(int argc, const char* const* argv) {
   const ArgumentParser arguments(kQuery, argc, argv);
-  if (arguments.isHelpWanted()) {
-    Output output;
-    output.write(helpText(kQuery));
-    output.close();
-    return kSuccess;
-  }
+  if (arguments.isHelpWanted()) return printHelp(kQuery);
   return QueryRun(readOptions(arguments)).run();
 }
 

@@ -12,13 +12,13 @@
 #include <vector>
 
 #include "cli/argument_parser.h"
-#include "cli/help_text.h"
 #include "cli/option_table.h"
 #include "index/index_reader.h"
 #include "indexing/commands.h"
 #include "indexing/file_changes.h"
 #include "indexing/index_build.h"
 #include "indexing/recorded_options.h"
+#include "run/command_help.h"
 #include "run/exit_status.h"
 #include "run/output.h"
 #include "system/display_text.h"
@@ -38,13 +38,7 @@ std::string firstOf(const std::vector<std::string>& values) {
   return values.empty() ? std::string() : values.front();
 }
 
-std::string withCommas(std::uint64_t number) {
-  std::string digits = std::to_string(number);
-  for (std::size_t at = digits.size(); at > 3; at -= 3) digits.insert(at - 3, ",");
-  return digits;
-}
-
-std::string counted(std::uint64_t number, const std::string& one) {
+std::string counted(std::int64_t number, const std::string& one) {
   return withCommas(number) + " " + one + (number == 1 ? "" : "s");
 }
 
@@ -67,8 +61,7 @@ std::string ageText(std::int64_t nanoseconds) {
                                  Unit{1, "second"}};
   const std::int64_t seconds = nanoseconds / kNanoseconds;
   for (const auto& [length, name] : kUnits) {
-    if (seconds >= length)
-      return counted(static_cast<std::uint64_t>(seconds / length), name) + " ago";
+    if (seconds >= length) return counted(seconds / length, name) + " ago";
   }
   return "just now";
 }
@@ -92,15 +85,15 @@ class Report {
 };
 
 void reportContents(const IndexReader& known, const std::vector<KnownFile>& files, Report& report) {
-  std::uint64_t items = 0;
-  std::uint64_t bytes = 0;
-  std::map<std::string, std::uint64_t> statuses;
+  std::int64_t items = 0;
+  std::int64_t bytes = 0;
+  std::map<std::string, std::int64_t> statuses;
   for (const KnownFile& file : files) {
-    items += static_cast<std::uint64_t>(file.items);
-    bytes += static_cast<std::uint64_t>(file.size);
+    items += file.items;
+    bytes += file.size;
     ++statuses[file.status];
   }
-  std::string counts = withCommas(files.size());
+  std::string counts = withCommas(static_cast<std::int64_t>(files.size()));
   char before = ' ';
   for (const auto& [status, count] : statuses) {
     counts.append(before == ' ' ? " (" : ", ").append(withCommas(count)).append(" " + status);
@@ -150,12 +143,7 @@ bool reportChanges(const IndexReader& known, std::vector<KnownFile> files, Repor
 
 int runStatus(int argc, const char* const* argv) {
   const ArgumentParser arguments(kStatus, argc, argv);
-  Output output;
-  if (arguments.isHelpWanted()) {
-    output.write(helpText(kStatus));
-    output.close();
-    return kSuccess;
-  }
+  if (arguments.isHelpWanted()) return printHelp(kStatus);
   if (arguments.operands().size() != 1) throw arguments.failure("one INDEX is needed");
   const IndexReader known(arguments.operands().front());
   std::vector<KnownFile> files = known.files();
@@ -167,6 +155,7 @@ int runStatus(int argc, const char* const* argv) {
   } else {
     hasChanged = reportChanges(known, std::move(files), report);
   }
+  Output output;
   output.write(report.text());
   output.close();
   return hasChanged ? kChanged : kSuccess;

@@ -3,12 +3,10 @@
 #include <string>
 
 #include "cli/argument_parser.h"
-#include "cli/help_text.h"
 #include "cli/option_table.h"
 #include "cli/value_parsers.h"
 #include "lsp/server.h"
-#include "run/exit_status.h"
-#include "run/output.h"
+#include "run/command_help.h"
 #include "system/memory_budget.h"
 #include "workers/plugin_module.h"
 
@@ -36,8 +34,7 @@ lsp::ServerOptions readOptions(const ArgumentParser& arguments) {
   }
   options.indexFile = arguments.valueOf("--index");
   options.traceFile = arguments.valueOf("--trace");
-  const auto plugin = arguments.valueOf("--plugin");
-  options.plugin = plugin ? *plugin : findPlugin();
+  options.plugin = pluginPath(arguments.valueOf("--plugin"));
   return options;
 }
 
@@ -45,12 +42,7 @@ lsp::ServerOptions readOptions(const ArgumentParser& arguments) {
 
 int runLsp(int argc, const char* const* argv) {
   const ArgumentParser arguments(kLsp, argc, argv);
-  if (arguments.isHelpWanted()) {
-    Output output;
-    output.write(helpText(kLsp));
-    output.close();
-    return kSuccess;
-  }
+  if (arguments.isHelpWanted()) return printHelp(kLsp);
   return lsp::Server(readOptions(arguments)).run();
 }
 

@@ -15,12 +15,12 @@
 #include <vector>
 
 #include "cli/argument_parser.h"
-#include "cli/help_text.h"
 #include "cli/option_table.h"
 #include "formats/json_text.h"
 #include "formats/ndjson_lines.h"
 #include "merge/line_reader.h"
 #include "merge/shard.h"
+#include "run/command_help.h"
 #include "run/exit_status.h"
 #include "run/output.h"
 #include "sources/name_list.h"
@@ -225,18 +225,13 @@ void writePlan(const Plan& plan, const std::vector<std::string>& shards, Output&
 
 int runMerge(int argc, const char* const* argv) {
   const MergeOptions options = readOptions(argc, argv);
+  if (options.help) return printHelp(kMerge);
   Output output(options.outputFile);
-  int status = kSuccess;
-  if (options.help) {
-    output.write(helpText(kMerge));
-  } else {
-    const Plan plan = readShards(options);
-    output.begin();
-    writePlan(plan, options.shards, output);
-    if (!plan.allAreGood) status = kFileFailed;
-  }
+  const Plan plan = readShards(options);
+  output.begin();
+  writePlan(plan, options.shards, output);
   output.close();
-  return status;
+  return plan.allAreGood ? kSuccess : kFileFailed;
 }
 
 }  // namespace host

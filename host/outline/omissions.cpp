@@ -13,6 +13,7 @@
 #include "outline/source_lines.h"
 #include "outline/statement_ends.h"
 #include "records/record_reader.h"
+#include "system/text_parts.h"
 
 namespace host::outline {
 namespace {
@@ -160,15 +161,6 @@ class Finder {
   CleanedText cleaned_;
   std::vector<Omission> omissions_;
 };
-
-std::string withCommas(std::int64_t number) {
-  std::string digits = std::to_string(number);
-  for (std::size_t at = digits.size(); at > 3;) {
-    at -= 3;
-    digits.insert(at, 1, ',');
-  }
-  return digits;
-}
 
 }  // namespace
 

@@ -17,6 +17,7 @@
 #include "system/messages.h"
 #include "system/platform.h"
 #include "system/text_parts.h"
+#include "workers/plugin_module.h"
 #include "workers/worker_pool.h"
 
 namespace host {
@@ -252,6 +253,17 @@ class Batch {
 };
 
 }  // namespace
+
+WorkerTask commonTask(const RunOptions& options, const Diagnostics& diagnostics) {
+  WorkerTask task;
+  task.plugin = pluginPath(options.plugin);
+  task.defines = options.defines;
+  task.limits = options.limits;
+  task.diagnostics = diagnostics.descriptor();
+  task.quiet = options.quiet;
+  task.countsWarnings = options.strict || !options.quiet;
+  return task;
+}
 
 bool answerFiles(const WorkerTask& task, const RunOptions& options, const Diagnostics& diagnostics,
                  const Destination& destination) {

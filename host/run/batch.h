@@ -21,6 +21,10 @@ struct Destination {
   std::function<void(const Input&, const FileResult&)> take = {};
 };
 
+// What any run asks of its workers. The inputs, the format and what it needs are left to the
+// caller.
+WorkerTask commonTask(const RunOptions& options, const Diagnostics& diagnostics);
+
 // Has each file answered, in order, and reports those that fail. Returns false if the run counts as
 // failed.
 bool answerFiles(const WorkerTask& task, const RunOptions& options, const Diagnostics& diagnostics,

@@ -2,7 +2,6 @@
 
 #include <unistd.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <iterator>
 #include <optional>
@@ -58,17 +57,6 @@ void checkFilesDiffer(const RunOptions& options, const Diagnostics& diagnostics)
   }
 }
 
-std::string pluginPath(const RunOptions& options) {
-  return options.plugin ? *options.plugin : findPlugin();
-}
-
-bool isColorWanted(const RunOptions& options) {
-  if (options.color != Color::kAuto) return options.color == Color::kAlways;
-  if (options.outDirectory) return false;
-  const char* const noColor = std::getenv("NO_COLOR");
-  return terminalWidth(STDOUT_FILENO) != 0 && (noColor == nullptr || *noColor == '\0');
-}
-
 // Where the output is; for standard output the current directory.
 std::string folderOfOutput(const RunOptions& options) {
   namespace fs = std::filesystem;
@@ -80,7 +68,8 @@ std::string folderOfOutput(const RunOptions& options) {
 
 FormatSettings settingsFor(const RunOptions& options) {
   FormatSettings settings;
-  settings.color = isColorWanted(options);
+  const bool isForFiles = options.outDirectory && options.color == Color::kAuto;
+  settings.color = !isForFiles && isColorWanted(options.color);
   settings.depth = options.depth;
   settings.onlyLabels = options.onlyLabels;
   settings.onlyKinds = options.onlyKinds;
@@ -94,19 +83,13 @@ FormatSettings settingsFor(const RunOptions& options) {
 }
 
 WorkerTask taskFor(const RunOptions& options, const Diagnostics& diagnostics) {
-  WorkerTask task;
-  task.plugin = pluginPath(options);
-  task.defines = options.defines;
-  task.limits = options.limits;
-  task.diagnostics = diagnostics.descriptor();
+  WorkerTask task = commonTask(options, diagnostics);
   task.format = options.format;
   task.settings = settingsFor(options);
   task.wholeDocuments = options.outDirectory.has_value();
   task.times = options.times;
-  task.quiet = options.quiet;
   task.findsOmissions = !options.quiet || options.strict || options.format->isJson;
   task.keepsSources = task.findsOmissions || options.format->needsSource || options.ranges;
-  task.countsWarnings = options.strict || !options.quiet;
   return task;
 }
 
@@ -164,7 +147,7 @@ int printVersions(const RunOptions& options, Output& output) {
   diagnostics.begin();
   const Version version = askVersion(taskFor(options, diagnostics));
   output.write("quorl-js " QUORL_VERSION "\n" + withoutAddress(version.text) +
-               "\nplug-in: " + pluginPath(options) + "\n");
+               "\nplug-in: " + pluginPath(options.plugin) + "\n");
   if (version.diagnosticsLost) throw diagnostics.failure();
   return kSuccess;
 }

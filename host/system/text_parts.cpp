@@ -1,6 +1,7 @@
 #include "system/text_parts.h"
 
 #include <algorithm>
+#include <cstddef>
 
 namespace host {
 
@@ -20,6 +21,15 @@ std::string joined(std::span<const std::string_view> parts, std::string_view bet
     text += part;
   }
   return text;
+}
+
+std::string withCommas(std::int64_t number) {
+  std::string digits = std::to_string(number);
+  for (std::size_t at = digits.size(); at > 3;) {
+    at -= 3;
+    digits.insert(at, 1, ',');
+  }
+  return digits;
 }
 
 }  // namespace host

@@ -1,6 +1,7 @@
-// Texts that are made of parts, such as lines.
+// Texts that are made of parts, such as lines and digits.
 #pragma once
 
+#include <cstdint>
 #include <span>
 #include <string>
 #include <string_view>
@@ -13,5 +14,8 @@ std::vector<std::string_view> partsOf(std::string_view text, char end);
 
 // The parts with the text between each two.
 std::string joined(std::span<const std::string_view> parts, std::string_view between);
+
+// The number with a comma between each three digits. It is not negative.
+std::string withCommas(std::int64_t number);
 
 }  // namespace host

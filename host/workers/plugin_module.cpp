@@ -56,6 +56,10 @@ std::string findPlugin() {
                 " exists");
 }
 
+std::string pluginPath(const std::optional<std::string>& named) {
+  return named ? *named : findPlugin();
+}
+
 PluginModule::PluginModule(const std::string& path) {
   const std::string file = path.find('/') == std::string::npos ? "./" + path : path;
   // The C library declares dlopen free of exceptions, which ends the process if the module throws

@@ -1,6 +1,7 @@
 // The plug-in module, opened at run time as any host would open it.
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "plugin/plugin_api.h"
@@ -10,6 +11,9 @@ namespace host {
 // The module's file that belongs to this program: beside the executable, as in a build tree, or
 // else in ../lib/quorl-js seen from there, as installed. Throws Failure when there is neither.
 std::string findPlugin();
+
+// The file that the user names, or else that one.
+std::string pluginPath(const std::optional<std::string>& named);
 
 // The module's entry points, from its loading on to CleanupJS. The module itself stays loaded.
 class PluginModule {

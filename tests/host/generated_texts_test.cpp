@@ -281,7 +281,7 @@ TEST_F(Completions, OfFish) {
       {"quorl-js folder/f.js me", ""},
       {"quorl-js merge --n", "--null\tSplit LIST at NUL bytes instead of line feeds\n"},
       {"quorl-js merge folder/", "folder/f.js\n"},
-      {"quorl-js que", "query\tPrint what an index has\n"},
+      {"quorl-js que", "query\tSearch an index\n"},
       {"quorl-js query --c",
        "--color\tColor outline\n--contains\tPrint items whose name contains TEXT\n"
        "--count\tPrint the number of items instead of the items\n"},
