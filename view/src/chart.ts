@@ -1,0 +1,302 @@
+// The chart in the middle: draws the layout on a canvas and answers the pointer and the keys.
+
+import { byId, element } from "./dom";
+import { boxAt, icicle, kMerged, kOmitted, treemap, type Box, type Layout } from "./layout";
+import type { Model, Size } from "./model";
+import type { Palette } from "./palette";
+import type { View } from "./state";
+import { bytes, count, number } from "./text";
+
+const kFont = "12px system-ui, sans-serif";
+const kMinTextHeight = 12;
+const kMinTextWidth = 18;
+const kLabelBytes = 160;
+const kTipBytes = 300;
+
+export interface Shown {
+  root: number;
+  view: View;
+  size: Size;
+  chosen: number;
+  marks: Uint8Array | null; // 1 for the nodes that match, null: all do
+}
+
+interface Actions {
+  choose(node: number): void;
+  zoom(node: number): void;
+}
+
+export function sizeText(model: Model, node: number, by: Size): string {
+  const value = model.size(by)[node];
+  return by === "bytes" ? bytes(value) : count(value, by.slice(0, -1));
+}
+
+export class Chart {
+  private readonly canvas = byId<HTMLCanvasElement>("canvas");
+  private readonly context = this.canvas.getContext("2d", { alpha: false })!;
+  private readonly frame = byId("frame");
+  private readonly tip = byId("tip");
+  private readonly note = byId("note");
+  private readonly speech = byId("speech");
+  private layout: Layout = { boxes: [], levels: 0, drawn: 0, merged: 0 };
+  private laidOut = "";
+  private shown: Shown | null = null;
+  private hatch: CanvasPattern | null = null;
+  private waiting = 0;
+
+  constructor(
+    private readonly model: Model,
+    private palette: Palette,
+    private readonly actions: Actions,
+  ) {
+    this.makeHatch();
+    new ResizeObserver(() => this.drawSoon()).observe(this.frame);
+    this.canvas.addEventListener("click", (event) => this.click(event));
+    this.canvas.addEventListener("mousemove", (event) => this.point(event));
+    this.canvas.addEventListener("mouseleave", () => (this.tip.hidden = true));
+    this.canvas.addEventListener("keydown", (event) => this.press(event));
+    this.canvas.addEventListener("focus", () => this.speak());
+  }
+
+  recolor(palette: Palette): void {
+    this.palette = palette;
+    this.makeHatch();
+    if (this.shown !== null) this.draw();
+  }
+
+  show(shown: Shown): void {
+    this.shown = shown;
+    const root = this.model.title(shown.root, kTipBytes);
+    this.canvas.setAttribute("aria-label", `${shown.view} of ${root}, size by ${shown.size}`);
+    this.drawSoon();
+    if (document.activeElement === this.canvas) this.speak();
+  }
+
+  // Whether a node has a box of its own.
+  hasBox(node: number): boolean {
+    this.place();
+    return this.layout.boxes.some((box) => box.node === node);
+  }
+
+  private drawSoon(): void {
+    if (this.waiting !== 0 || this.shown === null) return;
+    this.waiting = requestAnimationFrame(() => this.draw());
+  }
+
+  // Lays the boxes out, if anything has changed since the last time.
+  private place(): void {
+    if (this.shown === null) return;
+    const { root, view, size } = this.shown;
+    const { clientWidth: width, clientHeight: height } = this.frame;
+    const key = [root, view, size, width, height].join();
+    if (key === this.laidOut) return;
+    this.laidOut = key;
+    const place = view === "icicle" ? icicle : treemap;
+    this.layout = place(this.model, size, root, width, height);
+    const ratio = window.devicePixelRatio;
+    this.canvas.width = Math.round(width * ratio);
+    this.canvas.height = Math.round(height * ratio);
+    this.canvas.style.width = `${width}px`;
+    this.canvas.style.height = `${height}px`;
+    this.note.textContent = this.noteText(size);
+  }
+
+  private noteText(size: Size): string {
+    const { levels, drawn, merged, boxes } = this.layout;
+    if (boxes.length === 0) return `Nothing to draw: there are no ${size}.`;
+    const notes = [];
+    if (drawn < levels) notes.push(`${number(drawn)} of ${number(levels)} levels drawn.`);
+    if (merged > 0) notes.push(`${count(merged, "small box").replace("boxs", "boxes")} merged in grey.`);
+    if (notes.length > 0) notes.push("Click a box to zoom in.");
+    return notes.join(" ");
+  }
+
+  private draw(): void {
+    cancelAnimationFrame(this.waiting);
+    this.waiting = 0;
+    this.place();
+    const { context, palette, model } = this;
+    const { marks, chosen, view } = this.shown!;
+    const ratio = window.devicePixelRatio;
+    context.setTransform(ratio, 0, 0, ratio, 0, 0);
+    context.fillStyle = palette.line;
+    context.fillRect(0, 0, this.canvas.width, this.canvas.height);
+    context.font = kFont;
+    context.textBaseline = "middle";
+    const fills = model.kinds.map((kind) => palette.fill(kind));
+    let chosenBox: Box | null = null;
+    for (const box of this.layout.boxes) {
+      const { node, x, y, width, height } = box;
+      if (node === chosen) chosenBox = box;
+      const matches = node < 0 || marks === null || marks[node] === 1;
+      if (node === kMerged) context.fillStyle = palette.small;
+      else if (node === kOmitted) context.fillStyle = this.hatch!;
+      else context.fillStyle = matches ? fills[model.kind[node]] : palette.faded;
+      const gap = width > 3 && height > 3 ? 1 : 0;
+      if (view === "treemap" && gap === 1) {
+        context.strokeStyle = palette.line;
+        context.fillRect(x, y, width, height);
+        context.lineWidth = 1;
+        context.strokeRect(x + 0.5, y + 0.5, width - 1, height - 1);
+      } else {
+        context.fillRect(x, y, width - gap, height - gap);
+      }
+      if (box.title >= kMinTextHeight && width >= kMinTextWidth) this.write(box, matches);
+    }
+    if (chosenBox !== null) this.outline(chosenBox);
+  }
+
+  private write(box: Box, matches: boolean): void {
+    const { context, palette, model } = this;
+    const room = box.width - 8;
+    let text;
+    if (box.node === kMerged) text = "";
+    else if (box.node === kOmitted) text = box.title >= kMinTextHeight + 4 ? "left out" : "";
+    else text = model.title(box.node, kLabelBytes);
+    text = this.cut(text, room);
+    if (text === "") return;
+    const y = box.y + Math.min(box.title / 2, 10);
+    if (box.node === kOmitted) {
+      context.fillStyle = palette.line;
+      context.fillRect(box.x + 2, y - 8, context.measureText(text).width + 6, 16);
+    }
+    context.globalAlpha = matches ? 1 : 0.55;
+    context.fillStyle = palette.text;
+    context.fillText(text, box.x + 4, y);
+    context.globalAlpha = 1;
+  }
+
+  private cut(text: string, room: number): string {
+    const width = this.context.measureText(text).width;
+    if (width <= room) return text;
+    const characters = [...text];
+    let keep = Math.floor((characters.length * room) / width);
+    for (; keep > 0; --keep) {
+      const shorter = `${characters.slice(0, keep).join("")}\u2026`;
+      if (this.context.measureText(shorter).width <= room) return shorter;
+    }
+    return "";
+  }
+
+  private outline(box: Box): void {
+    const { context, palette } = this;
+    const height = Math.max(box.height, 3);
+    context.lineWidth = 4;
+    context.strokeStyle = palette.line;
+    context.strokeRect(box.x + 2, box.y + 2, box.width - 4, height - 4);
+    context.lineWidth = 2;
+    context.strokeStyle = palette.chosen;
+    context.strokeRect(box.x + 1, box.y + 1, box.width - 2, height - 2);
+  }
+
+  private makeHatch(): void {
+    const tile = element("canvas");
+    tile.width = tile.height = 8;
+    const context = tile.getContext("2d")!;
+    context.fillStyle = this.palette.faded;
+    context.fillRect(0, 0, 8, 8);
+    context.strokeStyle = this.palette.text;
+    context.globalAlpha = 0.55;
+    for (const shift of [-8, 0, 8]) {
+      context.moveTo(shift, 8);
+      context.lineTo(shift + 8, 0);
+    }
+    context.stroke();
+    this.hatch = this.context.createPattern(tile, "repeat");
+  }
+
+  private boxOf(event: MouseEvent): Box | null {
+    return boxAt(this.layout, event.offsetX, event.offsetY);
+  }
+
+  private click(event: MouseEvent): void {
+    const box = this.boxOf(event);
+    if (box === null) return;
+    const { root } = this.shown!;
+    const node = box.node < 0 ? box.parent : box.node;
+    if (node === root && box.node >= 0 && root > 0) this.actions.zoom(this.model.parent[root]);
+    else if (this.model.hasChildren(node)) this.actions.zoom(node);
+    this.actions.choose(node);
+  }
+
+  private describe(node: number): string {
+    const { model } = this;
+    const words = `${model.kinds[model.kind[node]]} ${model.title(node, kTipBytes)}`;
+    const line = model.isItem(node) ? `line ${number(model.firstLine(node))}, ` : "";
+    return `${words}, ${line}${sizeText(model, node, this.shown!.size)}`;
+  }
+
+  private point(event: MouseEvent): void {
+    const box = this.boxOf(event);
+    this.tip.hidden = box === null;
+    if (box === null) return;
+    const { model } = this;
+    this.canvas.style.cursor = box.node >= 0 && !model.hasChildren(box.node) ? "default" : "zoom-in";
+    if (box.node === kMerged) {
+      this.tip.textContent = `small boxes in ${this.describe(box.parent)}`;
+    } else if (box.node === kOmitted) {
+      this.tip.textContent = model.data.file.omitted.get(model.ref[box.parent]);
+    } else {
+      this.tip.textContent = this.describe(box.node);
+    }
+    const { clientWidth, clientHeight } = this.frame;
+    const left = Math.min(event.offsetX + 14, clientWidth - this.tip.offsetWidth - 4);
+    const below = event.offsetY + 18;
+    const above = event.offsetY - this.tip.offsetHeight - 8;
+    this.tip.style.left = `${Math.max(0, left)}px`;
+    this.tip.style.top = `${below + this.tip.offsetHeight < clientHeight ? below : Math.max(0, above)}px`;
+  }
+
+  private speak(): void {
+    this.speech.textContent = this.describe(this.shown!.chosen);
+  }
+
+  private press(event: KeyboardEvent): void {
+    if (event.ctrlKey || event.altKey || event.metaKey) return;
+    const { model } = this;
+    const { root } = this.shown!;
+    const chosen = model.contains(root, this.shown!.chosen) ? this.shown!.chosen : root;
+    const parent = model.parent[chosen];
+    let target = -1;
+    switch (event.key) {
+      case "ArrowLeft":
+        target = parent;
+        break;
+      case "ArrowRight":
+        if (model.hasChildren(chosen)) target = chosen + 1;
+        break;
+      case "ArrowDown":
+        if (parent >= 0 && model.end[chosen] < model.end[parent]) target = model.end[chosen];
+        break;
+      case "ArrowUp":
+        if (parent >= 0) target = this.siblingBefore(chosen);
+        break;
+      case "Home":
+        this.actions.zoom(0);
+        target = 0;
+        break;
+      case "Enter":
+        this.actions.zoom(chosen);
+        break;
+      case "Backspace":
+      case "Escape":
+        if (root > 0) {
+          this.actions.zoom(model.parent[root]);
+          target = root;
+        }
+        break;
+      default:
+        return;
+    }
+    event.preventDefault();
+    if (target < 0) return;
+    this.actions.choose(target);
+  }
+
+  private siblingBefore(node: number): number {
+    const { model } = this;
+    let before = -1;
+    for (let at = model.parent[node] + 1; at < node; at = model.end[at]) before = at;
+    return before;
+  }
+}
