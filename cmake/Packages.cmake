@@ -40,7 +40,7 @@ set(CPACK_DEBIAN_TOOL_PACKAGE_NAME quorl-js)
 set(CPACK_DEBIAN_TOOL_PACKAGE_SECTION utils)
 # Loaded at run time, so that the tool which finds dependencies does not see it.
 set(CPACK_DEBIAN_TOOL_PACKAGE_DEPENDS 
-    "${same_module}, ${QUORL_LIBGIT2_PACKAGE}, ${QUORL_SQLITE3_PACKAGE}")
+    "${same_module}, ${QUORL_LIBGIT2_PACKAGE}, ${QUORL_SQLITE3_PACKAGE}, ${QUORL_LIBDEFLATE_PACKAGE}")
 set(CPACK_DEBIAN_TOOL_DESCRIPTION
 "source structure of JavaScript and HTML as flat records (command line)
 Prints the structure records of JavaScript and HTML files, or of any other

@@ -16,7 +16,9 @@ function(find_runtime_library name module package)
       message(FATAL_ERROR "${library} has no soname")
     endif()
     set(library ${CMAKE_MATCH_1})
-    string(REPLACE ".so." "-" runtime_package ${library})
+    # libgit2.so.1.5 is in libgit2-1.5, libdeflate.so.0 in libdeflate0.
+    string(REGEX REPLACE "([0-9])\\.so\\." "\\1-" runtime_package ${library})
+    string(REPLACE ".so." "" runtime_package ${runtime_package})
     set(QUORL_${name}_PACKAGE ${runtime_package} PARENT_SCOPE)
   endif()
   set(QUORL_${name} ${library} PARENT_SCOPE)
@@ -24,6 +26,7 @@ function(find_runtime_library name module package)
 endfunction()
 find_runtime_library(LIBGIT2 libgit2>=1.5 libgit2-dev)
 find_runtime_library(SQLITE3 sqlite3>=3.40 libsqlite3-dev)
+find_runtime_library(LIBDEFLATE libdeflate>=1.8 libdeflate-dev)
 
 # The hash of file contents is compiled in.
 pkg_check_modules(XXHASH libxxhash>=0.8)

@@ -28,6 +28,7 @@
 #include "system/io.h"
 #include "system/messages.h"
 #include "system/signals.h"
+#include "view/view.h"
 
 namespace host {
 namespace {
@@ -59,9 +60,9 @@ struct CommandRun {
   int (*run)(int argc, const char* const* argv);
 };
 
-constexpr std::array kCommands = {CommandRun{"merge", runMerge}, CommandRun{"lsp", runLsp},
-                                  CommandRun{"index", runIndex}, CommandRun{"query", runQuery},
-                                  CommandRun{"status", runStatus}};
+constexpr std::array kCommands = {CommandRun{"merge", runMerge},   CommandRun{"lsp", runLsp},
+                                  CommandRun{"index", runIndex},   CommandRun{"query", runQuery},
+                                  CommandRun{"status", runStatus}, CommandRun{"view", runView}};
 
 int run(const RunOptions& options) {
   if (options.help) return printHelp(kProgram);

@@ -99,7 +99,9 @@ constexpr std::array kPlaces = {
     Place{"@QUERY_OPTIONS@", options, kQuery},     Place{"@QUERY_STATUSES@", statuses, kQuery},
     Place{"@QUERY_EXAMPLES@", examples, kQuery},   Place{"@STATUS_SYNOPSIS@", synopses, kStatus},
     Place{"@STATUS_PURPOSE@", purpose, kStatus},   Place{"@STATUS_STATUSES@", statuses, kStatus},
-    Place{"@STATUS_EXAMPLES@", examples, kStatus},
+    Place{"@STATUS_EXAMPLES@", examples, kStatus}, Place{"@VIEW_SYNOPSIS@", synopses, kView},
+    Place{"@VIEW_PURPOSE@", purpose, kView},       Place{"@VIEW_OPTIONS@", options, kView},
+    Place{"@VIEW_STATUSES@", statuses, kView},     Place{"@VIEW_EXAMPLES@", examples, kView},
 };
 
 }  // namespace

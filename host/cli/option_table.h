@@ -59,6 +59,7 @@ extern const Command kLsp;      // and when it is lsp, and so on
 extern const Command kIndex;
 extern const Command kQuery;
 extern const Command kStatus;
+extern const Command kView;
 
 // A command of the program that its first argument names.
 struct Subcommand {

@@ -20,19 +20,6 @@ constexpr std::size_t kPieceBytes = std::size_t{64} * 1024;
 constexpr std::string_view kBase64Digits =
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
-void appendBase64(std::string& out, std::string_view bytes) {
-  for (std::size_t at = 0; at < bytes.size(); at += 3) {
-    const std::string_view group = bytes.substr(at, 3);
-    std::uint32_t bits = 0;
-    for (std::size_t i = 0; i < 3; ++i) {
-      bits = bits << 8U | (i < group.size() ? static_cast<unsigned char>(group[i]) : 0U);
-    }
-    for (std::size_t i = 0; i < 4; ++i) {
-      out += i <= group.size() ? kBase64Digits[bits >> (18 - 6 * i) & 0x3fU] : '=';
-    }
-  }
-}
-
 // Whether the text is itself in JSON, and UTF-8. Most names and lines are.
 bool isPlain(std::string_view text) {
   return std::all_of(text.begin(), text.end(), [](char byte) {
@@ -66,6 +53,19 @@ void appendJsonMember(std::string& out, std::string_view key, std::string_view t
     out.append(",\"").append(key).append("Bytes\":\"");
     appendBase64(out, text);
     out += '"';
+  }
+}
+
+void appendBase64(std::string& out, std::string_view bytes) {
+  for (std::size_t at = 0; at < bytes.size(); at += 3) {
+    const std::string_view group = bytes.substr(at, 3);
+    std::uint32_t bits = 0;
+    for (std::size_t i = 0; i < 3; ++i) {
+      bits = bits << 8U | (i < group.size() ? static_cast<unsigned char>(group[i]) : 0U);
+    }
+    for (std::size_t i = 0; i < 4; ++i) {
+      out += i <= group.size() ? kBase64Digits[bits >> (18 - 6 * i) & 0x3fU] : '=';
+    }
   }
 }
 

@@ -23,7 +23,10 @@ void appendNumber(std::string& out, std::integral auto number) {
   out.append(digits.data(), static_cast<std::size_t>(end - digits.data()));
 }
 
-// The bytes that the base64 text stands for, as appendJsonMember wrote it; false for other texts.
+// The bytes as base64 with padding.
+void appendBase64(std::string& out, std::string_view bytes);
+
+// The bytes that the base64 text stands for, as appendBase64 wrote it; false for other texts.
 bool decodeBase64(std::string_view text, std::string& bytes);
 
 }  // namespace host

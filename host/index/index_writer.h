@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -12,9 +11,6 @@
 #include "index/rows.h"
 
 namespace host::index {
-
-// Gives the next item of a file, or false behind the last.
-using NextItem = std::function<bool(ItemRow& item)>;
 
 class IndexWriter {
  public:

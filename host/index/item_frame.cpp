@@ -297,4 +297,21 @@ bool ItemFrameReader::takeOptional(std::optional<std::string>& text) {
   return true;
 }
 
+bool isSoundFrame(std::string_view frame) {
+  using State = ItemFrameReader::State;
+  ItemFrameReader reader(frame);
+  FileRow file;
+  ItemRow item;
+  State state = reader.takeFile(file) ? State::kItem : State::kMalformed;
+  while (state == State::kItem) state = reader.takeItem(item);
+  return state == State::kEnd;
+}
+
+FileRow rowOfBadFrame(const std::string& path) {
+  FileRow row;
+  row.status = "failed";
+  row.message = path + ": the worker sent a malformed result";
+  return row;
+}
+
 }  // namespace host::index

@@ -45,4 +45,10 @@ class ItemFrameReader {
   std::vector<std::string_view> labels_;
 };
 
+// Whether the frame is whole, to its last item.
+bool isSoundFrame(std::string_view frame);
+
+// What stands for a file whose frame is not.
+FileRow rowOfBadFrame(const std::string& path);
+
 }  // namespace host::index

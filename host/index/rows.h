@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -34,5 +35,8 @@ struct ItemRow {
   bool isNamePlain = true;  // to be stored as TEXT, see isPlainText
   bool isTextPlain = true;
 };
+
+// Gives the next item of a file, or false behind the last.
+using NextItem = std::function<bool(ItemRow& item)>;
 
 }  // namespace host::index

@@ -31,7 +31,6 @@ using index::ItemFrameReader;
 using index::ItemRow;
 
 constexpr std::string_view kTool = "quorl-js " QUORL_VERSION;
-constexpr const char* kBadFrame = "the worker sent a malformed result";
 
 // With more changes than one file in so many, the index over names is made anew.
 constexpr std::size_t kFewChanges = 16;
@@ -63,10 +62,7 @@ void putFrame(IndexWriter& writer, std::int64_t id, const Input& input, std::str
   writer.putFile(id, input.path, row, next);
   if (isSound) return;
   writer.removeFile(id);
-  FileRow failed;
-  failed.status = "failed";
-  failed.message = input.path + ": " + kBadFrame;
-  writer.putFile(id, input.path, failed, [](ItemRow&) { return false; });
+  writer.putFile(id, input.path, index::rowOfBadFrame(input.path), [](ItemRow&) { return false; });
 }
 
 WorkerTask taskFor(const RunOptions& options, const Diagnostics& diagnostics) {

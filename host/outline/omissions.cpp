@@ -18,6 +18,11 @@
 namespace host::outline {
 namespace {
 
+constexpr std::array<std::string_view, 6> kReasonWords = {
+    "long-lines", "many-braces", "line-limit", "size-limit", "open-comment", "stopped-early"};
+static_assert(kReasonWords.size() == static_cast<std::size_t>(OmissionReason::kStoppedEarly) + 1,
+              "a word a reason");
+
 // More braces of a kind than the module takes, counted as it counts them: outside strings that end
 // with the line, and not behind a backslash.
 bool hasManyBraces(std::string_view line) {
@@ -165,11 +170,13 @@ class Finder {
 }  // namespace
 
 std::string_view reasonWord(OmissionReason reason) {
-  constexpr std::array<std::string_view, 6> kWords = {
-      "long-lines", "many-braces", "line-limit", "size-limit", "open-comment", "stopped-early"};
-  static_assert(kWords.size() == static_cast<std::size_t>(OmissionReason::kStoppedEarly) + 1,
-                "a word a reason");
-  return kWords[static_cast<std::size_t>(reason)];
+  return kReasonWords[static_cast<std::size_t>(reason)];
+}
+
+std::optional<OmissionReason> reasonCalled(std::string_view word) {
+  const auto* const found = std::find(kReasonWords.begin(), kReasonWords.end(), word);
+  if (found == kReasonWords.end()) return std::nullopt;
+  return static_cast<OmissionReason>(found - kReasonWords.begin());
 }
 
 std::vector<Omission> findOmissions(std::string_view source, std::string_view answer) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -19,6 +20,9 @@ enum class OmissionReason : std::uint8_t {
 
 // The word for a reason in outputs: "long-lines", "open-comment", ...
 std::string_view reasonWord(OmissionReason reason);
+
+// The reason of that word, if there is one.
+std::optional<OmissionReason> reasonCalled(std::string_view word);
 
 struct Omission {
   OmissionReason reason = OmissionReason::kLongLines;

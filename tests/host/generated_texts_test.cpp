@@ -222,7 +222,7 @@ TEST_F(Completions, OfZsh) {
           "(-j --jobs)--jobs=[Parse N files in parallel, 1 to 256]:N: ",
           "--color=[Color outline and tree]:WHEN:(auto always never)", diagnostics,
           "(-h --help)--help[Print this help]", "*:FILE:_files",
-          R"x(1:FILE or command:{_alternative "commands\:command\:(merge lsp index query status)" )x"
+          R"x(1:FILE or command:{_alternative "commands\:command\:(merge lsp index query status view)" )x"
           R"x("files\:file\:_files"})x"}) {
     EXPECT_NE(("\n" + read).find("\n" + line + "\n"), std::string::npos) << line << "\nis not in\n"
                                                                          << read;
@@ -306,14 +306,17 @@ TEST_F(ManualPage, HasItsSections) {
   for (std::string line; std::getline(lines, line);) {
     if (line.rfind("# ", 0) == 0) sections.push_back(line.substr(2));
   }
-  EXPECT_EQ(sections, (Words{"NAME", "SYNOPSIS", "DESCRIPTION", "WHICH FILES ARE READ", "LIMITS",
-                             "TEXT LEFT OUT", "OUTPUT FILES", "OPTIONS", "EXIT STATUS", "MERGE",
-                             "LSP", "INDEX", "QUERY", "STATUS", "FILES", "EXAMPLES", "SEE ALSO"}));
+  EXPECT_EQ(sections,
+            (Words{"NAME", "SYNOPSIS", "DESCRIPTION", "WHICH FILES ARE READ", "LIMITS",
+                   "TEXT LEFT OUT", "OUTPUT FILES", "OPTIONS", "EXIT STATUS", "MERGE", "LSP",
+                   "INDEX", "QUERY", "STATUS", "VIEW", "FILES", "EXAMPLES", "SEE ALSO"}));
   for (const char* text :
        {"\n*quorl-js* _FILE_... [_OPTION_]...++\n",
         "\n*quorl-js* *--files-from* _LIST_ [_FILE_]... [_OPTION_]...++\n",
         "\n*quorl-js* *merge* _SHARD_... [_OPTION_]...++\n", "\n*quorl-js* *lsp* [_OPTION_]...++\n",
-        "\n*quorl-js* *status* _INDEX_\n", "\n*quorl-js* *query* _INDEX_... [_OPTION_]...\n",
+        "\n*quorl-js* *status* _INDEX_++\n",
+        "\n*quorl-js* *view* _FILE_... *-o* _PAGE_ [_OPTION_]...\n",
+        "\n*quorl-js* *query* _INDEX_... [_OPTION_]...\n",
         "\n*--at* _FILE_:_LINE_\n\tPrint the items that contain the line",
         "\n*--trace* _FILE_\n\tLog every message to FILE.",
         "\n*-j*, *--jobs* _N_\n\tParse N files in parallel",

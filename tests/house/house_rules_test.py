@@ -43,6 +43,7 @@ ROOMS = {
               "run/exit_status.h", "run/output.h"},
     "indexing": {"system", "records", "outline", "sources", "formats", "workers", "cli", "index",
                  "run", "merge"},
+    "view": {"system", "outline", "sources", "formats", "workers", "cli", "index", "run"},
 }
 C_HEADER = "plugin/plugin_api.h"
 WRITER = ("src/base/stream_writer.h", "src/base/stream_writer.cpp")

@@ -15,6 +15,7 @@ import sys
 import threading
 import time
 
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "support"))
 import run_functions
 
 QUORL_JS, SCRATCH = os.path.abspath(sys.argv[1]), pathlib.Path(sys.argv[2]).resolve()
