@@ -1,10 +1,11 @@
 """Runs the benchmarks and prints tables.
 
-usage: bench.py [--filter REGEX] [--rounds N] [--against REV | --peers | --many | --index |
-                --lsp [--edits N]]
+usage: bench.py [--filter REGEX] [--rounds N] [--against REV | --least | --peers | --many |
+                --index | --lsp [--edits N]]
 
-Without the last five: whole runs of the module by route and size, small files, and the steps of
+Without the last six: whole runs of the module by route and size, small files, and the steps of
 a run one by one. --against: whole runs of the module as it is and as it was at REV, alternately.
+--least: first runs of a process, beside the least that the contract of the module leaves to do.
 --peers: whole processes of quorl-js and of other programs, alternately. --many: runs of quorl-js
 over ten thousand files, alternately with one worker and with two. --index: an index of these files,
 beside ndjson and universal-ctags. --lsp: edits of a script, with the
@@ -167,6 +168,16 @@ def print_against(folder, options):
         "peak then/now", "records"], rows)
 
 
+def print_least(folder, options):
+    runs = run_program("bench_least", [folder, options.rounds, MODULE], options.filter)
+    rows = [[name, run["source_bytes"] * 1e-6, run["record_bytes"] * 1e-6, "%d" % run["nodes"],
+             run["cpu_ms"], run["least_cpu_ms"], "%.2f" % (run["cpu_ms"] / run["least_cpu_ms"]),
+             "%.2f" % (run["ms"] / run["least_ms"])] for name, run in runs.items()]
+    print_table("The first runs of a process, and the least that the contract leaves", [
+        "route/file size", "source MB", "record MB", "nodes", "cpu ms", "least cpu ms", "times",
+        "times, wall"], rows)
+
+
 def print_many(cache, rounds):
     listing, quorl_js = many.prepare(cache), BUILD / "bin" / "quorl-js"
     source_mb, rows = many.compare_jobs(listing, quorl_js, rounds)
@@ -200,6 +211,7 @@ def main():
     parser.add_argument("--rounds", type=int, default=9, help="samples of each (default: 9)")
     kind = parser.add_mutually_exclusive_group()
     kind.add_argument("--against", metavar="REV", help="compare with an earlier commit")
+    kind.add_argument("--least", action="store_true", help="compare with the least work")
     kind.add_argument("--peers", action="store_true", help="compare with other programs")
     kind.add_argument("--many", action="store_true", help="run over ten thousand files")
     kind.add_argument("--index", action="store_true", help="index ten thousand files, and ask it")
@@ -222,6 +234,8 @@ def main():
         print_table("Whole processes, standard output to a file", peers.HEADS, rows)
     elif options.against:
         print_against(folder, options)
+    elif options.least:
+        print_least(folder, options)
     else:
         runs = run_program("bench_runs", [folder, options.rounds, MODULE], options.filter)
         print_runs(runs)

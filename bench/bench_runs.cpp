@@ -6,7 +6,6 @@
 // TEXTS/runs/ROUTE/SIZE holds the files of one benchmark: the same text for every size of a route,
 // in pieces of that size. One sample parses all of them in one process, file by file.
 #include <benchmark/benchmark.h>
-#include <dlfcn.h>
 
 #include <cstdint>
 #include <cstdlib>
@@ -14,39 +13,26 @@
 #include <exception>
 #include <filesystem>
 #include <iostream>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
-#include "plugin/plugin_api.h"
+#include "opened_module.h"
 #include "report.h"
 
 namespace bench {
 namespace {
 
-template <typename Symbol>
-Symbol find(void* module, const char* name) {
-  void* const symbol = dlsym(module, name);
-  if (symbol == nullptr) throw std::runtime_error(dlerror());
-  return reinterpret_cast<Symbol>(symbol);
-}
-
 // With again, the process has already run the files once, untimed.
 void runFiles(Sample& sample, const std::string& path, const std::vector<std::string>& files,
               bool again) {
-  void* const module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-  if (module == nullptr) throw std::runtime_error(dlerror());
-  const auto parse = find<decltype(&ParseJS)>(module, "ParseJS");
-  const auto* nextId = find<const std::int32_t*>(module, "currentIndex");
-  for (std::size_t i = 0; again && i < files.size(); ++i) parse(files[i].c_str(), nullptr);
+  const OpenedModule module(path);
+  for (std::size_t i = 0; again && i < files.size(); ++i) module.parse(files[i]);
   for (const std::string& file : files) {
     const char* answer = nullptr;
-    addTime(sample, [&] { answer = parse(file.c_str(), nullptr); });
-    if (answer == nullptr || std::strncmp(answer, "[\n", 2) != 0)
-      throw std::runtime_error(file + " was not read");
+    addTime(sample, [&] { answer = module.parse(file); });
     sample.sourceBytes += static_cast<double>(std::filesystem::file_size(file));
     sample.recordBytes += static_cast<double>(std::strlen(answer));
-    sample.nodes += *nextId;
+    sample.nodes += module.nodeCount();
   }
 }
 

@@ -1,6 +1,6 @@
 """Runs both benchmark programs once on short texts and checks their counters.
 
-usage: smoke_test.py BENCH_RUNS BENCH_KERNELS MODULE
+usage: smoke_test.py BENCH_RUNS BENCH_KERNELS BENCH_LEAST MODULE
 """
 import json
 import pathlib
@@ -24,7 +24,7 @@ def counters(scratch, command):
 
 
 def main():
-    runs_program, kernels_program, module = sys.argv[1:]
+    runs_program, kernels_program, least_program, module = sys.argv[1:]
     with tempfile.TemporaryDirectory() as folder:
         scratch = pathlib.Path(folder)
         for route, (name, text) in TEXTS.items():
@@ -33,6 +33,7 @@ def main():
             (whole / name).write_bytes(text)
         runs = counters(scratch, [runs_program, folder, "2", module, module])
         kernels = counters(scratch, [kernels_program, folder, "1"])
+        least = counters(scratch, [least_program, folder, "2", module])
     processes = ("whole", "again")
     assert set(runs) == {route + "/" + name for route in TEXTS for name in processes}, runs.keys()
     for name, run in runs.items():
@@ -49,6 +50,11 @@ def main():
                      "write-ctags", "write-etags"):
             made = kernels[step + "/" + route]
             assert made["record_bytes"] == run["record_bytes"] and made["ms"] > 0, made
+    assert set(least) == {route + "/whole" for route in TEXTS}, least.keys()
+    for name, run in least.items():
+        for key in ("record_bytes", "nodes"):
+            assert run[key] == run["least_" + key] == runs[name][key], (key, run)
+        assert min(run["ms"], run["least_ms"]) > 0, run
     # The root, two wrappers, the function and its variable; a line that only closes makes no node.
     assert kernels["script-content/script"]["nodes"] == 5, kernels["script-content/script"]
     print("%d whole runs and %d kernels were measured" % (len(runs), len(kernels)))
