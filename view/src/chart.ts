@@ -24,6 +24,7 @@ export interface Shown {
 interface Actions {
   choose(node: number): void;
   zoom(node: number): void;
+  enter(node: number, root: number): void; // chooses the node and zooms to the root
 }
 
 export function sizeText(model: Model, node: number, by: Size): string {
@@ -43,6 +44,7 @@ export class Chart {
   private shown: Shown | null = null;
   private hatch: CanvasPattern | null = null;
   private waiting = 0;
+  private readonly widths = new Map<string, number>(); // of characters in kFont
 
   constructor(
     private readonly model: Model,
@@ -72,9 +74,9 @@ export class Chart {
     if (document.activeElement === this.canvas) this.speak();
   }
 
-  // Whether a node has a box of its own.
-  hasBox(node: number): boolean {
-    this.place();
+  // Whether the chart, as it is about to be shown, has a box for the node.
+  draws(node: number, at: { root: number; view: View; size: Size }): boolean {
+    this.place(at);
     return this.layout.boxes.some((box) => box.node === node);
   }
 
@@ -84,9 +86,7 @@ export class Chart {
   }
 
   // Lays the boxes out, if anything has changed since the last time.
-  private place(): void {
-    if (this.shown === null) return;
-    const { root, view, size } = this.shown;
+  private place({ root, view, size }: { root: number; view: View; size: Size }): void {
     const { clientWidth: width, clientHeight: height } = this.frame;
     const key = [root, view, size, width, height].join();
     if (key === this.laidOut) return;
@@ -114,7 +114,7 @@ export class Chart {
   private draw(): void {
     cancelAnimationFrame(this.waiting);
     this.waiting = 0;
-    this.place();
+    this.place(this.shown!);
     const { context, palette, model } = this;
     const { marks, chosen, view } = this.shown!;
     const ratio = window.devicePixelRatio;
@@ -152,7 +152,7 @@ export class Chart {
     let text;
     if (box.node === kMerged) text = "";
     else if (box.node === kOmitted) text = box.title >= kMinTextHeight + 4 ? "left out" : "";
-    else text = model.title(box.node, kLabelBytes);
+    else text = model.title(box.node, Math.min(kLabelBytes, Math.ceil(room / 2)));
     text = this.cut(text, room);
     if (text === "") return;
     const y = box.y + Math.min(box.title / 2, 10);
@@ -166,16 +166,25 @@ export class Chart {
     context.globalAlpha = 1;
   }
 
+  // The text, or as much of it as fits, by the widths of its characters.
   private cut(text: string, room: number): string {
-    const width = this.context.measureText(text).width;
-    if (width <= room) return text;
-    const characters = [...text];
-    let keep = Math.floor((characters.length * room) / width);
-    for (; keep > 0; --keep) {
-      const shorter = `${characters.slice(0, keep).join("")}\u2026`;
-      if (this.context.measureText(shorter).width <= room) return shorter;
+    let end = 0; // of what fits with the sign of a cut behind it
+    let width = 0;
+    for (const character of text) {
+      width += this.widthOf(character);
+      if (width > room) return end === 0 ? "" : `${text.slice(0, end)}\u2026`;
+      if (width + this.widthOf("\u2026") <= room) end += character.length;
     }
-    return "";
+    return text;
+  }
+
+  private widthOf(character: string): number {
+    let width = this.widths.get(character);
+    if (width === undefined) {
+      width = this.context.measureText(character).width;
+      this.widths.set(character, width);
+    }
+    return width;
   }
 
   private outline(box: Box): void {
@@ -214,9 +223,8 @@ export class Chart {
     if (box === null) return;
     const { root } = this.shown!;
     const node = box.node < 0 ? box.parent : box.node;
-    if (node === root && box.node >= 0 && root > 0) this.actions.zoom(this.model.parent[root]);
-    else if (this.model.hasChildren(node)) this.actions.zoom(node);
-    this.actions.choose(node);
+    if (box.node === root && root > 0) this.actions.enter(root, this.model.parent[root]);
+    else this.actions.enter(node, this.model.hasChildren(node) ? node : root);
   }
 
   private describe(node: number): string {
@@ -272,18 +280,14 @@ export class Chart {
         if (parent >= 0) target = this.siblingBefore(chosen);
         break;
       case "Home":
-        this.actions.zoom(0);
-        target = 0;
+        this.actions.enter(0, 0);
         break;
       case "Enter":
         this.actions.zoom(chosen);
         break;
       case "Backspace":
       case "Escape":
-        if (root > 0) {
-          this.actions.zoom(model.parent[root]);
-          target = root;
-        }
+        if (root > 0) this.actions.enter(root, model.parent[root]);
         break;
       default:
         return;

@@ -67,12 +67,13 @@ export class List {
     const wasSearching = this.found !== null;
     this.found = matches === null ? null : matches.nodes;
     this.tree.scroller.hidden = matches !== null;
-    this.results.scroller.hidden = matches === null || matches.nodes.length === 0;
+    this.results.scroller.hidden = matches === null;
     if (matches === null) {
       this.status.textContent = "";
       if (wasSearching) this.choose(this.chosen);
       return;
     }
+    if (!wasSearching) this.results.scroller.scrollTop = 0;
     const { nodes, done } = matches;
     const some = nodes.length === 0 ? "nothing found" : `${number(nodes.length)} found`;
     this.status.textContent = done ? some : `${number(nodes.length)} found so far`;
@@ -197,12 +198,12 @@ export class List {
   }
 
   private fillResult(row: Row, index: number): void {
-    const { model } = this;
-    const node = this.found![index];
+    const { model, found } = this;
+    const node = found![index];
     this.fill(row, node);
     const [, , title, aside] = row.children as unknown as HTMLElement[];
     row.setAttribute("aria-posinset", String(index + 1));
-    row.setAttribute("aria-setsize", String(this.found!.length));
+    row.setAttribute("aria-setsize", String(found!.length));
     if (model.isItem(node) && this.hasName(node)) {
       const text = visible(model.data.item.text.get(model.ref[node], kTitleBytes)).trim();
       title.append(element("span", "plain", `  ${text}`));

@@ -9,7 +9,7 @@ import { List } from "./list";
 import { kSizes, Model } from "./model";
 import { Palette } from "./palette";
 import { Search, type Matches } from "./search";
-import { fromFragment, startState, toFragment, type State, type View } from "./state";
+import { fromFragment, toFragment, type State, type View } from "./state";
 import { bytes, count, number } from "./text";
 
 const kWriteDelayMs = 250; // browsers limit how often the URL may change
@@ -33,10 +33,11 @@ class Page {
   constructor(private readonly model: Model) {
     const actions = {
       choose: (node: number, lasting = true) => this.choose(node, lasting),
-      zoom: (root: number) => this.zoom(root),
+      zoom: (node: number) => this.zoom(node),
+      enter: (node: number, root: number) => this.choose(node, true, root),
       filter: (kinds: ReadonlySet<number>) => this.set({ kinds }, true),
     };
-    this.state = startState(model);
+    this.state = fromFragment(location.hash, model);
     this.search = new Search(model);
     this.list = new List(model, this.palette, actions);
     this.chart = new Chart(model, this.palette, actions);
@@ -44,8 +45,8 @@ class Page {
     this.legend = new Legend(model, this.palette, actions);
     this.connect();
     this.showFigures();
-    this.restore();
-    this.search.warmUp();
+    this.showSince(null);
+    if (this.matches === null) this.search.warmUp();
   }
 
   private connect(): void {
@@ -91,22 +92,17 @@ class Page {
 
   private restore(): void {
     const state = fromFragment(location.hash, this.model);
-    if (toFragment(state, this.model) === toFragment(this.state, this.model) && this.drawn) return;
+    const before = this.state;
     this.state = state;
-    this.drawn = true;
-    this.show();
+    this.showSince(before);
   }
-  private drawn = false;
 
-  private choose(node: number, lasting: boolean): void {
-    const { model, state, chart } = this;
-    let { root } = state;
-    if (!model.contains(root, node)) root = 0;
-    this.state = { ...state, root, chosen: node };
-    this.showChart();
-    // A node that is too small to be drawn: its parent as the root gives it the most room.
-    if (!chart.hasBox(node) && node > 0) this.state.root = model.parent[node];
-    this.set({}, lasting);
+  // A node that is too small to be drawn gets the most room with its parent as the root.
+  private choose(node: number, lasting: boolean, zoomTo = this.state.root): void {
+    const { model } = this;
+    let root = model.contains(zoomTo, node) ? zoomTo : 0;
+    if (node > 0 && !this.chart.draws(node, { ...this.state, root })) root = model.parent[node];
+    this.set({ root, chosen: node }, lasting);
   }
 
   private chooseFirst(): void {
@@ -129,16 +125,21 @@ class Page {
     } else {
       this.writing = window.setTimeout(() => history.replaceState(null, "", fragment), kWriteDelayMs);
     }
-    const { find, kinds, label } = this.state;
-    const searching = find !== before.find || kinds !== before.kinds || label !== before.label;
-    if (searching) this.startSearch();
-    this.showParts();
+    this.showSince(before);
   }
 
-  private show(): void {
-    if (this.find.value !== this.state.find) this.find.value = this.state.find;
-    this.startSearch();
-    this.showParts();
+  // Shows what differs from the state before, or all.
+  private showSince(before: State | null): void {
+    const { state } = this;
+    const differs = (...keys: (keyof State)[]) =>
+      before === null || keys.some((key) => before[key] !== state[key]);
+    if (this.find.value !== state.find) this.find.value = state.find;
+    if (differs("view", "size", "kinds", "label")) this.showSettings();
+    if (differs("root")) this.showCrumbs();
+    if (differs("chosen", "root", "view", "size")) this.showChart();
+    if (differs("chosen")) this.list.choose(state.chosen);
+    if (differs("chosen", "size")) this.detail.show(state.chosen, state.size, this.palette);
+    if (differs("find", "kinds", "label")) this.startSearch();
   }
 
   private startSearch(): void {
@@ -162,7 +163,7 @@ class Page {
     this.chart.show({ root, view, size, chosen, marks: this.matches?.marks ?? null });
   }
 
-  private showParts(): void {
+  private showSettings(): void {
     const { state } = this;
     for (const view of ["icicle", "treemap"]) {
       byId(`view-${view}`).setAttribute("aria-pressed", String(view === state.view));
@@ -172,10 +173,6 @@ class Page {
     }
     this.label.value = String(state.label);
     this.legend.show(state.kinds);
-    this.showCrumbs();
-    this.showChart();
-    this.list.choose(state.chosen);
-    this.detail.show(state.chosen, state.size, this.palette);
   }
 
   private showCrumbs(): void {
@@ -188,8 +185,7 @@ class Page {
         entry.textContent = `${number(path.length - kCrumbs + 1)} levels`;
       } else {
         const crumb = button("", model.title(node, 120), () => {
-          this.zoom(node);
-          this.choose(node, true);
+          this.choose(node, true, node);
         });
         if (index === shown.length - 1) crumb.setAttribute("aria-current", "true");
         entry.append(crumb);

@@ -36,7 +36,10 @@ export class Rows {
     const first = this.first();
     const inSight = this.inSight();
     if (index >= first && index + 1 <= first + inSight) return;
-    const target = index < first && index > first - 2 ? index : index >= first + inSight && index < first + inSight + 2 ? index + 1 - inSight : index - inSight / 3;
+    // A neighbour comes in by a row, others come to the upper third.
+    let target = index - inSight / 3;
+    if (index < first && index > first - 2) target = index;
+    if (index + 1 > first + inSight && index < first + inSight + 1) target = index + 1 - inSight;
     this.scroller.scrollTop = Math.max(0, target) * this.pixelsPerRow();
     this.draw();
   }
@@ -64,6 +67,7 @@ export class Rows {
   }
 
   private draw(): void {
+    if (this.scroller.hidden) return;
     const first = this.first();
     const begin = Math.max(0, Math.floor(first));
     const end = Math.min(this.count, Math.ceil(first + this.inSight()) + 1);

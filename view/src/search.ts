@@ -4,10 +4,10 @@
 // native indexOf over such strings goes through all texts of a million items in some 30 ms.
 
 import type { Texts } from "./data";
-import type { Model } from "./model";
+import { kSizes, type Model } from "./model";
 
 const kChunkBytes = 1 << 20;
-const kFirstSliceMs = 20;
+const kFirstSliceMs = 15;
 const kSliceMs = 12;
 const kReportMs = 120;
 const kHitsPerLook = 2048; // between two looks at the clock
@@ -120,18 +120,19 @@ export class Search {
     this.texts = new Pool(model.data.item.text);
   }
 
-  // Prepares the texts, so that the first search does not have to.
+  // Prepares the texts and sizes, so that the first who needs them does not have to.
   warmUp(): void {
-    const { names, paths, texts } = this;
-    this.inSlices(
-      (function* () {
-        yield* names.prepare();
-        yield* paths.prepare();
-        yield* texts.prepare();
-      })(),
-      0,
-      () => undefined,
-    );
+    const { model, names, paths, texts } = this;
+    const steps = function* () {
+      yield* names.prepare();
+      yield* paths.prepare();
+      yield* texts.prepare();
+      for (const size of kSizes) {
+        model.size(size);
+        yield;
+      }
+    };
+    this.inSlices(steps(), 0, () => undefined);
   }
 
   // Reports what is found at once, and again while it grows, until another search starts.
