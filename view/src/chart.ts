@@ -34,7 +34,7 @@ export function sizeText(model: Model, node: number, by: Size): string {
 
 export class Chart {
   private readonly canvas = byId<HTMLCanvasElement>("canvas");
-  private readonly context = this.canvas.getContext("2d", { alpha: false })!;
+  private readonly context = this.canvas.getContext("2d", { alpha: false, willReadFrequently: true })!;
   private readonly frame = byId("frame");
   private readonly tip = byId("tip");
   private readonly note = byId("note");
@@ -134,10 +134,11 @@ export class Chart {
       else context.fillStyle = matches ? fills[model.kind[node]] : palette.faded;
       const gap = width > 3 && height > 3 ? 1 : 0;
       if (view === "treemap" && gap === 1) {
-        context.strokeStyle = palette.line;
+        const fill = context.fillStyle;
+        context.fillStyle = palette.line;
         context.fillRect(x, y, width, height);
-        context.lineWidth = 1;
-        context.strokeRect(x + 0.5, y + 0.5, width - 1, height - 1);
+        context.fillStyle = fill;
+        context.fillRect(x + 1, y + 1, width - 1, height - 1);
       } else {
         context.fillRect(x, y, width - gap, height - gap);
       }

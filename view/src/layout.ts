@@ -6,9 +6,10 @@ import type { Model, Size } from "./model";
 
 const kMaxLevels = 2000;
 const kMinColumn = 64; // pixels
+const kRootColumn = 40; // all of it says the same
 const kMinHeight = 0.5;
-const kMinArea = 9; // square pixels of a box in the treemap
-const kMinOpened = 10; // pixels a side: smaller boxes do not show what is inside
+const kMinArea = 16; // square pixels of a box in the treemap
+const kMinOpened = 14; // pixels a side: smaller boxes do not show what is inside
 const kTitleHeight = 17;
 
 export const kMerged = -1; // a box of several small ones
@@ -43,14 +44,16 @@ function levelsBelow(model: Model, root: number): number {
 export function icicle(model: Model, by: Size, root: number, width: number, height: number): Layout {
   const values = model.size(by);
   const levels = levelsBelow(model, root);
-  const fitting = Math.max(1, Math.floor(width / kMinColumn));
+  const fitting = Math.max(1, Math.floor((width - kRootColumn) / kMinColumn) + 1);
   const drawn = Math.min(levels, fitting, kMaxLevels);
-  const column = width / drawn;
+  const first = drawn === 1 ? width : kRootColumn;
+  const column = (width - first) / (drawn - 1);
   const boxes: Box[] = [];
   let merged = 0;
   const add = (node: number, parent: number, level: number, y: number, tall: number) => {
-    const x = level * column;
-    boxes.push({ node, parent, x, y, width: column, height: tall, title: tall });
+    const x = level === 0 ? 0 : first + (level - 1) * column;
+    const wide = level === 0 ? first : column;
+    boxes.push({ node, parent, x, y, width: wide, height: tall, title: tall });
   };
   if (values[root] > 0) add(root, root, 0, 0, height);
   const level = (node: number) => model.depth[node] - model.depth[root];

@@ -155,7 +155,7 @@ class Page {
   private showMatches(matches: Matches | null): void {
     this.matches = matches;
     this.list.show(matches);
-    this.showChart();
+    if (matches === null || matches.done) this.showChart();
   }
 
   private showChart(): void {

@@ -7,7 +7,7 @@ import type { Texts } from "./data";
 import { kSizes, type Model } from "./model";
 
 const kChunkBytes = 1 << 20;
-const kFirstSliceMs = 15;
+const kFirstSliceMs = 10;
 const kSliceMs = 12;
 const kReportMs = 120;
 const kHitsPerLook = 2048; // between two looks at the clock
