@@ -2,7 +2,7 @@
 
 import { sizeText } from "./chart";
 import { button, byId, element } from "./dom";
-import type { Model, Size } from "./model";
+import { isRead, type Model, type Size } from "./model";
 import { signOf, type Palette } from "./palette";
 import { Rows } from "./rows";
 import { bytes, count, number, visible } from "./text";
@@ -113,7 +113,8 @@ export class Detail {
     } else if (model.isFile(node)) {
       fact("Path", element("span", "place", this.path(node)));
       const status = header.statuses[file.status[ref]];
-      if (status !== "answered") {
+      if (status === "empty") fact("Status", status);
+      if (!isRead(status)) {
         const message = visible(file.message.get(ref, kTextBytes));
         fact("Status", message === "" ? status : `${status}: ${message}`);
       }

@@ -6,7 +6,7 @@ import { Detail } from "./detail";
 import { button, byId, element } from "./dom";
 import { Legend } from "./legend";
 import { List } from "./list";
-import { kSizes, Model } from "./model";
+import { isRead, kSizes, Model } from "./model";
 import { Palette } from "./palette";
 import { Search, type Matches } from "./search";
 import { fromFragment, toFragment, type State, type View } from "./state";
@@ -210,8 +210,10 @@ class Page {
       count(sum(file.lines), "line"),
       bytes(size),
     ];
-    const good = header.statuses.indexOf("answered");
-    const failed = file.status.reduce((total, status) => total + (status === good ? 0 : 1), 0);
+    const failed = file.status.reduce(
+      (total, status) => total + (isRead(header.statuses[status]) ? 0 : 1),
+      0,
+    );
     if (failed > 0) figures.push(`${number(failed)} not read`);
     byId("figures").textContent = figures.join(" \u00b7 ");
     const notes = [];

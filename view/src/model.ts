@@ -7,6 +7,11 @@ import { visible } from "./text";
 export type Size = "lines" | "items" | "bytes";
 export const kSizes: readonly Size[] = ["lines", "items", "bytes"];
 
+// Whether a file of this status was read. An empty one has no answer.
+export function isRead(status: string): boolean {
+  return status === "answered" || status === "empty";
+}
+
 interface Folder {
   name: string;
   children: (Folder | number)[]; // number: a file
