@@ -1,10 +1,10 @@
 """The page of quorl-js view in Chromium, without a screen.
 
 usage: view_test.py bundle | controls | hostile | access | large | program | times
-                    PROJECT_ROOT QUORL_JS FOLDER
+                    PROJECT_ROOT QUORL_JS FOLDER [PAGE ...]
 
 bundle builds view/dist/page.html anew and compares. times checks nothing: it prints how long
-large pages take. The others run the script of that name. Skipped, with exit status 77, without
+the pages take that are named, or large generated ones. The others run the script of that name. Skipped, with exit status 77, without
 Chromium or npm's registry.
 """
 import os
@@ -13,7 +13,8 @@ import shutil
 import subprocess
 import sys
 
-CHECK, ROOT, QUORL_JS, FOLDER = sys.argv[1], *map(pathlib.Path, sys.argv[2:])
+CHECK, ROOT, QUORL_JS, FOLDER = sys.argv[1], *map(pathlib.Path, sys.argv[2:5])
+PAGES = [pathlib.Path(page).resolve() for page in sys.argv[5:]]
 sys.path.insert(0, str(ROOT / "tests" / "support"))
 from npm_packages import fetch  # pylint: disable=wrong-import-position
 
@@ -58,7 +59,7 @@ def main():
     environment = dict(os.environ, NODE_PATH=str(FOLDER / "node_modules"), CHROMIUM=chromium,
                        PAGE=str(ROOT / "view/dist/page.html"), QUORL_JS=str(QUORL_JS.resolve()),
                        ROOT=str(ROOT))
-    sys.exit(subprocess.run(["node", str(HERE / (CHECK + ".js"))], cwd=FOLDER, env=environment,
+    sys.exit(subprocess.run(["node", str(HERE / (CHECK + ".js")), *PAGES], cwd=FOLDER, env=environment,
                             check=False).returncode)
 
 

@@ -4,6 +4,7 @@ import { byId, element } from "./dom";
 import { boxAt, icicle, kMerged, kOmitted, treemap, type Box, type Layout } from "./layout";
 import type { Model, Size } from "./model";
 import type { Palette } from "./palette";
+import { kContains, kMatch } from "./search";
 import type { View } from "./state";
 import { bytes, count, number } from "./text";
 
@@ -18,7 +19,7 @@ export interface Shown {
   view: View;
   size: Size;
   chosen: number;
-  marks: Uint8Array | null; // 1 for the nodes that match, null: all do
+  marks: Uint8Array | null; // of a search; null: all match
 }
 
 interface Actions {
@@ -128,10 +129,11 @@ export class Chart {
     for (const box of this.layout.boxes) {
       const { node, x, y, width, height } = box;
       if (node === chosen) chosenBox = box;
-      const matches = node < 0 || marks === null || marks[node] === 1;
+      const mark = node < 0 || marks === null ? kMatch : marks[node];
       if (node === kMerged) context.fillStyle = palette.small;
       else if (node === kOmitted) context.fillStyle = this.hatch!;
-      else context.fillStyle = matches ? fills[model.kind[node]] : palette.faded;
+      else if (mark === kMatch) context.fillStyle = fills[model.kind[node]];
+      else context.fillStyle = mark === kContains ? palette.around : palette.faded;
       const gap = width > 3 && height > 3 ? 1 : 0;
       if (view === "treemap" && gap === 1) {
         const fill = context.fillStyle;
@@ -142,7 +144,7 @@ export class Chart {
       } else {
         context.fillRect(x, y, width - gap, height - gap);
       }
-      if (box.title >= kMinTextHeight && width >= kMinTextWidth) this.write(box, matches);
+      if (box.title >= kMinTextHeight && width >= kMinTextWidth) this.write(box, mark !== 0);
     }
     if (chosenBox !== null) this.outline(chosenBox);
   }
@@ -156,7 +158,7 @@ export class Chart {
     else text = model.title(box.node, Math.min(kLabelBytes, Math.ceil(room / 2)));
     text = this.cut(text, room);
     if (text === "") return;
-    const y = box.y + Math.min(box.title / 2, 10);
+    const y = box.y + Math.min(box.title / 2, 10) + 1;
     if (box.node === kOmitted) {
       context.fillStyle = palette.line;
       context.fillRect(box.x + 2, y - 8, context.measureText(text).width + 6, 16);
@@ -191,9 +193,9 @@ export class Chart {
   private outline(box: Box): void {
     const { context, palette } = this;
     const height = Math.max(box.height, 3);
-    context.lineWidth = 4;
+    context.lineWidth = 1;
     context.strokeStyle = palette.line;
-    context.strokeRect(box.x + 2, box.y + 2, box.width - 4, height - 4);
+    context.strokeRect(box.x + 2.5, box.y + 2.5, box.width - 5, Math.max(0, height - 5));
     context.lineWidth = 2;
     context.strokeStyle = palette.chosen;
     context.strokeRect(box.x + 1, box.y + 1, box.width - 2, height - 2);

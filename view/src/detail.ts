@@ -2,7 +2,7 @@
 
 import { sizeText } from "./chart";
 import { button, byId, element } from "./dom";
-import { isRead, type Model, type Size } from "./model";
+import { isRead, kSizes, type Model, type Size } from "./model";
 import { signOf, type Palette } from "./palette";
 import { Rows } from "./rows";
 import { bytes, count, number, visible } from "./text";
@@ -59,7 +59,7 @@ export class Detail {
   show(node: number, size: Size, palette: Palette): void {
     this.palette = palette;
     const { model } = this;
-    const parts: Node[] = [this.heading(node), this.facts(node, size)];
+    const parts: Node[] = [this.heading(node), this.facts(node)];
     if (model.isItem(node)) parts.push(...this.itemText(node));
     if (!model.isItem(node) && model.hasChildren(node)) parts.push(...this.largest(node, size));
     if (model.hasChildren(node)) parts.push(...this.inside(node));
@@ -88,7 +88,7 @@ export class Detail {
     return visible(this.model.data.file.path.get(this.model.ref[file], kPathBytes));
   }
 
-  private facts(node: number, size: Size): HTMLElement {
+  private facts(node: number): HTMLElement {
     const { model } = this;
     const { file, item, header } = model.data;
     const list = element("dl");
@@ -125,7 +125,7 @@ export class Detail {
         fact("Left out", element("span", "warning", visible(file.omitted.get(ref, kTextBytes))));
       }
     } else {
-      fact("Size", sizeText(model, node, size));
+      fact("Size", kSizes.map((by) => sizeText(model, node, by)).join(", "));
       fact("Holds", count(model.children[node], "entry").replace("entrys", "entries"));
     }
     const above = model.parent[node];

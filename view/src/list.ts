@@ -210,7 +210,9 @@ export class List {
     }
     const above = model.isItem(node) ? model.fileOf(node) : model.parent[node];
     const place = above < 0 ? "" : model.title(above, kPathBytes);
-    aside.textContent = model.isItem(node) ? `${place}:${number(model.firstLine(node))}` : place;
+    // The line stays when there is no room for the path.
+    const line = model.isItem(node) ? `:${number(model.firstLine(node))}` : "";
+    aside.replaceChildren(element("span", "path", place), element("span", "", line));
   }
 
   private press(event: KeyboardEvent): void {

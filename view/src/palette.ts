@@ -42,13 +42,15 @@ export class Palette {
   readonly line: string; // between boxes
   readonly small: string; // merged boxes
   readonly faded: string; // boxes that do not match
+  readonly around: string; // boxes that contain what matches
   readonly chosen: string;
 
   constructor(private readonly dark: boolean) {
     this.text = dark ? "#f4f5f7" : "#15181c";
     this.line = dark ? "#15181c" : "#ffffff";
     this.small = dark ? "#4a4f57" : "#c3c7cd";
-    this.faded = dark ? "#2b2f36" : "#eceef1";
+    this.faded = dark ? "#23272d" : "#f3f4f6";
+    this.around = dark ? "#414853" : "#d5dae1";
     this.chosen = dark ? "#ffffff" : "#000000";
   }
 

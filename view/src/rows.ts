@@ -24,10 +24,7 @@ export class Rows {
   // Fills all rows again.
   show(count: number): void {
     this.count = count;
-    const sample = this.rows[0] ?? this.make();
-    if (this.rows.length === 0) this.box.append(sample);
-    this.rowHeight = Math.max(1, parseFloat(getComputedStyle(sample).height));
-    if (this.rows.length === 0) sample.remove();
+    if (this.rows.length === 0) this.addRow();
     this.box.style.height = `${Math.min(count * this.rowHeight, kMaxHeight)}px`;
     this.draw();
   }
@@ -42,6 +39,12 @@ export class Rows {
     if (index + 1 > first + inSight && index < first + inSight + 1) target = index + 1 - inSight;
     this.scroller.scrollTop = Math.max(0, target) * this.pixelsPerRow();
     this.draw();
+  }
+
+  private addRow(): void {
+    const row = this.make();
+    this.box.append(row);
+    if (this.rows.push(row) === 1) this.rowHeight = Math.max(1, parseFloat(getComputedStyle(row).height));
   }
 
   // The element of a row, if it is in sight.
@@ -68,21 +71,19 @@ export class Rows {
 
   private draw(): void {
     if (this.scroller.hidden) return;
-    const first = this.first();
+    // Read once: reading between changes would lay out the page for every row.
+    const { scrollTop } = this.scroller;
+    const first = scrollTop / this.pixelsPerRow();
     const begin = Math.max(0, Math.floor(first));
     const end = Math.min(this.count, Math.ceil(first + this.inSight()) + 1);
-    while (this.rows.length < end - begin) {
-      const row = this.make();
-      this.rows.push(row);
-      this.box.append(row);
-    }
+    while (this.rows.length < end - begin) this.addRow();
     this.rows.forEach((row, k) => {
       // A row stays with its element while it is in sight.
       const index = begin + ((((k - begin) % this.rows.length) + this.rows.length) % this.rows.length);
       row.hidden = index >= end;
       if (row.hidden) return;
       row.dataset.index = String(index);
-      const top = this.scroller.scrollTop + (index - first) * this.rowHeight;
+      const top = scrollTop + (index - first) * this.rowHeight;
       row.style.transform = `translateY(${Math.round(top)}px)`;
       this.fill(row, index);
     });

@@ -96,6 +96,9 @@ class NodeList {
   }
 }
 
+export const kMatch = 1;
+export const kContains = 2;
+
 export interface Query {
   text: string;
   kinds: ReadonlySet<number>; // empty: all
@@ -104,7 +107,7 @@ export interface Query {
 
 export interface Matches {
   nodes: Int32Array; // the best first
-  marks: Uint8Array; // 1 for each of them
+  marks: Uint8Array; // kMatch for each of them; when done, kContains for what they are in
   done: boolean;
 }
 
@@ -148,7 +151,14 @@ export class Search {
       }
       return { nodes, marks, done };
     };
-    this.inSlices(this.find(query, marks, lists), kFirstSliceMs, (done) => report(matches(done)));
+    const { parent } = this.model;
+    this.inSlices(this.find(query, marks, lists), kFirstSliceMs, (done) => {
+      const found = matches(done);
+      for (const node of done ? found.nodes : []) {
+        for (let at = parent[node]; at >= 0 && marks[at] === 0; at = parent[at]) marks[at] = kContains;
+      }
+      report(found);
+    });
   }
 
   stop(): void {
@@ -163,7 +173,7 @@ export class Search {
       if (marks[node] !== 0) return;
       if (kinds.size > 0 && !kinds.has(model.kind[node])) return;
       if (label > 0 && model.label(node) !== label) return;
-      marks[node] = 1;
+      marks[node] = kMatch;
       list.push(node);
     };
     if (query.text === "") {

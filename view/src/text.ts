@@ -14,8 +14,10 @@ export function visible(text: string): string {
   return text.replace(kInvisible, codePoint).replaceAll("\t", " ");
 }
 
+const kNumbers = new Intl.NumberFormat("en-US", { maximumFractionDigits: 0 });
+
 export function number(value: number): string {
-  return Math.round(value).toLocaleString("en-US");
+  return kNumbers.format(value);
 }
 
 export function count(value: number, word: string): string {
