@@ -1,10 +1,11 @@
 """The page of quorl-js view in Chromium, without a screen.
 
-usage: view_test.py bundle | controls | hostile | access | large | program | times
+usage: view_test.py bundle | controls | hostile | access | large | program | times | pictures
                     PROJECT_ROOT QUORL_JS FOLDER [PAGE ...]
 
 bundle builds view/dist/page.html anew and compares. times checks nothing: it prints how long
-the pages take that are named, or large generated ones. The others run the script of that name. Skipped, with exit status 77, without
+the pages take that are named, or large generated ones. pictures draws those of docs/pictures,
+with pngquant. The others run the script of that name. Skipped, with exit status 77, without
 Chromium or npm's registry.
 """
 import os

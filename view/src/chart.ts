@@ -9,6 +9,8 @@ import type { View } from "./state";
 import { bytes, count, number } from "./text";
 
 const kFont = "12px system-ui, sans-serif";
+const kSmallFont = "10.5px system-ui, sans-serif"; // for boxes below kFullHeight
+const kFullHeight = 16;
 const kMinTextHeight = 12;
 const kMinTextWidth = 18;
 const kLabelBytes = 160;
@@ -29,7 +31,7 @@ interface Actions {
 }
 
 export function sizeText(model: Model, node: number, by: Size): string {
-  const value = model.size(by)[node];
+  const value = model.amount(node, by);
   return by === "bytes" ? bytes(value) : count(value, by.slice(0, -1));
 }
 
@@ -99,16 +101,17 @@ export class Chart {
     this.canvas.height = Math.round(height * ratio);
     this.canvas.style.width = `${width}px`;
     this.canvas.style.height = `${height}px`;
-    this.note.textContent = this.noteText(size);
+    this.note.textContent = this.noteText(root, view, size);
   }
 
-  private noteText(size: Size): string {
+  private noteText(root: number, view: View, size: Size): string {
     const { levels, drawn, merged, boxes } = this.layout;
     if (boxes.length === 0) return `Nothing to draw: there are no ${size}.`;
     const notes = [];
     if (drawn < levels) notes.push(`${number(drawn)} of ${number(levels)} levels drawn.`);
     if (merged > 0) notes.push(`${count(merged, "small box").replace("boxs", "boxes")} merged in grey.`);
-    if (notes.length > 0) notes.push("Click a box to zoom in.");
+    const outermost = view === "icicle" ? "first column" : "outermost frame";
+    notes.push(`Click a box to zoom in${root > 0 ? `, the ${outermost} to zoom out` : ""}.`);
     return notes.join(" ");
   }
 
@@ -158,7 +161,8 @@ export class Chart {
     else text = model.title(box.node, Math.min(kLabelBytes, Math.ceil(room / 2)));
     text = this.cut(text, room);
     if (text === "") return;
-    const y = box.y + Math.min(box.title / 2, 10) + 1;
+    const y = box.y + Math.min(box.title / 2, 10) + 0.5;
+    context.font = box.title < kFullHeight ? kSmallFont : kFont;
     if (box.node === kOmitted) {
       context.fillStyle = palette.line;
       context.fillRect(box.x + 2, y - 8, context.measureText(text).width + 6, 16);
@@ -167,6 +171,7 @@ export class Chart {
     context.fillStyle = palette.text;
     context.fillText(text, box.x + 4, y);
     context.globalAlpha = 1;
+    context.font = kFont;
   }
 
   // The text, or as much of it as fits, by the widths of its characters.

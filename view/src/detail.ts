@@ -173,16 +173,9 @@ export class Detail {
   private largest(node: number, size: Size): Node[] {
     const { model } = this;
     if (!model.isFolder(node)) return [];
-    const values = model.size(size);
-    const files: number[] = [];
-    for (const file of model.fileNode) {
-      if (!model.contains(node, file)) continue;
-      if (files.length === kLargest && values[file] <= values[files[kLargest - 1]]) continue;
-      let at = files.length;
-      while (at > 0 && values[files[at - 1]] < values[file]) --at;
-      files.splice(at, 0, file);
-      files.length = Math.min(files.length, kLargest);
-    }
+    const files = [...model.fileNode].filter((file) => model.contains(node, file));
+    files.sort((a, b) => model.amount(b, size) - model.amount(a, size) || a - b);
+    files.length = Math.min(files.length, kLargest);
     const links = files.map((file) => this.link(file, sizeText(model, file, size)));
     return this.list(`Largest files by ${size}`, links);
   }

@@ -205,8 +205,27 @@ export class Model {
     return visible(texts.get(ref, limit)) || `(${this.kinds[this.kind[node]]})`;
   }
 
-  // How large each node is: its own size, or the sum of its children's if that is larger, as siblings
-  // may share a line.
+  // How many lines, items or bytes a node has.
+  amount(node: number, by: Size): number {
+    const { file, item } = this.data;
+    const ref = this.ref[node];
+    if (this.isItem(node)) {
+      if (by === "items") return this.end[node] - node;
+      return by === "lines" ? item.more[ref] + 1 : item.bytes[ref];
+    }
+    if (this.isFile(node)) {
+      if (by === "items") return file.items[ref];
+      return by === "lines" ? file.lines[ref] : file.size[ref];
+    }
+    let total = 0;
+    for (const inside of this.fileNode) {
+      if (this.contains(node, inside)) total += this.amount(inside, by);
+    }
+    return total;
+  }
+
+  // How much room each node takes in the chart: its amount, or the sum of its children's room if that
+  // is larger, as siblings may share a line.
   size(by: Size): Float64Array {
     let values = this.sizes.get(by);
     if (values === undefined) {
@@ -217,19 +236,9 @@ export class Model {
   }
 
   private sum(by: Size): Float64Array {
-    const { file, item } = this.data;
     const values = new Float64Array(this.count);
     for (let node = this.count - 1; node >= 0; --node) {
-      const ref = this.ref[node];
-      let own = 0;
-      if (this.isItem(node)) {
-        if (by === "items") values[node] += 1;
-        else own = by === "lines" ? item.more[ref] + 1 : item.bytes[ref];
-      } else if (this.isFile(node)) {
-        if (by === "lines") own = file.lines[ref];
-        else if (by === "bytes") own = file.size[ref];
-      }
-      if (values[node] < own) values[node] = own;
+      if (!this.isFolder(node)) values[node] = Math.max(values[node], this.amount(node, by));
       if (node > 0) values[this.parent[node]] += values[node];
     }
     return values;
