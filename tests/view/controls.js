@@ -216,7 +216,7 @@ run({
     await clickCanvas(page, 0.5, 0.075);
     assert.strictEqual(await chosen(page), "cut.js");
     const colors = new Set();
-    for (let k = 0; k < 8; ++k) colors.add(await pixel(page, 0.5 + k / 1000, 0.5));
+    for (let k = 0; k < 24; ++k) colors.add(await pixel(page, 0.5 + k / 500, 0.5));
     assert.ok(colors.size > 1, [...colors].join(" "));
     await close(page);
   },
