@@ -428,7 +428,7 @@ run({
     const { fileURLToPath, pathToFileURL } = require("url");
     const whole = fs.readFileSync(fileURLToPath(address), "utf8");
     for (const [name, data] of [["none", ""], ["text", "!!!"], ["cut", "H4sIAAAAAAAAA+3"]]) {
-      const file = fileURLToPath(address).replace("controls", "damaged-" + name);
+      const file = fileURLToPath(address).replace(/controls\.html$/, "damaged-" + name + ".html");
       fs.writeFileSync(file, whole.replace(/(text\/plain">)[^<]*/, "$1" + data));
       const page = await open(pathToFileURL(file).href, { ready: false });
       await page.waitForFunction(() => document.getElementById("message").textContent !== "");
