@@ -171,6 +171,15 @@ TEST(Record, WritesNumbersAsSignedDecimals) {
   EXPECT_NE(text.find("    \"functionID\": 1234567,\n"), std::string::npos) << text;
 }
 
+TEST(Record, WritesEveryFunctionNumber) {
+  for (const std::int32_t id : {-2, -1, 0, 1}) {
+    ObjectBranch node;
+    node.functionID = id;
+    const std::string line = "    \"functionID\": " + std::to_string(id) + ",\n";
+    EXPECT_NE(recordOf(node, 0, true).find(line), std::string::npos) << line;
+  }
+}
+
 struct ChildListCase {
   std::array<std::int32_t, 4> children;  // up to the first 0
   std::int32_t hidden;
