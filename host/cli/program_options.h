@@ -87,10 +87,11 @@ inline constexpr std::array kProgramOptions = {
            .argument = "FORMAT",
            .words = formatNames,
            .group = "Output",
-           .help = "Choose the output format: raw, json, ndjson, tree, outline, ctags or etags "
-                   "(default: raw)",
+           .help = "Choose the output format: raw, json, ndjson, columns, tree, outline, ctags or "
+                   "etags (default: raw)",
            .details = "raw is the plug-in's own text, json one document, ndjson one object per "
-                      "line, tree the records in the plug-in's own nesting. outline lists "
+                      "line, columns the outline of each file as lists on one line. tree prints "
+                      "the records in the plug-in's own nesting. outline lists "
                       "definitions as the source nests them, with the lines where they begin and "
                       "end. ctags is a tags file for Vim and most editors, etags one for Emacs."},
     Option{.name = "--only",
@@ -100,20 +101,22 @@ inline constexpr std::array kProgramOptions = {
            .takesList = true,
            .help = "Print only records with this label, or items of this kind (repeatable, or "
                    "comma-separated)",
-           .details = "json, ndjson and tree take labels; error stands for every label that begins "
-                      "with it. outline, ctags and etags take kinds; without --only they hold "
-                      "classes, interfaces, enums, namespaces, types, functions, methods, blocks "
-                      "of other text and, outside of functions and classes, variables; tags also "
-                      "hold fields. In json and ndjson a record keeps its numbers, so parentID and "
-                      "childNodeIDs may name records that are not printed. Not for raw."},
+           .details =
+               "json, ndjson and tree take labels; error stands for every label that begins "
+               "with it. columns, outline, ctags and etags take kinds. Without --only, columns "
+               "holds all items, and the others hold classes, interfaces, enums, namespaces, "
+               "types, functions, methods, blocks of other text and, outside of functions and "
+               "classes, variables; tags also hold fields. In json and ndjson a record keeps its "
+               "numbers, so parentID and "
+               "childNodeIDs may name records that are not printed. Not for raw."},
     Option{.name = "--depth",
            .argument = "N",
            .values = "a number from 0 to 4294967295",
            .help = "Print only the top N levels",
-           .details = "The file itself is level 0. Not for raw, ctags and etags."},
+           .details = "The file itself is level 0. Not for raw, columns, ctags and etags."},
     Option{.name = "--ranges",
            .help = "Include the source lines, kind and name of each record (json, ndjson)"},
-    Option{.name = "--times", .help = "Include each file's parse time (json, ndjson)"},
+    Option{.name = "--times", .help = "Include each file's parse time (json, ndjson, columns)"},
     Option{.name = "--output",
            .shortName = "-o",
            .argument = "FILE",

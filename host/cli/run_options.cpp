@@ -211,13 +211,14 @@ RunOptions parseRunOptions(int argc, const char* const* argv) {
   } else {
     result.onlyLabels = readLabels(arguments);
   }
-  const auto isJson = [](const Format& format) { return format.isJson; };
   checkFormat(arguments, "--depth", *result.format,
               [](const Format& format) { return format.hasLevels; });
   checkFormat(arguments, "--only", *result.format,
               [](const Format& format) { return format.selection != Selection::kNothing; });
-  checkFormat(arguments, "--times", *result.format, isJson);
-  checkFormat(arguments, "--ranges", *result.format, isJson);
+  checkFormat(arguments, "--times", *result.format,
+              [](const Format& format) { return format.isJson; });
+  checkFormat(arguments, "--ranges", *result.format,
+              [](const Format& format) { return format.hasRanges; });
   result.ranges = arguments.isGiven("--ranges");
   result.times = arguments.isGiven("--times");
   result.color = readColor(arguments);

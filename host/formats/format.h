@@ -39,7 +39,8 @@ struct Format {
   void (*end)(const FormatSettings& settings, std::string& out);
   std::string_view separator;
   Selection selection;     // nothing where file writes the answer itself, whatever the settings say
-  bool isJson = false;     // has times and ranges, and says what is left out
+  bool isJson = false;     // has times, and says what is left out
+  bool hasRanges = false;  // of records, with --ranges
   bool hasLevels = false;  // --depth selects the top ones
   bool needsSource = false;  // besides the answer
   bool isSorted = false;     // the lines of all files, by their bytes

@@ -19,6 +19,9 @@ void beginNdjson(const FormatSettings& settings, std::string& out);
 std::string writeNdjsonFile(const FileReport& report, const FormatSettings& settings,
                             std::string& out);
 
+std::string writeColumnsFile(const FileReport& report, const FormatSettings& settings,
+                             std::string& out);
+
 std::string writeTreeFile(const FileReport& report, const FormatSettings& settings,
                           std::string& out);
 

@@ -7,55 +7,17 @@
 #include <utility>
 #include <vector>
 
+#include "formats/file_members.h"
 #include "formats/formatters.h"
 #include "formats/json_text.h"
 #include "formats/ndjson_lines.h"
-#include "formats/omitted_json.h"
 #include "formats/record_selection.h"
 #include "outline/item.h"
 #include "outline/outline.h"
 #include "records/record_reader.h"
-#include "records/status_words.h"
 
 namespace host {
 namespace {
-
-void appendHeaderMembers(std::string& out, std::string_view version) {
-  out += "\"schema\":";
-  appendNumber(out, kSchemaVersion);
-  out.append(",\"tool\":\"").append(kToolName).append("\",");
-  appendJsonMember(out, "version", version);
-}
-
-// What the format says of a file, which is the report's word unless its answer cannot be read.
-struct Outcome {
-  std::string_view status;
-  std::string_view message;
-};
-
-void appendFileMembers(std::string& out, const FileReport& report, const Outcome& outcome) {
-  appendJsonMember(out, "path", report.path);
-  out.append(",\"status\":\"").append(outcome.status).append("\",");
-  if (outcome.message.empty()) {
-    out += "\"message\":null";
-  } else {
-    appendJsonMember(out, "message", outcome.message);
-  }
-  out += ",\"sourceBytes\":";
-  appendNumber(out, report.sourceBytes);
-  out += ",\"microseconds\":";
-  if (report.microseconds) {
-    appendNumber(out, *report.microseconds);
-  } else {
-    out += "null";
-  }
-  out += ",\"omitted\":";
-  if (report.omitted == nullptr || report.omitted->empty()) {
-    out += "null";
-  } else {
-    appendOmitted(out, *report.omitted);
-  }
-}
 
 // The filePath member of an answer's records, which is the same in all of them.
 class PathMember {
@@ -263,7 +225,7 @@ class RecordsWriter {
 
 // Appends the file with its records. Returns what is wrong with its answer, or nothing.
 std::string appendJsonFile(std::string& out, const FileReport& report,
-                           const FormatSettings& settings, const Outcome& outcome) {
+                           const FormatSettings& settings, const FileOutcome& outcome) {
   out += "{";
   appendFileMembers(out, report, outcome);
   out += ",\"records\":[";
@@ -286,11 +248,10 @@ void beginJson(const FormatSettings& /*settings*/, std::string& out) {
 std::string writeJsonFile(const FileReport& report, const FormatSettings& settings,
                           std::string& out) {
   const std::size_t start = out.size();
-  std::string fault =
-      appendJsonFile(out, report, settings, {statusWord(report.status), report.message});
+  std::string fault = appendJsonFile(out, report, settings, outcomeOf(report, {}));
   if (!fault.empty()) {  // which is known only now, and stands before the records
     out.resize(start);
-    appendJsonFile(out, report, settings, {kUnreadableWord, fault});
+    appendJsonFile(out, report, settings, outcomeOf(report, fault));
   }
   return fault;
 }
@@ -311,20 +272,16 @@ void beginNdjson(const FormatSettings& settings, std::string& out) {
 
 std::string writeNdjsonFile(const FileReport& report, const FormatSettings& settings,
                             std::string& out) {
-  Outcome outcome{statusWord(report.status), report.message};
   std::string fault;
   std::string lineStart(kRecordLineStart);
   appendNumber(lineStart, report.index);
   lineStart += ",";
   RecordsWriter records(out, settings, {lineStart, lineStart, "}\n"});
-  if (report.status == FileStatus::kAnswered) {
-    fault = records.write(report);
-    if (!fault.empty()) outcome = {kUnreadableWord, fault};
-  }
+  if (report.status == FileStatus::kAnswered) fault = records.write(report);
   out += kFileLineStart;
   appendNumber(out, report.index);
   out += ",";
-  appendFileMembers(out, report, outcome);
+  appendFileMembers(out, report, outcomeOf(report, fault));
   out += ",\"recordCount\":";
   appendNumber(out, records.count());
   records.end();

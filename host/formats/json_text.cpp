@@ -42,18 +42,26 @@ void appendJsonString(std::string& out, std::string_view text) {
   out += '"';
 }
 
-void appendJsonMember(std::string& out, std::string_view key, std::string_view text) {
-  out.append("\"").append(key).append("\":");
+bool appendJsonText(std::string& out, std::string_view text) {
   if (isPlain(text)) {
     out.append("\"").append(text).append("\"");
-  } else if (isUtf8(text)) {
+    return true;
+  }
+  const bool isExact = isUtf8(text);
+  if (isExact) {
     appendJsonString(out, text);
   } else {
     appendJsonString(out, withReplacements(text));
-    out.append(",\"").append(key).append("Bytes\":\"");
-    appendBase64(out, text);
-    out += '"';
   }
+  return isExact;
+}
+
+void appendJsonMember(std::string& out, std::string_view key, std::string_view text) {
+  out.append("\"").append(key).append("\":");
+  if (appendJsonText(out, text)) return;
+  out.append(",\"").append(key).append("Bytes\":\"");
+  appendBase64(out, text);
+  out += '"';
 }
 
 void appendBase64(std::string& out, std::string_view bytes) {

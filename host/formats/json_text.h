@@ -13,6 +13,9 @@ namespace host {
 // A string in its quotes. The text has to be UTF-8.
 void appendJsonString(std::string& out, std::string_view text);
 
+// A string in its quotes, with U+FFFD for what is not UTF-8. Returns whether the text is.
+bool appendJsonText(std::string& out, std::string_view text);
+
 // "key":"text". Where the text is not UTF-8, its bad bytes become U+FFFD, and the exact bytes stand
 // behind it as base64: "key":"text","keyBytes":"base64".
 void appendJsonMember(std::string& out, std::string_view key, std::string_view text);

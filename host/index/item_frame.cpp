@@ -17,7 +17,7 @@
 #include "index/content_hash.h"
 #include "index/database.h"
 #include "outline/outline.h"
-#include "records/record_reader.h"
+#include "records/kept_records.h"
 #include "records/status_words.h"
 
 namespace host::index {
@@ -57,56 +57,9 @@ void appendOptional(std::string& out, std::int32_t number) {
   appendVarint(out, static_cast<std::uint64_t>(std::int64_t{number} + 1));
 }
 
-// The records of an answer, kept until their items are known.
-class RecordTexts {
- public:
-  void take(const Record& record) {
-    if (labels_.empty() || labels_[lastLabel_] != record.label) lastLabel_ = numberOf(record.label);
-    records_.push_back({texts_.size(), record.contents.size(), lastLabel_});
-    texts_ += record.contents;
-  }
-
-  std::size_t count() const { return records_.size(); }
-
-  // Records are numbered in their order.
-  bool holds(std::int32_t record) const {
-    return record >= 0 && static_cast<std::size_t>(record) < records_.size();
-  }
-
-  std::string_view text(std::int32_t record) const {
-    const Place& place = records_[static_cast<std::size_t>(record)];
-    return std::string_view(texts_).substr(place.begin, place.bytes);
-  }
-
-  std::size_t label(std::int32_t record) const {
-    return records_[static_cast<std::size_t>(record)].label;
-  }
-
-  const std::vector<std::string>& labels() const { return labels_; }
-
- private:
-  struct Place {
-    std::size_t begin;
-    std::size_t bytes;
-    std::size_t label;
-  };
-
-  std::size_t numberOf(std::string_view label) {
-    std::size_t number = 0;
-    while (number < labels_.size() && labels_[number] != label) ++number;
-    if (number == labels_.size()) labels_.emplace_back(label);
-    return number;
-  }
-
-  std::string texts_;
-  std::vector<Place> records_;
-  std::vector<std::string> labels_;
-  std::size_t lastLabel_ = 0;
-};
-
 class ItemWriter {
  public:
-  ItemWriter(std::string& out, const RecordTexts& records)
+  ItemWriter(std::string& out, const KeptRecords& records)
       : out_(out), records_(records), sent_(records.labels().size(), 0) {}
 
   void write(const outline::Item& item) {
@@ -137,7 +90,7 @@ class ItemWriter {
   }
 
   std::string& out_;
-  const RecordTexts& records_;
+  const KeptRecords& records_;
   std::vector<std::size_t> sent_;  // number in the frame by number of the answer
   std::size_t count_ = 0;
 };
@@ -165,7 +118,7 @@ void appendFile(std::string& out, const FileReport& report, std::string_view sta
 
 std::string writeFrameFile(const FileReport& report, const FormatSettings& /*settings*/,
                            std::string& out) {
-  RecordTexts records;
+  KeptRecords records;
   std::vector<outline::Item> items;
   std::string fault;
   if (report.status == FileStatus::kAnswered) {

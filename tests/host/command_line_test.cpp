@@ -211,15 +211,17 @@ TEST_F(Arguments, ThatAreMistypedGetASuggestion) {
       {{"merge", "--file-from", "a", "f"},
        "unknown option --file-from; did you mean --files-from?"},
       {{"f", "--format", "jsno"},
-       "--format: invalid value 'jsno'; did you mean json? (one of raw, json, ndjson, tree, "
-       "outline, ctags, etags)"},
+       "--format: invalid value 'jsno'; did you mean json? (one of raw, json, ndjson, columns, "
+       "tree, outline, ctags, etags)"},
       {{"f", "--format=JSON"},
-       "--format: invalid value 'JSON'; did you mean json? (one of raw, json, ndjson, tree, "
-       "outline, ctags, etags)"},
+       "--format: invalid value 'JSON'; did you mean json? (one of raw, json, ndjson, columns, "
+       "tree, outline, ctags, etags)"},
       {{"f", "--format=xml"},
-       "--format: invalid value 'xml' (one of raw, json, ndjson, tree, outline, ctags, etags)"},
+       "--format: invalid value 'xml' (one of raw, json, ndjson, columns, tree, outline, ctags, "
+       "etags)"},
       {{"f", "--format="},
-       "--format: invalid value '' (one of raw, json, ndjson, tree, outline, ctags, etags)"},
+       "--format: invalid value '' (one of raw, json, ndjson, columns, tree, outline, ctags, "
+       "etags)"},
       {{"f", "--color=Always"},
        "--color: invalid value 'Always'; did you mean always? (one of auto, always, never)"},
       {{"f", "--color=yes"}, "--color: invalid value 'yes' (one of auto, always, never)"},
@@ -254,12 +256,14 @@ TEST_F(Arguments, ThatMeanNothingToTheFormatAreRefused) {
   const std::vector<Row> rows = {
       {{"--depth=1"}, "--depth: not with --format raw; use --format json, ndjson, tree or outline"},
       {{"--only=line"},
-       "--only: not with --format raw; use --format json, ndjson, tree, outline, ctags or etags"},
+       "--only: not with --format raw; use --format json, ndjson, columns, tree, outline, ctags or "
+       "etags"},
       {{"--only=line", "--format=raw"},
-       "--only: not with --format raw; use --format json, ndjson, tree, outline, ctags or etags"},
-      {{"--times"}, "--times: not with --format raw; use --format json or ndjson"},
+       "--only: not with --format raw; use --format json, ndjson, columns, tree, outline, ctags or "
+       "etags"},
+      {{"--times"}, "--times: not with --format raw; use --format json, ndjson or columns"},
       {{"--times", "--format=tree"},
-       "--times: not with --format tree; use --format json or ndjson"},
+       "--times: not with --format tree; use --format json, ndjson or columns"},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(joined(row.arguments));

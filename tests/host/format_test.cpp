@@ -37,7 +37,8 @@ std::string write(std::string_view format, const FileReport& report,
 }
 
 TEST(Format, IsFoundByName) {
-  for (const char* name : {"raw", "json", "ndjson", "tree", "outline", "ctags", "etags"}) {
+  for (const char* name :
+       {"raw", "json", "ndjson", "columns", "tree", "outline", "ctags", "etags"}) {
     ASSERT_NE(host::findFormat(name), nullptr) << name;
     EXPECT_EQ(host::findFormat(name)->name, name);
   }
@@ -46,9 +47,12 @@ TEST(Format, IsFoundByName) {
 }
 
 TEST(Format, NamesAreThoseOfAProperty) {
-  EXPECT_EQ(host::formatNames(), (std::vector<std::string_view>{"raw", "json", "ndjson", "tree",
-                                                                "outline", "ctags", "etags"}));
+  EXPECT_EQ(host::formatNames(),
+            (std::vector<std::string_view>{"raw", "json", "ndjson", "columns", "tree", "outline",
+                                           "ctags", "etags"}));
   EXPECT_EQ(host::formatNames([](const host::Format& format) { return format.isJson; }),
+            (std::vector<std::string_view>{"json", "ndjson", "columns"}));
+  EXPECT_EQ(host::formatNames([](const host::Format& format) { return format.hasRanges; }),
             (std::vector<std::string_view>{"json", "ndjson"}));
 }
 
@@ -223,6 +227,56 @@ TEST(NdjsonFormat, HasALineForAFileWithoutRecords) {
   EXPECT_TRUE(cut.starts_with(R"({"type":"file","file":0,"path":"a.js","status":"unreadable",)"
                               R"("message":"the answer leaves)"))
       << cut;
+}
+
+TEST(ColumnsFormat, HasAListForEachProperty) {
+  EXPECT_EQ(begin("columns", {.fileCount = 2}), begin("ndjson", {.fileCount = 2}));
+  EXPECT_EQ(end("columns"), "");
+  EXPECT_EQ(host::findFormat("columns")->separator, "");
+  const std::string answer = answerText(
+      {{.lineNumber = 1, .label = "line", .filePath = "a.css", .contents = "say \\\"hi\\\""},
+       {.lineNumber = 2, .nodeId = 1, .label = "loop", .filePath = "a.css", .contents = "b"}});
+  EXPECT_EQ(write("columns", {.index = 3,
+                              .path = "a.css",
+                              .answer = answer,
+                              .source = "say \"hi\"\nb\n",
+                              .sourceBytes = 11,
+                              .microseconds = 9}),
+            R"({"type":"file","file":3,"path":"a.css","status":"answered","message":null,)"
+            R"("sourceBytes":11,"microseconds":9,"omitted":null,"items":{"item":[0,1],)"
+            R"("container":[null,null],"line":[1,2],"endLine":[1,2],"kind":["statement","loop"],)"
+            R"("name":["",""],"nodeID":[0,1],"branchTypeAsString":["line","loop"],)"
+            R"("contents":["say \"hi\"","b"]}})"
+            "\n");
+}
+
+TEST(ColumnsFormat, PutsExactBytesBehindTheList) {
+  const std::string answer = answerText({{.lineNumber = 1, .contents = "a\xfe"},
+                                         {.lineNumber = 2, .nodeId = 1, .contents = "b"},
+                                         {.lineNumber = 3, .nodeId = 2, .contents = "\xff"}});
+  const std::string text =
+      write("columns", {.path = "a.css", .answer = answer, .source = "a\xfe\nb\n\xff\n"});
+  EXPECT_TRUE(
+      text.ends_with("\"contents\":[\"a\xef\xbf\xbd\",\"b\",\"\xef\xbf\xbd\"],"
+                     "\"contentsBytes\":{\"0\":\"Yf4=\",\"2\":\"/w==\"}}}\n"))
+      << text;
+}
+
+TEST(ColumnsFormat, HasEmptyListsForAFileWithoutItems) {
+  const std::string lists =
+      R"("items":{"item":[],"container":[],"line":[],"endLine":[],"kind":[],"name":[],)"
+      R"("nodeID":[],"branchTypeAsString":[],"contents":[]}})"
+      "\n";
+  EXPECT_EQ(
+      write("columns", {.path = "a.js", .status = FileStatus::kFailed, .message = "no"}),
+      R"({"type":"file","file":0,"path":"a.js","status":"failed","message":"no","sourceBytes":0,)"
+      R"("microseconds":null,"omitted":null,)" +
+          lists);
+  const std::string cut = write("columns", {.path = "a.js", .answer = "[\n  {"});
+  EXPECT_TRUE(cut.starts_with(R"({"type":"file","file":0,"path":"a.js","status":"unreadable",)"
+                              R"("message":"the answer leaves)"))
+      << cut;
+  EXPECT_TRUE(cut.ends_with(lists)) << cut;
 }
 
 // The outline: the file; a class; in it a function with a line; a node without a parent.

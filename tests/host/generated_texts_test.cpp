@@ -152,7 +152,8 @@ TEST_F(Completions, OfBash) {
   const std::vector<Row> rows = {
       {"options", "--n", "--node-modules --no-ignore --null --no-progress"},
       {"the short option too", "-0", "-0"},
-      {"all formats", "--format ''", "(+o default)raw json ndjson tree outline ctags etags"},
+      {"all formats", "--format ''",
+       "(+o default)raw json ndjson columns tree outline ctags etags"},
       {"labels", "--only cl", "(+o default)class classvar"},
       {"labels behind a comma", "--only class,fun", "(+o default)class,function"},
       {"joined labels", "--only = line,l", "(+o default)line,logic line,loop line,line line,link"},
@@ -216,7 +217,8 @@ TEST_F(Completions, OfZsh) {
           "namespace class function logic loop classvar line define preprocessor htmlelement "
           "link container error method constructor getter setter interface enum type variable "
           "field module callback statement element script block",
-          "--format=[Choose the output format]:FORMAT:(raw json ndjson tree outline ctags etags)",
+          "--format=[Choose the output format]:FORMAT:(raw json ndjson columns tree outline "
+          "ctags etags)",
           "--out-dir=[Write one output file per input file, to the directory DIR]:DIR:_files -/",
           "(-j --jobs)-j+[Parse N files in parallel, 1 to 256]:N: ",
           "(-j --jobs)--jobs=[Parse N files in parallel, 1 to 256]:N: ",

@@ -1,4 +1,5 @@
-// The formats that stand on the outline: outline, ctags, etags, and the ranges of json and ndjson.
+// The formats that stand on the outline: outline, columns, ctags, etags, and the ranges of json and
+// ndjson.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -49,6 +50,7 @@ class OutlineFormats : public host_test::QuorlJs {
 };
 
 using OutlineFormat = OutlineFormats;
+using ColumnsFormat = OutlineFormats;
 using Tags = OutlineFormats;
 using Ranges = OutlineFormats;
 
@@ -115,6 +117,37 @@ TEST_F(OutlineFormat, ShowsWhatAnAnswerLacks) {
   EXPECT_EQ(outcome.status, 1);
   EXPECT_TRUE(outcome.out.starts_with("x\nx: unreadable: the answer leaves the record format"))
       << outcome;
+}
+
+// ---- columns
+
+// A private method has no record.
+TEST_F(ColumnsFormat, HasEveryItem) {
+  writeFile("a.js", "class A {\n  #b() {\n    c();\n  }\n}\n");
+  EXPECT_EQ(outOf({"a.js", "--format=columns"}),
+            "{\"type\":\"header\",\"schema\":1,\"tool\":\"quorl-js\",\"version\":\"" QUORL_VERSION
+            "\",\"fileCount\":1}\n"
+            R"({"type":"file","file":0,"path":"a.js","status":"answered","message":null,)"
+            R"("sourceBytes":34,"microseconds":null,"omitted":null,"items":{"item":[0,1,2],)"
+            R"("container":[null,0,1],"line":[1,2,3],"endLine":[5,4,3],)"
+            R"("kind":["class","method","statement"],"name":["A","#b",""],"nodeID":[3,null,4],)"
+            R"("branchTypeAsString":["class",null,"line"],)"
+            R"("contents":["class A {",null,"c();"]}})"
+            "\n");
+}
+
+TEST_F(ColumnsFormat, KeepsTheNumbersOfTheKindsThatAreAskedFor) {
+  const std::string text = outOf({"view.js", "--format=columns", "--only=logic,method"});
+  EXPECT_NE(text.find(R"("items":{"item":[3,7],"container":[1,6],"line":[4,10],"endLine":[7,12],)"
+                      R"("kind":["method","logic"],"name":["render",""],)"),
+            std::string::npos)
+      << text;
+}
+
+TEST_F(ColumnsFormat, IsNoShard) {
+  writeFile("columns", outOf({"view.js", "--format=columns"}));
+  EXPECT_EQ(run({"merge", "columns"}),
+            (Outcome{2, "", "quorl-js: columns: line 2: a file without recordCount\n"}));
 }
 
 // ---- tags
@@ -269,6 +302,10 @@ TEST_F(Ranges, AreForJsonOnly) {
       (Outcome{2, "",
                "quorl-js: --depth: not with --format ctags; use --format json, ndjson, tree or "
                "outline\n"}));
+  EXPECT_EQ(run({"view.js", "--format=columns", "--ranges"}),
+            (Outcome{2, "",
+                     "quorl-js: --ranges: not with --format columns; use --format json or "
+                     "ndjson\n"}));
 }
 
 TEST_F(Ranges, PassThroughMerge) {
