@@ -78,6 +78,12 @@ install(FILES ${PROJECT_SOURCE_DIR}/docs/cli.md ${PROJECT_SOURCE_DIR}/docs/edito
               ${PROJECT_SOURCE_DIR}/docs/many-machines.md ${PROJECT_SOURCE_DIR}/docs/record-format.md
         DESTINATION share/doc/quorl-js/docs COMPONENT tool)
 
+# The Python package, for Debian alone: elsewhere pip installs it.
+file(GLOB QUORL_PYTHON_FILES CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/bindings/python/src/quorl_js/*.py
+     ${PROJECT_SOURCE_DIR}/bindings/python/src/quorl_js/py.typed)
+install(FILES ${QUORL_PYTHON_FILES} DESTINATION lib/python3/dist-packages/quorl_js COMPONENT python
+        EXCLUDE_FROM_ALL)
+
 # quorl-js prints its own completions and fills the manual page, from the table that it reads its
 # options by.
 set(QUORL_HAS_MAN_PAGE OFF)

@@ -6,7 +6,7 @@ set(CPACK_PACKAGE_VENDOR "The Quorl JavaScript Parser Plugin authors")
 # Empty: each package has its own summary below.
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")
 set(CPACK_RESOURCE_FILE_LICENSE ${PROJECT_SOURCE_DIR}/LICENSE)
-set(CPACK_COMPONENTS_ALL module development tool)
+set(CPACK_COMPONENTS_ALL module development tool python)
 set(CPACK_VERBATIM_VARIABLES ON)
 set(CPACK_STRIP_FILES ON)
 
@@ -45,6 +45,18 @@ set(CPACK_DEBIAN_TOOL_DESCRIPTION
 "source structure of JavaScript and HTML as flat records (command line)
 Prints the structure records of JavaScript and HTML files, or of any other
 text, on standard output.")
+
+set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-quorl-js)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SHLIBDEPS OFF)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "python3 (>= 3.9), python3:any, quorl-js (>= ${PROJECT_VERSION})")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_LIST_DIR}/debian/python3-quorl-js/postinst
+    ${CMAKE_CURRENT_LIST_DIR}/debian/python3-quorl-js/prerm)
+set(CPACK_DEBIAN_PYTHON_DESCRIPTION
+"source structure of JavaScript and HTML as flat records (Python)
+Outlines of source files for Python programs, from the program quorl-js: one
+file, many files in parallel, or an index of a code base.")
 
 execute_process(COMMAND date -u -R -d @${QUORL_RELEASE_SECONDS} OUTPUT_VARIABLE QUORL_RELEASE_DATE
                 OUTPUT_STRIP_TRAILING_WHITESPACE)

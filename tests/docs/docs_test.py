@@ -6,7 +6,8 @@ A block fenced as "console" holds commands after "$ ", each followed by its outp
 included. One shell runs a block, in the project's root, with quorl-js on the path, PLUGIN set to
 the module, BUILD to the build folder, SCRATCH and HOME to an empty folder. A block fenced as a
 language of EXAMPLES must equal a file of examples/ or editors/, and each line of a "cmake" block must occur in
-the project that the tests build from an installed tree. Links to files must exist. Of "./dev run"
+the project that the tests build from an installed tree. The blocks of a page that are fenced as
+"pycon" are one doctest, with the package of bindings/python. Links to files must exist. Of "./dev run"
 only the final program is run, the one of this build. Commands in blocks fenced as "sh", which install
 and test, are not run but have to be SHELL_COMMANDS.
 """
@@ -21,7 +22,11 @@ FENCE = re.compile(r"^```(\w+)\n(.*?)^```$", re.M | re.S)
 LINK = re.compile(r"\]\(([^)#:]+)(#[^)]*)?\)")
 SHELL_COMMANDS = {"./dev run examples/tour.js", "./dev test", "./dev package",
                   "sudo apt install ./build/packages/quorl-js_*.deb "
-                  "./build/packages/quorl-js-plugin_*.deb", "cd editors/vscode", "npm ci",
+                  "./build/packages/quorl-js-plugin_*.deb",
+                  "sudo apt install ./build/packages/quorl-js_*.deb "
+                  "./build/packages/quorl-js-plugin_*.deb "
+                  "./build/packages/python3-quorl-js_*.deb",
+                  "python3 -m pip install ./bindings/python", "cd editors/vscode", "npm ci",
                   "npm run package", "code --install-extension quorl-js-1.0.0.vsix"}
 EXAMPLES = {"c", "python", "bash", "lua", "elisp", "js", "toml", "json"}
 CONSUMER = "tests/install/consumer/CMakeLists.txt"
@@ -48,6 +53,17 @@ def check_console(block, run):
             for (command, shown), printed in zip(pairs, outputs) if printed != shown]
 
 
+def check_doctest(blocks, root, env):
+    if not blocks:
+        return []
+    with tempfile.NamedTemporaryFile("w", suffix=".txt") as file:
+        file.write("\n".join(blocks))
+        file.flush()
+        done = subprocess.run([sys.executable, "-B", "-m", "doctest", file.name], cwd=root, env=env,
+                              check=False, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
+    return [done.stdout.decode()] if done.returncode != 0 else []
+
+
 def check_block(language, block, root, run):
     if language == "console":
         return check_console(block, run)
@@ -65,9 +81,11 @@ def check_block(language, block, root, run):
     return ["no rule for blocks fenced as " + language]
 
 
-def faults_of(path, text, root, run):
-    faults = [fault for language, block in FENCE.findall(text)
+def faults_of(path, text, root, run, env):
+    faults = [fault for language, block in FENCE.findall(text) if language != "pycon"
               for fault in check_block(language, block, root, run)]
+    faults += check_doctest([block for language, block in FENCE.findall(text)
+                             if language == "pycon"], root, env)
     faults += ["no such file: " + target for target, _ in LINK.findall(text)
                if not (path.parent / target).exists()]
     return ["%s: %s" % (path.name, fault) for fault in faults]
@@ -80,7 +98,8 @@ def main():
     count = 0
     with tempfile.TemporaryDirectory() as scratch:
         env = dict(os.environ, SCRATCH=scratch, HOME=scratch, PLUGIN=str(module), BUILD=str(build),
-                   LC_ALL="C.UTF-8", PATH="%s:%s" % (build / "bin", os.environ["PATH"]))
+                   LC_ALL="C.UTF-8", PATH="%s:%s" % (build / "bin", os.environ["PATH"]),
+                   PYTHONPATH=str(root / "bindings/python/src"))
 
         def run(commands):
             nonlocal count
@@ -94,10 +113,11 @@ def main():
 
         # The check itself must be able to fail.
         bad = ("```console\n$ echo a\nb\n```\n```c\nint a;\n```\n```cmake\nno(such line)\n```\n"
-               "[x](no/such/file.md)\n")
-        assert len(faults_of(root / "README.md", bad, root, run)) == 4
+               "[x](no/such/file.md)\n```pycon\n>>> 1\n2\n```\n")
+        assert len(faults_of(root / "README.md", bad, root, run, env)) == 5
         count = 0
-        found = [fault for page in pages for fault in faults_of(page, page.read_text(), root, run)]
+        found = [fault for page in pages
+                 for fault in faults_of(page, page.read_text(), root, run, env)]
     assert count >= 15, count
     print("\n".join(found) or "%d commands print what is shown" % count)
     return 1 if found else 0

@@ -231,8 +231,8 @@ def install_packages(packages, root):
     dpkg = ["dpkg", "--root=%s" % root, "--log=/dev/null", "--force-depends",
             "--force-script-chrootless"]
     run(*dpkg, "--install", *packages, stderr=subprocess.DEVNULL)
-    return lambda: run(*dpkg, "--purge", "quorl-js", "quorl-js-dev", "quorl-js-plugin",
-                       stderr=subprocess.DEVNULL)
+    return lambda: run(*dpkg, "--purge", "python3-quorl-js", "quorl-js", "quorl-js-dev",
+                       "quorl-js-plugin", stderr=subprocess.DEVNULL)
 
 
 def check_packages(cpack, build, example):
@@ -253,7 +253,7 @@ def check_packages(cpack, build, example):
                    run("dpkg-deb", "-f", package, "Depends") for package in packages}
         version = run("dpkg-deb", "-f", packages[0], "Version").strip()
         same_module = "quorl-js-plugin (= %s)" % version
-        faults = differences(set(depends), {"quorl-js", "quorl-js-dev", "quorl-js-plugin"})
+        faults = differences(set(depends), {"python3-quorl-js", "quorl-js", "quorl-js-dev", "quorl-js-plugin"})
         faults += [name + " takes any module" for name in ("quorl-js", "quorl-js-dev")
                    if same_module not in depends[name]]
         faults += [name + " does not need the standard library"
@@ -262,6 +262,8 @@ def check_packages(cpack, build, example):
                               stdout=subprocess.PIPE, stderr=subprocess.STDOUT, encoding="utf-8")
         print(done.stdout, end="")
         faults += [line for line in done.stdout.splitlines() if line.startswith(("E:", "W:"))]
+        faults += ["python3-quorl-js does not need " + package for package in ("python3", "quorl-js")
+                   if package not in re.split("[, ]+", depends["python3-quorl-js"])]
         faults += ["quorl-js does not need " + library for library in ("libgit2", "libsqlite3-0", "libdeflate0")
                    if library not in depends["quorl-js"]]
         # lintian exits with 2 both for errors that it found and for its own.
@@ -269,6 +271,11 @@ def check_packages(cpack, build, example):
         root = out / "root"
         remove = install_packages(packages, root)
         assert run(root / "usr/bin/quorl-js", example).startswith("[\n  {\n")
+        env = dict(os.environ, PATH="%s:%s" % (root / "usr/bin", os.environ["PATH"]),
+                   PYTHONPATH=str(root / "usr/lib/python3/dist-packages"), PYTHONNOUSERSITE="1")
+        program = "import quorl_js, sys; print(quorl_js.outline(sys.argv[1]).items[0].name)"
+        printed = run(sys.executable, "-B", "-c", program, example, env=env)
+        assert printed == "Greeter\n", printed
         remove()
         left = [path.relative_to(root).as_posix() for path in root.rglob("*") if path.is_file()]
         faults += ["left behind: " + name for name in left if not name.startswith("var/lib/dpkg/")]
