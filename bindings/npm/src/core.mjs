@@ -20,16 +20,19 @@ export class OutlineError extends Error {
   }
 }
 
-// The words of an error answer: [{"error": "words"}].
+// Of an error answer: [{"error": "words"}].
 function errorOf(answer) {
   const words = answer
     .slice('[{"error": "'.length, -'"}]'.length)
     .replace(/\\(.)/gs, (_, byte) => ESCAPES[byte] ?? byte);
-  const status = /^Parser exception: .*bad_alloc/.test(words) ? "out-of-memory" : "failed";
-  return new OutlineError(status, words, answer);
+  return new OutlineError(isOutOfMemory(answer) ? "out-of-memory" : "failed", words, answer);
 }
 
-// Texts with exact bytes beside them are read as UTF-8 again, which JavaScript's strings cannot exceed.
+// Whether the plug-in had no memory for its records, or not even for an error answer.
+function isOutOfMemory(answer) {
+  return answer === null || answer === '[{"error": "Parser exception: std::bad_alloc"}]';
+}
+
 function itemsOf(columns) {
   const { item, container, line, endLine, kind, name, nodeID, branchTypeAsString, contents } = columns;
   return item.map((number, at) => ({
@@ -53,13 +56,18 @@ class Diagnostics {
     this.#pieces.push([stream, bytes]);
   }
 
+  clear() {
+    this.#pieces = [];
+  }
+
   // Passes on the lines of the call in their order. A line without an end is a line too.
   deliver(callback) {
     const pieces = this.#pieces;
     this.#pieces = [];
     const rest = { stdout: "", stderr: "" };
+    const decoders = { stdout: new TextDecoder(), stderr: new TextDecoder() };
     for (const [stream, bytes] of pieces) {
-      const lines = (rest[stream] + DECODER.decode(bytes)).split("\n");
+      const lines = (rest[stream] + decoders[stream].decode(bytes, { stream: true })).split("\n");
       rest[stream] = lines.pop();
       for (const line of lines) callback(line, stream);
     }
@@ -112,17 +120,25 @@ export class Parser {
     }
     const bytes = typeof source === "string" ? ENCODER.encode(source) : source;
     if (!(bytes instanceof Uint8Array)) throw new TypeError("source is a string or a Uint8Array");
-    let answer;
+    const call = [operation, ENCODER.encode(name), ENCODER.encode(defines.join("\n")), bytes];
+    let answer = null;
+    let fault = null;
     try {
-      answer = this.#run(operation, ENCODER.encode(name), ENCODER.encode(defines.join("\n")), bytes);
+      const isUsed = this.#exports !== null;
+      answer = this.#run(...call);
+      if (isUsed && isOutOfMemory(answer)) { // what earlier calls left may be to blame
+        this.#drop();
+        this.#diagnostics.clear();
+        answer = this.#run(...call);
+      }
     } catch (error) {
-      this.#drop(); // its state is unknown
-      if (error instanceof OutlineError) throw error;
-      throw new OutlineError("crashed", `${name}: ${error.message}`);
-    } finally {
-      if (this.memoryBytes > this.#replaceAt) this.#drop();
+      fault = error;
     }
+    // After a fault the instance is in an unknown state.
+    if (fault !== null || isOutOfMemory(answer) || this.memoryBytes > this.#replaceAt) this.#drop();
     if (this.#callback !== null) this.#diagnostics.deliver(this.#callback);
+    if (fault instanceof OutlineError) throw fault;
+    if (fault !== null) throw new OutlineError("crashed", `${name}: ${fault.message}`);
     if (answer === null) throw new OutlineError("out-of-memory", `${name}: out of memory`);
     return answer;
   }
@@ -133,10 +149,7 @@ export class Parser {
     const isPut = this.#put("nameBuffer", name) && this.#put("definesBuffer", defines) &&
       this.#put("sourceBuffer", source);
     const address = isPut ? this.#exports[operation]() >>> 0 : 0;
-    if (address === 0) {
-      this.#drop();
-      return null;
-    }
+    if (address === 0) return null;
     const bytes = new Uint8Array(this.#memory.buffer, address, this.#exports.answerSize() >>> 0);
     try {
       return DECODER.decode(bytes);

@@ -59,9 +59,14 @@ export interface CallOptions {
   defines?: readonly string[];
 }
 
+/** WebAssembly.Module, for projects whose types have it. */
+export type WasmModule = typeof globalThis extends { WebAssembly: { Module: { prototype: infer Module } } }
+  ? Module
+  : never;
+
 export interface LoadOptions {
   /** The bytes of quorl-js.wasm, or its module. Default: the file beside the package's code. */
-  wasm?: BufferSource | WebAssembly.Module;
+  wasm?: ArrayBuffer | ArrayBufferView | WasmModule;
   /** Called after each call with each line that the plug-in wrote. Default: none. */
   diagnostics?: ((line: string, stream: "stdout" | "stderr") => void) | null;
   /** Replace the module's memory after a call that leaves it larger. Default: 64 MiB. */
