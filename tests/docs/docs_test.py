@@ -26,7 +26,9 @@ SHELL_COMMANDS = {"./dev run examples/tour.js", "./dev test", "./dev package",
                   "sudo apt install ./build/packages/quorl-js_*.deb "
                   "./build/packages/quorl-js-plugin_*.deb "
                   "./build/packages/python3-quorl-js_*.deb",
-                  "python3 -m pip install ./bindings/python", "cd editors/vscode", "npm ci",
+                  "python3 -m pip install ./bindings/python",
+                  "EM_FROZEN_CACHE=1 emcmake cmake -S bindings/npm -B build/npm -G Ninja",
+                  "ninja -C build/npm", "npm pack ./build/npm/package", "cd editors/vscode", "npm ci",
                   "npm run package", "code --install-extension quorl-js-1.0.0.vsix"}
 EXAMPLES = {"c", "python", "bash", "lua", "elisp", "js", "toml", "json"}
 CONSUMER = "tests/install/consumer/CMakeLists.txt"
