@@ -1,12 +1,32 @@
-// The playground in Chromium: node npm_page.js PAGE SCRIPT
+// The playground, and the package as other pages use it, in Chromium.
+//
+// usage: node npm_page.js PAGE SCRIPT PACKAGE
 "use strict";
 const assert = require("assert");
 const fs = require("fs");
+const http = require("http");
 const path = require("path");
 const { pathToFileURL } = require("url");
 const { chromium } = require("playwright-core");
 
-const [address, script] = [pathToFileURL(path.resolve(process.argv[2])).href, process.argv[3]];
+const [address, script, packageFolder] =
+  [pathToFileURL(path.resolve(process.argv[2])).href, ...process.argv.slice(3)];
+const WORKER = `import { load } from "/package/browser.mjs";
+const quorl = await load();
+postMessage(quorl.outline("a.js", "function f() {\\n}\\n").items[0].name);`;
+
+// Serves an empty page, a worker and the package.
+function serve() {
+  const server = http.createServer((request, response) => {
+    const name = request.url.replace("/package/", "");
+    const types = { ".mjs": "text/javascript", ".wasm": "application/octet-stream" };
+    response.setHeader("Content-Type", types[path.extname(name)] ?? "text/html");
+    if (request.url === "/worker.mjs") return response.end(WORKER);
+    if (request.url === "/") return response.end("<!doctype html><link rel=icon href=data:,>");
+    return response.end(fs.readFileSync(path.join(packageFolder, path.basename(name))));
+  });
+  return new Promise((resolve) => server.listen(0, "127.0.0.1", () => resolve(server)));
+}
 
 // The page, ready, with what it must not do collected in faults.
 async function open(browser) {
@@ -107,9 +127,37 @@ const tests = {
   },
 };
 
+async function checkPackage(browser) {
+  const server = await serve();
+  const page = await browser.newPage();
+  await page.goto(`http://127.0.0.1:${server.address().port}/`);
+  assert.deepStrictEqual(await page.evaluate(async () => {
+    const { load, OutlineError } = await import("/package/browser.mjs");
+    const quorl = await load();
+    let status = null;
+    try {
+      quorl.records("a.js", "");
+    } catch (error) {
+      if (error instanceof OutlineError) ({ status } = error);
+    }
+    const worker = new Worker("/worker.mjs", { type: "module" });
+    const inWorker = await new Promise((resolve, reject) => {
+      worker.onmessage = (event) => resolve(event.data);
+      worker.onerror = (event) => reject(new Error(event.message));
+    });
+    return [quorl.outline("a.js", "class A {\n}\n").items[0].name, status, inWorker];
+  }), ["A", "failed", "f"]);
+  await page.close();
+  await new Promise((resolve) => {
+    server.close(resolve);
+    server.closeAllConnections();
+  });
+}
+
 (async () => {
   const browser = await chromium.launch({ executablePath: process.env.CHROMIUM,
     chromiumSandbox: process.getuid() !== 0 });
+  await checkPackage(browser);
   let failed = 0;
   for (const [name, test] of Object.entries(tests)) {
     const page = await open(browser);

@@ -123,7 +123,7 @@ def check_page():
     fetched("playwright-core")
     env = dict(os.environ, NODE_PATH=str(SCRATCH / "node_modules"), CHROMIUM=chromium)
     print(run("node", HERE / "npm_page.js", BUILD / "playground.html", ROOT / "examples/tour.js",
-              cwd=SCRATCH, env=env))
+              BUILD / "package", cwd=SCRATCH, env=env))
 
 
 def main():

@@ -118,7 +118,7 @@ def main():
     check_the_checks()
     root = pathlib.Path(sys.argv[1])
     found, count = [], 0
-    for top in ("src", "host", "tests", "fuzz", "bench", "examples"):
+    for top in ("src", "host", "tests", "fuzz", "bench", "examples", "bindings"):
         for path in sorted((root / top).rglob("*")):
             name = path.relative_to(root).as_posix()
             if path.suffix not in (".h", ".c", ".cpp") or name.startswith("tests/cases/"):
