@@ -2,6 +2,9 @@
 import os
 import pathlib
 import pickle
+import shutil
+import subprocess
+import sys
 import tempfile
 import unittest
 
@@ -165,14 +168,14 @@ class Program(InAFolder):
         self.assert_fails("run-failed", "quorl-js: this one", quorl_js.outline, "a.js")
 
     def test_is_one_in_the_package_first(self):
-        folder = pathlib.Path(quorl_js.__file__).parent / "bin"
-        folder.mkdir()
-        try:
-            self.fake("echo quorl-js: beside >&2; exit 2\n").rename(folder / "quorl-js")
-            self.assert_fails("run-failed", "quorl-js: beside", quorl_js.outline, "a.js")
-        finally:
-            (folder / "quorl-js").unlink()
-            folder.rmdir()
+        # In a copy, since other tests use the package at the same time.
+        shutil.copytree(pathlib.Path(quorl_js.__file__).parent, "copy/quorl_js")
+        pathlib.Path("copy/quorl_js/bin").mkdir()
+        self.fake("echo quorl-js: beside >&2; exit 2\n").rename("copy/quorl_js/bin/quorl-js")
+        done = subprocess.run([sys.executable, "-c", "import quorl_js; quorl_js.outline('a.js')"],
+                              env=dict(os.environ, PYTHONPATH="copy"), check=False,
+                              stderr=subprocess.PIPE)
+        self.assertEqual(done.stderr.splitlines()[-1], b"quorl_js.OutlineError: quorl-js: beside")
 
     def test_that_stops_early_is_an_error(self):
         header = '{"type":"header","schema":1,"tool":"quorl-js","version":"1","fileCount":1}'
