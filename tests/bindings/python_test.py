@@ -96,7 +96,7 @@ def check_package(root, quorl_js, scratch):
     shutil.rmtree(scratch, ignore_errors=True)
     project = scratch / "project"
     shutil.copytree(root / "bindings/python", project,
-                    ignore=shutil.ignore_patterns("__pycache__", "dist", ".mypy_cache"))
+                    ignore=shutil.ignore_patterns("__pycache__", "*.egg-info", "build", "dist"))
     env = environment(root, quorl_js)
     run(sys.executable, "-m", "mypy", "--cache-dir", scratch / "mypy", "src", cwd=project, env=env)
     # From the sdist that it builds first, so the sdist is whole.
