@@ -67,7 +67,7 @@ const tests = {
     await page.fill("#source", "");
     assert.deepStrictEqual(await rowsAfter(page, "0 items"), []);
     await page.type("#source", "class A {\n");
-    assert.deepStrictEqual(await rowsAfter(page, "1 items"), ["1 class A"]);
+    assert.deepStrictEqual(await rowsAfter(page, "1 item"), ["1 class A"]);
     await page.type("#source", "run() {\n}\n}\n");
     assert.deepStrictEqual(await rowsAfter(page, "2 items"), ["1-4 class A", "2-3 method run"]);
   },
@@ -75,7 +75,7 @@ const tests = {
   async "reads a text as its name says"(page) {
     await page.fill("#source", "<h1>Tea</h1>\n");
     await page.fill("#name", "menu.html");
-    assert.deepStrictEqual(await rowsAfter(page, "1 items"), ["1 element h1"]);
+    assert.deepStrictEqual(await rowsAfter(page, "1 item"), ["1 element h1"]);
   },
 
   async "opens a file"(page) {
@@ -106,9 +106,17 @@ const tests = {
     }), "  #open() {\n    return fetch(this.path);\n  }");
   },
 
+  async "keeps its columns, however long a text is"(page) {
+    await page.fill("#source", `f();\nf("${"long ".repeat(100)}");\nfunction g() {\n}\n`);
+    await rowsAfter(page, "3 items");
+    const lefts = await page.evaluate(() =>
+      [...document.querySelectorAll("#outline .kind")].map((kind) => kind.getBoundingClientRect().left));
+    assert.deepStrictEqual(lefts, [lefts[0], lefts[0], lefts[0]]);
+  },
+
   async "says what is left out"(page) {
     await page.fill("#source", "f();\n" + "g();".repeat(5000));
-    await rowsAfter(page, "1 items, 1 lines left out (long-lines)");
+    await rowsAfter(page, "1 item, 1 line left out (long-lines)");
   },
 
   async "takes a text for a text"(page) {

@@ -49,6 +49,10 @@ function rowOf(item, level) {
   return row;
 }
 
+function counted(count, noun) {
+  return `${count} ${noun}${count === 1 ? "" : "s"}`;
+}
+
 function show() {
   waiting = false;
   try {
@@ -56,9 +60,9 @@ function show() {
     const levels = [];
     for (const item of items) levels.push(item.parent === null ? 0 : levels[item.parent] + 1);
     list.replaceChildren(...items.slice(0, MAX_ITEMS).map((item, at) => rowOf(item, levels[at])));
-    const missing = omitted.map((each) => `${each.lines} lines left out (${each.reason})`);
+    const missing = omitted.map((each) => `${counted(each.lines, "line")} left out (${each.reason})`);
     const more = items.length > MAX_ITEMS ? [`the first ${MAX_ITEMS} are shown`] : [];
-    state.textContent = [`${items.length} items`, ...more, ...missing].join(", ");
+    state.textContent = [counted(items.length, "item"), ...more, ...missing].join(", ");
   } catch (error) {
     list.replaceChildren();
     state.textContent = error.message;
