@@ -343,6 +343,7 @@ run({
     const page = await open(address);
     const light = await pixel(page, 0.01, 0.5);
     await page.emulateMedia({ colorScheme: "dark" });
+    await page.waitForFunction(() => matchMedia("(prefers-color-scheme: dark)").matches);
     await settle(page);
     const dark = await pixel(page, 0.01, 0.5);
     assert.notStrictEqual(light, dark);
