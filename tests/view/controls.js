@@ -221,6 +221,36 @@ run({
     await close(page);
   },
 
+  async firstSearch() {
+    const page = await open(address);
+    // Rows are made before a search needs them, and stay hidden.
+    await page.waitForFunction(() => document.querySelector("#results .row") !== null);
+    assert.ok(await page.isHidden("#results"));
+    assert.strictEqual(await page.getAttribute("#results", "class"), "scroller");
+    assert.strictEqual(await page.locator("#results .row:not([hidden])").count(), 0);
+    // Each row is filled once, although the list appears.
+    const filled = await page.evaluate(async () => {
+      const titles = [];
+      const observer = new MutationObserver((records) => {
+        for (const { target } of records) {
+          if (target.className === "aside") titles.push(target.parentElement.children[2].textContent);
+        }
+      });
+      observer.observe(document.getElementById("results"), { childList: true, subtree: true });
+      const find = document.getElementById("find");
+      find.value = "path";
+      find.dispatchEvent(new Event("input"));
+      for (let frame = 0; frame < 3; ++frame) await new Promise((done) => requestAnimationFrame(done));
+      return titles;
+    });
+    assert.deepStrictEqual(filled, ["open  function open(path) {", "load(path);"]);
+    await page.fill("#find", "");
+    await settle(page);
+    assert.ok(await page.isVisible("#tree"));
+    assert.strictEqual(await page.locator("#results .row:not([hidden])").count(), 0);
+    await close(page);
+  },
+
   async search() {
     const page = await open(address);
     const find = async (text) => {

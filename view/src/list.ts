@@ -11,6 +11,7 @@ const kOpenAtStart = 200; // nodes: a tree that is not larger starts with all of
 const kMaxIndent = 16; // levels
 const kTitleBytes = 400;
 const kPathBytes = 300;
+const kWarmUpRows = 50;
 
 interface Actions {
   choose(node: number, lasting: boolean): void;
@@ -66,19 +67,43 @@ export class List {
   show(matches: Matches | null): void {
     const wasSearching = this.found !== null;
     this.found = matches === null ? null : matches.nodes;
-    this.tree.scroller.hidden = matches !== null;
-    this.results.scroller.hidden = matches === null;
     if (matches === null) {
+      if (!wasSearching) return;
+      this.hideResults();
+      this.tree.scroller.hidden = false;
       this.status.textContent = "";
-      if (wasSearching) this.choose(this.chosen);
+      this.choose(this.chosen);
       return;
     }
+    this.tree.scroller.hidden = true;
+    this.results.scroller.hidden = false;
     if (!wasSearching) this.results.scroller.scrollTop = 0;
     const { nodes, done } = matches;
     const some = nodes.length === 0 ? "nothing found" : `${number(nodes.length)} found`;
     this.status.textContent = done ? some : `${number(nodes.length)} found so far`;
     this.refresh();
     this.markActive();
+  }
+
+  // Fills and lays out rows of results without showing them: making the rows, loading fonts and
+  // compiling the code would delay the first search.
+  warmUp(): void {
+    const { scroller } = this.results;
+    this.found = this.model.itemNode.subarray(0, kWarmUpRows);
+    scroller.classList.add("warm-up");
+    scroller.hidden = false;
+    this.refresh();
+    scroller.getBoundingClientRect();
+    this.hideResults();
+    scroller.classList.remove("warm-up");
+    this.found = null;
+  }
+
+  // Hides the rows too: rows of the last search would be laid out when the list appears, and again
+  // when they are filled.
+  private hideResults(): void {
+    this.results.show(0);
+    this.results.scroller.hidden = true;
   }
 
   private rows(id: string, role: string, fill: (row: Row, index: number) => void): Rows {

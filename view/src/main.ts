@@ -46,7 +46,7 @@ class Page {
     this.connect();
     this.showFigures();
     this.showSince(null);
-    if (this.matches === null) this.search.warmUp();
+    if (this.matches === null) this.search.warmUp(() => this.list.warmUp());
   }
 
   private connect(): void {

@@ -8,6 +8,7 @@ export class Rows {
   private readonly rows: HTMLElement[] = [];
   private count = 0;
   private rowHeight = 1;
+  private drawnHeight = 0; // of the scroller, when the rows were last drawn
 
   constructor(
     readonly scroller: HTMLElement,
@@ -18,7 +19,10 @@ export class Rows {
     this.box.setAttribute("role", "presentation");
     scroller.append(this.box);
     scroller.addEventListener("scroll", () => this.draw());
-    new ResizeObserver(() => this.draw()).observe(scroller);
+    // An observer also reports a list that appears, which show() has just filled.
+    new ResizeObserver(() => {
+      if (scroller.clientHeight !== this.drawnHeight) this.draw();
+    }).observe(scroller);
   }
 
   // Fills all rows again.
@@ -73,6 +77,7 @@ export class Rows {
     if (this.scroller.hidden) return;
     // Read once: reading between changes would lay out the page for every row.
     const { scrollTop } = this.scroller;
+    this.drawnHeight = this.scroller.clientHeight;
     const first = scrollTop / this.pixelsPerRow();
     const begin = Math.max(0, Math.floor(first));
     const end = Math.min(this.count, Math.ceil(first + this.inSight()) + 1);

@@ -7,8 +7,9 @@ import type { Texts } from "./data";
 import { kSizes, type Model } from "./model";
 
 const kChunkBytes = 1 << 20;
-const kFirstSliceMs = 10;
+const kFirstSliceMs = 6;
 const kSliceMs = 12;
+const kPauseMs = 4; // after a frame: input and other timers go first
 const kReportMs = 120;
 const kHitsPerLook = 2048; // between two looks at the clock
 
@@ -123,8 +124,9 @@ export class Search {
     this.texts = new Pool(model.data.item.text);
   }
 
-  // Prepares the texts and sizes, so that the first who needs them does not have to.
-  warmUp(): void {
+  // Prepares the texts and sizes, so that the first who needs them does not have to. Calls finished
+  // at the end, unless a search starts before.
+  warmUp(finished: () => void): void {
     const { model, names, paths, texts } = this;
     const steps = function* () {
       yield* names.prepare();
@@ -135,7 +137,9 @@ export class Search {
         yield;
       }
     };
-    this.inSlices(steps(), 0, () => undefined);
+    this.inSlices(steps(), 0, (done) => {
+      if (done) finished();
+    });
   }
 
   // Reports what is found at once, and again while it grows, until another search starts.
@@ -204,11 +208,15 @@ export class Search {
       const start = performance.now();
       let done = false;
       while (!done && performance.now() - start < milliseconds) done = steps.next().done === true;
-      if (done || performance.now() - reported > kReportMs) {
+      const isDue = done || performance.now() - reported > kReportMs;
+      if (isDue) {
         reported = performance.now();
         report(done);
       }
-      if (!done) setTimeout(slice, 0, kSliceMs);
+      if (done) return;
+      // Draw what was reported before the search goes on. A hidden page has no frames.
+      if (isDue && !document.hidden) requestAnimationFrame(() => setTimeout(slice, kPauseMs, kSliceMs));
+      else setTimeout(slice, 0, kSliceMs);
     };
     slice(firstMs);
   }
