@@ -41,10 +41,13 @@ Braces countBraces(std::string_view line) {
   Braces braces;
   const auto isBrace = [](text::Bytes bytes) { return bytes.are('{') | bytes.are('}'); };
   if (!text::holdsByte(line, isBrace)) return braces;
+  const auto isStop = [&](text::Bytes bytes) {
+    return isBrace(bytes) | bytes.are('\\') | bytes.are('"') | bytes.are('\'') | bytes.are('`');
+  };
   char quote = 0;  // the byte that closes the string, 0 outside
-  for (std::size_t i = 0; i < line.size(); ++i) {
-    const char byte = line[i];
-    if (!kBraceStops(byte)) continue;
+  std::size_t i = 0;
+  while ((i = text::findMemberByBlocks(line, kBraceStops, isStop, i)) < line.size()) {
+    const char byte = line[i++];
     if (byte == '\\') {
       ++i;
     } else if (quote != 0) {

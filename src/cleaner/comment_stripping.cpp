@@ -27,6 +27,11 @@ constexpr ByteSet kUnprintable = ByteSet::where(
     [](int byte) { return (byte < 0x20 && byte != '\n' && byte != '\r') || byte > 0x7E; });
 
 constexpr ByteSet kCodeStops = kUnprintable | ByteSet{";[T/'\"\n"};
+// A test for blocks, true for a carriage return too, which is rare.
+text::Bytes::Mask areUnprintable(const text::Bytes& bytes) {
+  return bytes.areBelow(' ') | bytes.are('\x7F');
+}
+
 constexpr ByteSet kStringStops = kUnprintable | ByteSet{"'\"\\;["};
 constexpr ByteSet kLineCommentStops = kUnprintable | ByteSet{";\n"};
 constexpr ByteSet kBlockCommentStops = kUnprintable | ByteSet{";*/\n"};
@@ -125,7 +130,13 @@ class CommentStripper {
 };
 
 void CommentStripper::code() {
-  const std::size_t stop = findStop(kCodeStops);
+  const std::size_t stop = text::findMemberByBlocks(
+      text_, kCodeStops,
+      [](text::Bytes bytes) {
+        return areUnprintable(bytes) | bytes.are(';') | bytes.are('[') | bytes.are('T') |
+               bytes.are('/') | bytes.are('\'') | bytes.are('"');
+      },
+      in_);
   for (std::size_t i = in_; statementStart_ && i < stop; ++i) {
     statementStart_ = kBetweenStatements(text_[i]);
   }
@@ -169,7 +180,13 @@ void CommentStripper::code() {
 }
 
 void CommentStripper::string() {
-  copyUpTo(findStop(kStringStops));
+  copyUpTo(text::findMemberByBlocks(
+      text_, kStringStops,
+      [](text::Bytes bytes) {
+        return areUnprintable(bytes) | bytes.are('\'') | bytes.are('"') | bytes.are('\\') |
+               bytes.are(';') | bytes.are('[');
+      },
+      in_));
   if (in_ == size_ || takeUnprintable()) return;
   const char byte = text_[in_];
   if (byte == ';') statementStart_ = true;

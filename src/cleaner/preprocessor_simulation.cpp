@@ -117,11 +117,15 @@ void PreprocessorSimulation::readLine(std::size_t in, std::size_t end) {
   if (atLineStart_) {
     std::size_t ink = in;
     while (ink < end && (text_[ink] == ' ' || isDropped(text_[ink]))) ++ink;
-    takeBytes(in, ink);
+    const bool isOther = ink < end && text_[ink] != '#';
+    // Blanks in front of other text would be collected for nothing, unless they are reported.
+    const bool isUnread =
+        inDirective_ && isOther && directiveLine_.size() + (ink - in) <= kMaxSilentDirectiveBytes;
+    if (!isUnread) takeBytes(in, ink);
     if (ink == end) return;
     in = ink;
-    inDirective_ = text_[in] == '#';
-    if (!inDirective_) {
+    inDirective_ = !isOther;
+    if (isOther) {
       directiveLine_.clear();
       inkEnd_ = 0;
     }

@@ -8,10 +8,13 @@
 #pragma once
 
 #include <array>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <string_view>
+
+#include "text/byte_set.h"
 
 namespace text {
 
@@ -45,6 +48,20 @@ inline bool isAny(Bytes::Mask mask) {
   return (halves[0] | halves[1]) != 0;
 }
 
+// The index of the first byte of the mask that is set, kBlockBytes if none is.
+inline std::size_t firstSet(Bytes::Mask mask) {
+  std::array<std::uint64_t, 2> halves;
+  std::memcpy(halves.data(), &mask, kBlockBytes);
+  // The byte that comes first in memory is the lowest or the highest of the number.
+  const auto zeros = [](std::uint64_t half) {
+    return static_cast<std::size_t>(std::endian::native == std::endian::little
+                                        ? std::countr_zero(half)
+                                        : std::countl_zero(half)) /
+           8;
+  };
+  return halves[0] != 0 ? zeros(halves[0]) : 8 + zeros(halves[1]);
+}
+
 // A text of at most kBlockBytes bytes, padded with spaces.
 class PaddedBlock {
  public:
@@ -66,6 +83,23 @@ bool holdsByte(std::string_view text, Test test) {
   for (std::size_t i = 0; i + kBlockBytes < text.size(); i += kBlockBytes)
     found |= test(Bytes(text.data() + i));
   return isAny(found);
+}
+
+// Offset of the first byte at or after from that is in the set, or the text's size if there is
+// none, as findMember finds it. The test has to be true for the members, and may be true for other
+// bytes that are rare. It is quicker than findMember where the next member is some ten bytes away:
+// the processor cannot foresee when a loop over so few bytes ends.
+template <typename Test>
+std::size_t findMemberByBlocks(std::string_view text, const ByteSet& set, Test test,
+                               std::size_t from) {
+  while (from + kBlockBytes <= text.size()) {
+    const std::size_t hit = firstSet(test(Bytes(text.data() + from)));
+    from += hit;
+    if (hit == kBlockBytes) continue;
+    if (set(text[from])) return from;
+    ++from;
+  }
+  return findMember(text, set, from);
 }
 
 }  // namespace text

@@ -1,5 +1,6 @@
 #include "text/string_primitives.h"
 
+#include <cstring>
 #include <utility>
 
 #include "text/byte_blocks.h"
@@ -10,33 +11,51 @@ namespace {
 
 constexpr ByteSet kFirstWordBytes = kLetters | kDigits | ByteSet{"_#"};
 
+Bytes::Mask areLineEndsOrTabs(const Bytes& bytes) {
+  return bytes.are('\n') | bytes.are('\r') | bytes.are('\t');
+}
+
 // Appends text to out; each run of white space in kCollapsed becomes one space.
 void appendCollapsed(std::string& out, std::string_view text) {
+  const std::size_t before = out.size();
+  // Whole blocks are written, of which the last may reach beyond the text.
+  out.resize(before + text.size() + kBlockBytes);
+  char* to = out.data() + before;
   std::size_t from = 0;
-  while (from < text.size()) {
-    const std::size_t to = findMember(text, kCollapsed, from);
-    out.append(text, from, to - from);
-    if (to == text.size()) return;
-    out.push_back(' ');
-    from = findNonMember(text, kCollapsed, to);
+  while (from + kBlockBytes < text.size()) {
+    const Bytes bytes(text.data() + from), next(text.data() + from + 1);
+    const std::size_t plain = firstSet(
+        areLineEndsOrTabs(bytes) | (bytes.are(' ') & (next.are(' ') | areLineEndsOrTabs(next))));
+    std::memcpy(to, text.data() + from, kBlockBytes);
+    to += plain;
+    from += plain;
+    if (plain == kBlockBytes) continue;
+    *to++ = ' ';
+    from = findNonMember(text, kCollapsed, from);
   }
+  while (from < text.size()) {
+    if (kCollapsed(text[from])) {
+      *to++ = ' ';
+      from = findNonMember(text, kCollapsed, from);
+    } else {
+      *to++ = text[from++];
+    }
+  }
+  out.resize(static_cast<std::size_t>(to - out.data()));
 }
 
 // Whether collapsing would change the text, which must not begin or end with a byte of kCollapsed.
 bool hasRunToCollapse(std::string_view text) {
-  const auto isLineEndOrTab = [](Bytes bytes) {
-    return bytes.are('\n') | bytes.are('\r') | bytes.are('\t');
-  };
   if (text.size() <= kBlockBytes) {
-    return holdsByte(text, isLineEndOrTab) || text.find("  ") != std::string_view::npos;
+    return holdsByte(text, areLineEndsOrTabs) || text.find("  ") != std::string_view::npos;
   }
   // Each block is tested together with the block one byte further on.
   const auto isRun = [&](const char* block) {
     const Bytes bytes(block), next(block + 1);
-    return isLineEndOrTab(bytes) | (bytes.are(' ') & next.are(' '));
+    return areLineEndsOrTabs(bytes) | (bytes.are(' ') & next.are(' '));
   };
   const std::size_t last = text.size() - kBlockBytes - 1;
-  Bytes::Mask found = isRun(text.data() + last) | isLineEndOrTab(Bytes(text.data() + last + 1));
+  Bytes::Mask found = isRun(text.data() + last) | areLineEndsOrTabs(Bytes(text.data() + last + 1));
   for (std::size_t i = 0; i < last; i += kBlockBytes) found |= isRun(text.data() + i);
   return isAny(found);
 }

@@ -31,6 +31,41 @@ TEST(ByteBlocks, FindAByteAtAnyPosition) {
   }
 }
 
+TEST(ByteBlocks, NameTheFirstByteThatIsSet) {
+  const auto firstQuote = [](const std::string& text) {
+    return text::firstSet(Bytes(text.data()).are('"'));
+  };
+  for (std::size_t place = 0; place < kBlockBytes; ++place) {
+    std::string text(kBlockBytes, 'a');
+    text[place] = '"';
+    EXPECT_EQ(firstQuote(text), place);
+    std::fill(text.begin() + static_cast<std::ptrdiff_t>(place), text.end(), '"');
+    EXPECT_EQ(firstQuote(text), place) << "and all behind it";
+  }
+  EXPECT_EQ(firstQuote(std::string(kBlockBytes, 'a')), kBlockBytes);
+}
+
+// From each offset, with a byte that only the test passes in front of the member.
+TEST(ByteBlocks, FindAMemberAsTheSetDoes) {
+  constexpr text::ByteSet kSet{"\"'"};
+  const auto areLike = [](Bytes bytes) {
+    return bytes.are('"') | bytes.are('\'') | bytes.are('~');
+  };
+  for (std::size_t size = 0; size <= kMaxBytes; ++size) {
+    for (std::size_t place = 0; place <= size; ++place) {
+      std::string text(size, 'a');
+      if (place < size) text[place] = place % 2 == 0 ? '"' : '\'';
+      if (place > 0) text[place / 2] = place / 2 == place ? text[place] : '~';
+      for (std::size_t from = 0; from <= size; ++from) {
+        EXPECT_EQ(text::findMemberByBlocks(text, kSet, areLike, from),
+                  text::findMember(text, kSet, from))
+            << text << " from " << from;
+        EXPECT_EQ(text::findMember(text, kSet, from), from <= place ? place : size);
+      }
+    }
+  }
+}
+
 TEST(ByteBlocks, CompareBytesAsSignedValues) {
   for (int value = 0; value < 256; ++value) {
     const std::string text(kBlockBytes, static_cast<char>(value));
