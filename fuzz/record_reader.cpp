@@ -43,12 +43,13 @@ void write(const host::Record& record, records::RecordText& out) {
   node->nodeID = record.nodeId;
   node->functionID = record.functionId;
   node->branchTypeAsString = record.label;
-  node->filePath = record.filePath;
   node->tags = tagText(record.tags);
   node->contents = record.contents;
   node->simpleFunctionName = record.simpleFunctionName;
-  records::appendRecord(
-      out, *node, {record.parentId, record.childNodeIds, otherThan(record.childNodeIds)}, false);
+  const std::string path = EscapeString(std::string(record.filePath));
+  records::appendRecord(out, *node, path,
+                        {record.parentId, record.childNodeIds, otherThan(record.childNodeIds)},
+                        false);
 }
 
 void replaceAll(std::string& text, std::string_view from, std::string_view to) {

@@ -1,8 +1,8 @@
 #include "base/stream_writer.h"
 
-#include <charconv>
 #include <cstdio>
-#include <limits>
+
+#include "base/decimal.h"
 
 namespace base {
 
@@ -14,11 +14,8 @@ StreamWriter& StreamWriter::writeLong(std::string_view text) noexcept {
 }
 
 StreamWriter& StreamWriter::operator<<(std::int32_t number) noexcept {
-  // A sign and as many digits as a number may have.
-  constexpr std::size_t kMaxBytes = std::numeric_limits<std::int32_t>::digits10 + 2;
-  if (kMaxBytes > buffer_.size() - used_) drain();
-  char* const to = buffer_.data() + used_;
-  used_ += static_cast<std::size_t>(std::to_chars(to, to + kMaxBytes, number).ptr - to);
+  if (kMaxDecimalBytes > buffer_.size() - used_) drain();
+  used_ = static_cast<std::size_t>(putDecimal(buffer_.data() + used_, number) - buffer_.data());
   return *this;
 }
 

@@ -28,10 +28,9 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cstring>
-#include <limits>
 
+#include "base/decimal.h"
 #include "text/byte_blocks.h"
 #include "text/byte_set.h"
 
@@ -40,8 +39,10 @@ namespace {
 
 constexpr text::ByteSet kEscaped{"\"'\\\n\r\t"};
 
-// A sign and as many digits as a number may have.
-constexpr std::size_t kNumberBytes = std::numeric_limits<std::int32_t>::digits10 + 2;
+text::Bytes::Mask areEscaped(const text::Bytes& bytes) {
+  return bytes.are('"') | bytes.are('\'') | bytes.are('\\') | bytes.are('\n') | bytes.are('\r') |
+         bytes.are('\t');
+}
 
 char escapeLetter(char byte) {
   switch (byte) {
@@ -63,27 +64,32 @@ char* put(char* to, std::string_view text) {
   return to + text.size();
 }
 
-char* putNumber(char* to, std::int32_t number) {
-  return std::to_chars(to, to + kNumberBytes, number).ptr;
+char* putEscape(char* to, char byte) {
+  *to++ = '\\';
+  *to++ = escapeLetter(byte);
+  return to;
 }
 
-// Needs room for twice the text.
+// Needs room for twice the text, into which whole blocks may be copied. Blocks make a run of a
+// script 3 % faster than a byte at a time.
 char* putEscaped(char* to, std::string_view text) {
-  if (!text::holdsByte(text, [](text::Bytes bytes) {
-        return bytes.are('"') | bytes.are('\'') | bytes.are('\\') | bytes.are('\n') |
-               bytes.are('\r') | bytes.are('\t');
-      })) {
-    return put(to, text);
+  std::size_t i = 0;
+  while (i + text::kBlockBytes <= text.size()) {
+    const char* const block = text.data() + i;
+    const std::size_t plain = text::firstSet(areEscaped(text::Bytes(block)));
+    std::memcpy(to, block, text::kBlockBytes);
+    to += plain;
+    i += plain;
+    if (plain < text::kBlockBytes) to = putEscape(to, text[i++]);
   }
-  std::size_t run = 0;
-  while (true) {
-    const std::size_t stop = text::findMember(text, kEscaped, run);
-    to = put(to, text.substr(run, stop - run));
-    if (stop == text.size()) return to;
-    *to++ = '\\';
-    *to++ = escapeLetter(text[stop]);
-    run = stop + 1;
+  for (; i < text.size(); ++i) {
+    if (kEscaped(text[i])) {
+      to = putEscape(to, text[i]);
+    } else {
+      *to++ = text[i];
+    }
   }
+  return to;
 }
 
 // A record is written by a RecordWriter into room that a RoomCounter has counted. Both go through
@@ -92,7 +98,7 @@ char* putEscaped(char* to, std::string_view text) {
 class RoomCounter {
  public:
   constexpr void text(std::string_view text) { bytes_ += text.size(); }
-  constexpr void number(std::int32_t) { bytes_ += kNumberBytes; }
+  constexpr void number(std::int32_t) { bytes_ += base::kMaxDecimalBytes; }
   constexpr void functionNumber(std::int32_t id) { number(id); }
   constexpr void escaped(std::string_view text) { bytes_ += 2 * text.size(); }
   constexpr std::size_t bytes() const { return bytes_; }
@@ -105,7 +111,7 @@ class RecordWriter {
  public:
   explicit RecordWriter(char* to) : to_(to) {}
   void text(std::string_view text) { to_ = put(to_, text); }
-  void number(std::int32_t number) { to_ = putNumber(to_, number); }
+  void number(std::int32_t number) { to_ = base::putDecimal(to_, number); }
   void functionNumber(std::int32_t id) { id == -1 ? text("-1") : number(id); }
   void escaped(std::string_view text) { to_ = putEscaped(to_, text); }
   const char* end() const { return to_; }
@@ -132,7 +138,8 @@ constexpr void writeChildren(Out& out, std::span<const std::int32_t> ids, std::i
 }
 
 template <typename Out, typename Node>
-constexpr void writeRecord(Out& out, const Node& node, const Relatives& relatives, bool isLast) {
+constexpr void writeRecord(Out& out, const Node& node, std::string_view escapedPath,
+                           const Relatives& relatives, bool isLast) {
   out.text("  {\n    \"lineNumber\": ");
   out.number(node.lineNumber);
   out.text(",\n    \"lineage\": \"\",\n    \"argumentList\": \"\",\n    \"childNodeIDs\": [");
@@ -146,7 +153,7 @@ constexpr void writeRecord(Out& out, const Node& node, const Relatives& relative
   out.text(",\n    \"isCalled\": false,\n    \"branchTypeAsString\": \"");
   out.text(node.branchTypeAsString);
   out.text("\",\n    \"filePath\": \"");
-  out.escaped(node.filePath);
+  out.text(escapedPath);
   out.text("\",\n    \"tags\": [");
   out.text(node.tags);
   out.text("],\n    \"contents\": \"");
@@ -163,7 +170,6 @@ struct TextlessNode {
   std::int32_t nodeID = 0;
   std::int32_t functionID = 0;
   std::string_view branchTypeAsString;
-  std::string_view filePath;
   std::string_view tags;
   std::string_view contents;
   std::string_view simpleFunctionName;
@@ -174,7 +180,7 @@ consteval std::size_t roomWithoutTexts(bool isLast) {
   constexpr std::int32_t kHidden = -1;
   constexpr std::array<std::int32_t, kChildren> kIds{};
   RoomCounter room;
-  writeRecord(room, TextlessNode(), {0, kIds, kHidden}, isLast);
+  writeRecord(room, TextlessNode(), {}, {0, kIds, kHidden}, isLast);
   return room.bytes();
 }
 
@@ -185,22 +191,24 @@ constexpr std::size_t kFixedBytes =
     std::max({roomWithoutTexts<0>(false), roomWithoutTexts<0>(true),
               roomWithoutTexts<1>(false) - kChildBytes, roomWithoutTexts<1>(true) - kChildBytes});
 
-std::size_t maxRecordBytes(const ObjectBranch& node, std::size_t childCount) {
-  return kFixedBytes + kChildBytes * childCount + node.branchTypeAsString.size() +
-         node.tags.size() +
-         2 * (node.filePath.size() + node.contents.size() + node.simpleFunctionName.size());
-}
-
 }  // namespace
+
+std::size_t maxRecordBytes(const ObjectBranch& node, std::size_t escapedPathBytes,
+                           std::size_t childCount) {
+  return kFixedBytes + kChildBytes * childCount + node.branchTypeAsString.size() +
+         node.tags.size() + escapedPathBytes +
+         2 * (node.contents.size() + node.simpleFunctionName.size());
+}
 
 void appendEscaped(RecordText& out, std::string_view text) {
   if (!text.empty()) out.commit(putEscaped(out.reserve(2 * text.size()), text));
 }
 
-void appendRecord(RecordText& out, const ObjectBranch& node, const Relatives& relatives,
-                  bool isLast) {
-  RecordWriter writer(out.reserve(maxRecordBytes(node, relatives.childIds.size())));
-  writeRecord(writer, node, relatives, isLast);
+void appendRecord(RecordText& out, const ObjectBranch& node, std::string_view escapedPath,
+                  const Relatives& relatives, bool isLast) {
+  const std::size_t room = maxRecordBytes(node, escapedPath.size(), relatives.childIds.size());
+  RecordWriter writer(out.reserve(room));
+  writeRecord(writer, node, escapedPath, relatives, isLast);
   out.commit(writer.end());
 }
 

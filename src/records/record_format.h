@@ -27,8 +27,13 @@ struct Relatives {
   std::int32_t hiddenChildId;              // the one number that child lists leave out
 };
 
-// Appends the node's record, followed by a comma unless isLast.
-void appendRecord(RecordText& out, const ObjectBranch& node, const Relatives& relatives,
-                  bool isLast);
+// The bytes that the node's record takes at most.
+std::size_t maxRecordBytes(const ObjectBranch& node, std::size_t escapedPathBytes,
+                           std::size_t childCount);
+
+// Appends the node's record, followed by a comma unless isLast. escapedPath is the node's filePath,
+// escaped: it is the same for most nodes of a run.
+void appendRecord(RecordText& out, const ObjectBranch& node, std::string_view escapedPath,
+                  const Relatives& relatives, bool isLast);
 
 }  // namespace records

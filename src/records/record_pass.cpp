@@ -33,6 +33,11 @@ struct KeptNode {
 };
 using KeptNodes = std::vector<KeptNode>;
 
+struct Kept {
+  KeptNodes nodes;
+  std::size_t maxBytes = 0;  // of their records
+};
+
 constexpr std::array<std::string_view, 11> kSkippedTexts{"{", "}", "};", "{}",  "",   "(",
                                                          ")", ";", ");", "));", "});"};
 
@@ -59,19 +64,20 @@ constexpr std::int32_t kDropped = -2;
 
 // Selects the nodes that get a record, prints a line for each, and enters their new numbers, dense
 // from 0, into newIds.
-KeptNodes keepNodes(ObjectBranch* root, const detect::AnswerTable& answers, const Prepare& prepare,
-                    tree::IdTable& newIds) {
-  KeptNodes kept;
+Kept keepNodes(ObjectBranch* root, const detect::AnswerTable& answers, const Prepare& prepare,
+               tree::IdTable& newIds) {
+  Kept kept;
   base::StreamWriter out(stdout);
   tree::walkWithDepth(root, [&](ObjectBranch* node, std::size_t depth) {
     prepare(*node, depth);
     const std::int32_t oldId = node->nodeID;
     const bool isDropped = node->branchType == kBranchNone || isSkipped(*node);
-    const auto newId = isDropped ? kDropped : static_cast<std::int32_t>(kept.size());
+    const auto newId = isDropped ? kDropped : static_cast<std::int32_t>(kept.nodes.size());
     // If several nodes share a number, only the first counts.
     if (newIds.insertNew(oldId, newId) && !isDropped) {
       out << "nodeid was " << oldId << " and now is " << newId << "\n";
-      kept.push_back({node, answers.of(oldId), text::contains(node->contents, kHidingWord)});
+      kept.maxBytes += maxRecordBytes(*node, 2 * node->filePath.size(), node->children.size());
+      kept.nodes.push_back({node, answers.of(oldId), text::contains(node->contents, kHidingWord)});
     }
     return tree::Descend::kYes;
   });
@@ -212,7 +218,16 @@ class RecordWriter {
     for (const ObjectBranch* child : node.children)
       childIds_.push_back(numbers_.newIdOf(*child).value_or(child->nodeID));
     const std::int32_t parentId = node.parent == nullptr ? -1 : *numbers_.newIdOf(*node.parent);
-    appendRecord(out_, node, {parentId, childIds_, hiddenChildId_}, place + 1 == kept_.size());
+    appendRecord(out_, node, escapedPathOf(node), {parentId, childIds_, hiddenChildId_},
+                 place + 1 == kept_.size());
+  }
+
+  std::string_view escapedPathOf(const ObjectBranch& node) {
+    if (node.filePath != path_) {
+      path_ = node.filePath;
+      escapedPath_ = EscapeString(path_);
+    }
+    return escapedPath_;
   }
 
   const KeptNodes& kept_;
@@ -220,6 +235,8 @@ class RecordWriter {
   RecordText& out_;
   detect::Statement statement_;
   std::vector<std::int32_t> childIds_;
+  std::string path_;         // of the last record
+  std::string escapedPath_;  // the same
   // The number of the last function whose text contains the hiding word. 0 hides nothing: the root
   // is nobody's child.
   std::int32_t hiddenChildId_ = 0;
@@ -234,10 +251,11 @@ RecordText generate(ObjectBranch* root, const detect::AnswerTable& answers, cons
     return out;
   }
   tree::IdTable newIds;
-  const KeptNodes kept = keepNodes(root, answers, prepare, newIds);
+  const Kept kept = keepNodes(root, answers, prepare, newIds);
+  out.expect(kept.maxBytes);
   // A node that stands in no list and uses up a number: part of the run's counts.
   const std::unique_ptr<ObjectBranch> spareNode(tree::makeNode());
-  RecordWriter(kept, newIds, out).run();
+  RecordWriter(kept.nodes, newIds, out).run();
   return out;
 }
 

@@ -33,6 +33,10 @@ class RecordText {
   // Adds the bytes written up to end to the text.
   void commit(const char* end) { size_ = static_cast<std::size_t>(end - memory_.get()); }
 
+  // Prepares an empty text for this many bytes, if they are many and there is memory for them. Room
+  // that stays unused costs nothing: it is never touched.
+  void expect(std::size_t bytes);
+
   void append(std::string_view text);
 
   std::string_view view() const { return {memory_.get(), size_}; }

@@ -9,6 +9,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "base/fresh_memory.h"
 #include "base/stream_writer.h"
 #include "tree/id_table.h"
 #include "tree/walk.h"
@@ -40,6 +41,7 @@ ObjectBranch* allocateObjectBranch() {
   static_assert(std::is_nothrow_default_constructible_v<ObjectBranch>);
   std::unique_ptr<ObjectBranch> node(new (std::nothrow) ObjectBranch);
   if (node == nullptr) throw std::runtime_error("Memory allocation failed for ObjectBranch");
+  base::fetchHeapBehind(node.get());
   // Addresses mostly grow, so the end is the best hint.
   allAllocatedNodes.insert(allAllocatedNodes.end(), node.get());
   ++objectCount;

@@ -89,9 +89,9 @@ std::string recordOf(const ObjectBranch& node, std::int32_t hiddenChildId, bool 
   std::vector<std::int32_t> childIds;
   for (const ObjectBranch* child : node.children) childIds.push_back(child->nodeID);
   records::RecordText out;
-  records::appendRecord(
-      out, node, {node.parent == nullptr ? -1 : node.parent->nodeID, childIds, hiddenChildId},
-      isLast);
+  const std::int32_t parentId = node.parent == nullptr ? -1 : node.parent->nodeID;
+  records::appendRecord(out, node, EscapeString(node.filePath), {parentId, childIds, hiddenChildId},
+                        isLast);
   return std::string(out.view());
 }
 
@@ -131,7 +131,7 @@ TEST(Record, WritesFifteenKeysInOrder) {
   EXPECT_EQ(recordOf(node, 0, false), expected + ",\n");
   records::RecordText out;
   out.append("[\n");
-  records::appendRecord(out, node, {12, {}, 0}, true);
+  records::appendRecord(out, node, "dir/it\\'s.js", {12, {}, 0}, true);
   EXPECT_EQ(out.view(), "[\n" + expected + "\n") << "what is there already stays";
 }
 
@@ -207,19 +207,20 @@ TEST(Record, FitsIntoTheRoomThatIsAskedFor) {
   constexpr std::int32_t kLong = std::numeric_limits<std::int32_t>::min();
   constexpr std::array<std::int32_t, 3> kChildren{kLong, kLong, kLong};
   const std::string quotes(100, '"');
+  const std::string escaped = EscapeString(quotes);
   ObjectBranch node;
   node.lineNumber = node.functionID = node.nodeID = kLong;
-  node.filePath = node.contents = node.simpleFunctionName = quotes;
+  node.contents = node.simpleFunctionName = quotes;
   node.branchTypeAsString = node.tags = "t";
   records::RecordText text;
-  records::appendRecord(text, node, {kLong, kChildren, 0}, false);
+  records::appendRecord(text, node, escaped, {kLong, kChildren, 0}, false);
   const std::size_t size = text.view().size();
   EXPECT_EQ(std::move(text).take().capacity, size + 1);
 
   records::MallocText memory(static_cast<char*>(std::malloc(size)));
   const char* const begin = memory.get();
   records::RecordText exact(std::move(memory), size);
-  records::appendRecord(exact, node, {kLong, kChildren, 0}, false);
+  records::appendRecord(exact, node, escaped, {kLong, kChildren, 0}, false);
   EXPECT_EQ(exact.view().size(), size);
   EXPECT_EQ(exact.view().data(), begin) << "more room was asked for than there is";
 }
@@ -278,6 +279,25 @@ TEST(Record, WritesTheTagTextUnchangedBetweenTheBrackets) {
     ASSERT_NE(from, std::string::npos);
     EXPECT_EQ(answer.substr(from, answer.rfind("    \"contents\": ") - from), row.text);
   }
+}
+
+TEST(RecordArray, WritesEachNodesOwnPath) {
+  ObjectBranch* root = support::addNode(nullptr, kBranchFilePath, "filepath", "a");
+  const std::string paths[] = {"it's.js", "it's.js", "", "b.js", "it's.js"};
+  root->filePath = "a.js";
+  for (const std::string& path : paths) {
+    support::addNode(root, kBranchLine, "line", "a();")->filePath = path;
+  }
+  std::string answer;
+  support::stdoutOf([&] { answer = StartGeneratingObjects(root, "").str(); });
+  std::string written;
+  const std::string_view key = "    \"filePath\": ";
+  for (std::size_t at = 0; (at = answer.find(key, at)) != std::string::npos;) {
+    at += key.size();
+    written.append(answer, at, answer.find('\n', at) + 1 - at);
+  }
+  EXPECT_EQ(written,
+            "\"a.js\",\n\"it\\'s.js\",\n\"it\\'s.js\",\n\"\",\n\"b.js\",\n\"it\\'s.js\",\n");
 }
 
 TEST(RecordArray, OfATreeWithoutRecordsIsTwoLines) {

@@ -2,9 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
 #include <cstring>
+#include <limits>
 #include <string>
 #include <utility>
+
+#include "support/sanitized.h"
 
 namespace {
 
@@ -73,6 +79,48 @@ TEST(RecordText, StartsWithoutEarlierMemory) {
   RecordText text(nullptr, 77);
   text.append("a");
   EXPECT_EQ(text.view(), "a");
+}
+
+constexpr std::size_t kLargePage = std::size_t{2} << 20U;
+
+TEST(RecordText, HasRoomForTheBytesThatAreExpected) {
+  RecordText text;
+  text.expect(kLargePage + 1);
+  const char* const place = text.reserve(1);
+  EXPECT_EQ(reinterpret_cast<std::uintptr_t>(place) % kLargePage, 0U);
+  EXPECT_EQ(text.reserve(2 * kLargePage), place);
+  text.append("a");
+  const auto taken = std::move(text).take();
+  EXPECT_STREQ(taken.text.get(), "a");
+  EXPECT_EQ(taken.capacity, 2U) << "what is left over is given back";
+}
+
+TEST(RecordText, ExpectsNothingOfAFewBytes) {
+  RecordText text;
+  text.expect(kLargePage - 1);
+  EXPECT_EQ(std::move(text).take().capacity, 1U);
+  EXPECT_EQ(text.view(), "");
+}
+
+TEST(RecordText, KeepsEarlierMemoryOfHalfTheExpectedBytes) {
+  for (const bool isEnough : {false, true}) {
+    MallocText memory(static_cast<char*>(std::malloc(kLargePage)));
+    const char* const place = memory.get();
+    RecordText text(std::move(memory), kLargePage);
+    text.expect(2 * kLargePage + (isEnough ? 1 : 2));
+    EXPECT_EQ(text.reserve(1) == place, isEnough);
+  }
+}
+
+TEST(RecordText, DoesWithoutMemoryThatThereIsNot) {
+#ifdef QUORL_TEST_IS_SANITIZED
+  GTEST_SKIP() << "the sanitizer ends the program at a request of that size";
+#else
+  RecordText text;
+  text.append("kept");
+  EXPECT_NO_THROW(text.expect(std::numeric_limits<std::size_t>::max() / 4));
+  EXPECT_EQ(text.view(), "kept");
+#endif
 }
 
 }  // namespace
