@@ -4,12 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <atomic>
-#include <exception>
-#include <future>
-#include <system_error>
-#include <thread>
-
+#include "outline/record_tags.h"
 #include "system/io.h"
 
 namespace host::lsp {
@@ -20,8 +15,8 @@ constexpr off_t kLeastBytesAhead = off_t{16} * 1024;
 
 bool isWorthThread(const std::string& path) {
   struct stat status {};
-  return outline::isScriptName(path) && ::stat(path.c_str(), &status) == 0 &&
-         status.st_size >= kLeastBytesAhead;
+  return outline::routeOfName(path) == outline::Route::kScript &&
+         ::stat(path.c_str(), &status) == 0 && status.st_size >= kLeastBytesAhead;
 }
 
 std::unique_ptr<ReadSource> readText(const std::string& path) {
@@ -41,36 +36,14 @@ std::unique_ptr<ReadSource> readScript(const std::string& path) {
 
 }  // namespace
 
-struct SourceReading::Ahead {
-  explicit Ahead(const std::string& file) : path(file) {}
-
-  std::string path;
-  std::atomic<bool> isTaken = false;  // by the thread, or by finish where the thread is late
-  std::promise<std::unique_ptr<ReadSource>> source;
-};
-
 SourceReading::SourceReading(const std::string& path, bool readsAhead) : path_(path) {
-  if (!readsAhead || !isWorthThread(path)) return;
-  const auto ahead = std::make_shared<Ahead>(path);
-  try {
-    std::thread([ahead] {
-      if (ahead->isTaken.exchange(true)) return;
-      try {
-        ahead->source.set_value(readScript(ahead->path));
-      } catch (...) {
-        ahead->source.set_exception(std::current_exception());
-      }
-    }).detach();
-    ahead_ = ahead;
-  } catch (const std::system_error&) {
-    // There is no thread to be had, so finish reads the file.
+  if (readsAhead && isWorthThread(path)) {
+    ahead_ = ThreadAhead<std::unique_ptr<ReadSource>>([path] { return readScript(path); });
   }
 }
 
 std::unique_ptr<ReadSource> SourceReading::finish() {
-  // On a busy machine the module may be done before the thread has begun.
-  if (!ahead_ || !ahead_->isTaken.exchange(true)) return readText(path_);
-  return ahead_->source.get_future().get();
+  return ahead_.finish([this] { return readText(path_); });
 }
 
 }  // namespace host::lsp

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "outline/script_source.h"
+#include "system/thread_ahead.h"
 
 namespace host::lsp {
 
@@ -25,10 +26,8 @@ class SourceReading {
   std::unique_ptr<ReadSource> finish();
 
  private:
-  struct Ahead;
-
   std::string path_;
-  std::shared_ptr<Ahead> ahead_;  // shared with the thread; null if there is none
+  ThreadAhead<std::unique_ptr<ReadSource>> ahead_;
 };
 
 }  // namespace host::lsp

@@ -4,12 +4,12 @@
 #include <array>
 #include <cstddef>
 #include <optional>
+#include <utility>
 
 #include "outline/cleaned_text.h"
 #include "outline/limits.h"
 #include "outline/page_tags.h"
 #include "outline/quick_check.h"
-#include "outline/record_tags.h"
 #include "outline/source_lines.h"
 #include "outline/statement_ends.h"
 #include "records/record_reader.h"
@@ -167,6 +167,29 @@ class Finder {
   std::vector<Omission> omissions_;
 };
 
+std::vector<Omission> omissionsOfScript(std::string_view source) {
+  if (isSurelyReadWhole(source)) return {};
+  Finder finder(source);
+  finder.readComments();
+  finder.readScript(finder.text(), 0);
+  return finder.take();
+}
+
+std::vector<Omission> omissionsOfPage(std::string_view source) {
+  if (isSurelyReadWhole(source)) return {};
+  Finder finder(source);
+  finder.readComments();
+  finder.readToLimit(kMaxPageBytes);
+  finder.readPage();
+  return finder.take();
+}
+
+std::vector<Omission> omissionsOfOtherText(std::string_view source, std::string_view answer) {
+  Finder finder(source);
+  if (finder.readToLimit(kMaxOtherBytes)) finder.readStatements(answer);
+  return finder.take();
+}
+
 }  // namespace
 
 std::string_view reasonWord(OmissionReason reason) {
@@ -180,25 +203,30 @@ std::optional<OmissionReason> reasonCalled(std::string_view word) {
 }
 
 std::vector<Omission> findOmissions(std::string_view source, std::string_view answer) {
+  return findOmissions(source, answer, std::nullopt);
+}
+
+std::optional<EarlyOmissions> findEarlyOmissions(std::string_view source, std::string_view path) {
+  const Route route = routeOfName(path);
+  if (route == Route::kOther) return std::nullopt;
+  return EarlyOmissions{
+      route, route == Route::kScript ? omissionsOfScript(source) : omissionsOfPage(source)};
+}
+
+std::vector<Omission> findOmissions(std::string_view source, std::string_view answer,
+                                    std::optional<EarlyOmissions> early) {
   std::string path;
   const Route route = routeOf(answer, path);
-  if (route != Route::kOther && isSurelyReadWhole(source)) return {};
-  Finder finder(source);
+  if (early && early->route == route) return std::move(early->omissions);
   switch (route) {
     case Route::kScript:
-      finder.readComments();
-      finder.readScript(finder.text(), 0);
-      break;
+      return omissionsOfScript(source);
     case Route::kPage:
-      finder.readComments();
-      finder.readToLimit(kMaxPageBytes);
-      finder.readPage();
-      break;
+      return omissionsOfPage(source);
     case Route::kOther:
-      if (finder.readToLimit(kMaxOtherBytes)) finder.readStatements(answer);
       break;
   }
-  return finder.take();
+  return omissionsOfOtherText(source, answer);
 }
 
 std::string describe(const Omission& omission) {

@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+#include "outline/record_tags.h"
+
 namespace host::outline {
 
 enum class OmissionReason : std::uint8_t {
@@ -38,6 +40,20 @@ struct Omission {
 // module takes for a comment or a string need not be one: it knows no regular expressions and no
 // prose.
 std::vector<Omission> findOmissions(std::string_view source, std::string_view answer);
+
+// What is left out of a script or a page, which the answer says nothing about.
+struct EarlyOmissions {
+  Route route = Route::kScript;
+  std::vector<Omission> omissions;
+};
+
+// The same as far as it is known before there is an answer: by the file's name. Nothing for other
+// text.
+std::optional<EarlyOmissions> findEarlyOmissions(std::string_view source, std::string_view path);
+
+// As above, with what findEarlyOmissions found: it holds if the answer is on that route.
+std::vector<Omission> findOmissions(std::string_view source, std::string_view answer,
+                                    std::optional<EarlyOmissions> early);
 
 // Whether the file is other text, which prose often is: an apostrophe hides what is behind it.
 bool isOtherText(const std::vector<Omission>& omissions);

@@ -1,7 +1,6 @@
 #include "outline/script_source.h"
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
@@ -10,9 +9,6 @@
 
 namespace host::outline {
 namespace {
-
-constexpr std::array<std::string_view, 8> kScriptExtensions = {"js",  "jsx", "ts",  "tsx",
-                                                               "mjs", "cjs", "es6", "es"};
 
 ScriptDialect dialectOf(std::string_view path) {
   const bool isPlainTypes =
@@ -36,12 +32,5 @@ ScriptSource::ScriptSource(std::string_view source, std::string_view path)
 
 ScriptSource::ScriptSource(std::string_view source, ScriptDialect dialect)
     : map(cleanedLines(source)), lines(source), items(source, 1, maxLinesOf(map), dialect) {}
-
-bool isScriptName(std::string_view path) {
-  const std::size_t dot = path.rfind('.');
-  if (dot == std::string_view::npos) return false;
-  return std::find(kScriptExtensions.begin(), kScriptExtensions.end(), path.substr(dot + 1)) !=
-         kScriptExtensions.end();
-}
 
 }  // namespace host::outline

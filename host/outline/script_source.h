@@ -22,7 +22,4 @@ struct ScriptSource {
   ScriptSource(std::string_view source, ScriptDialect dialect);
 };
 
-// Whether the module reads a file of this name as a script. Only its records are sure of it.
-bool isScriptName(std::string_view path);
-
 }  // namespace host::outline

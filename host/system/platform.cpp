@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/ioctl.h>
+#include <sys/mman.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -23,6 +24,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <thread>
+#include <vector>
 
 namespace host {
 namespace {
@@ -135,10 +137,30 @@ void fetchMemory(std::size_t bytes) {
   std::free(const_cast<char*>(block));
 }
 
+void extendHeap(std::size_t bytes) {
+  // Each below the size that the C library maps by itself, all below that which it gives back.
+  constexpr std::size_t kBlockBytes = std::size_t{16} << 20U;
+  constexpr std::size_t kMaxBlocks = 3;
+  const auto pageBytes = static_cast<std::uintptr_t>(::sysconf(_SC_PAGESIZE));
+  std::vector<void*> blocks;
+  for (; bytes > 0 && blocks.size() < kMaxBlocks; bytes -= std::min(bytes, kBlockBytes)) {
+    const std::size_t size = std::min(bytes, kBlockBytes);
+    void* const block = std::malloc(size);
+    if (block == nullptr) break;
+    blocks.push_back(block);
+    const auto begin = reinterpret_cast<std::uintptr_t>(block) / pageBytes * pageBytes;
+    const auto end = reinterpret_cast<std::uintptr_t>(block) + size;
+    ::madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);
+  }
+  // From the last on, so that each joins the free end of the heap.
+  for (; !blocks.empty(); blocks.pop_back()) std::free(blocks.back());
+}
+
 #else
 
 void keepFreedMemory() {}
 void fetchMemory(std::size_t /*bytes*/) {}
+void extendHeap(std::size_t /*bytes*/) {}
 
 #endif
 

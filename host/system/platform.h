@@ -40,6 +40,11 @@ void keepFreedMemory();
 // them page by page. After keepFreedMemory; without it there is nothing to fetch them for.
 void fetchMemory(std::size_t bytes);
 
+// Extends the heap by that many bytes, at most 48 MB, and asks the system for large pages there,
+// each of which is fetched at once when it is first used. After keepFreedMemory; without it nothing
+// happens.
+void extendHeap(std::size_t bytes);
+
 // Gives a pipe the largest buffer that an ordinary user may have, where it can be set.
 void widenPipe(int descriptor);
 

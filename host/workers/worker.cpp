@@ -13,6 +13,7 @@
 #include <cstdlib>
 #include <exception>
 #include <new>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -27,6 +28,7 @@
 #include "system/file_times.h"
 #include "system/io.h"
 #include "system/platform.h"
+#include "system/thread_ahead.h"
 #include "workers/plugin_module.h"
 #include "workers/time_limit.h"
 #include "workers/worker_frame.h"
@@ -37,6 +39,16 @@ namespace {
 // The module keeps its trees, so a worker is recycled after so many files or so much memory.
 constexpr unsigned kMaxFiles = 1000;
 constexpr std::uint64_t kMaxMemoryKept = std::uint64_t{256} << 20U;
+
+// What the module keeps of a text, by its bytes; the heap that is taken without asking for large
+// pages, which do not pay for a few small files; and how much is then prepared at once.
+constexpr std::uint64_t kMemoryPerByte = 8;
+constexpr std::uint64_t kHeapAtStart = std::uint64_t{1} << 20U;
+constexpr std::uint64_t kHeapStep = std::uint64_t{8} << 20U;
+
+// A thread takes some 50 microseconds to start and to wait for, so many bytes 200 to read and
+// check.
+constexpr std::uint64_t kLeastBytesAhead = std::uint64_t{128} << 10U;
 
 constexpr std::size_t kRequestsAtOnce = 64;
 constexpr std::string_view kRecordsOpening = "[\n";
@@ -94,6 +106,11 @@ std::string bytesOf(const std::string& path, std::uint64_t size) {
   bytes.resize(count);
   return bytes;
 }
+
+struct Source {
+  std::string bytes;
+  std::optional<outline::EarlyOmissions> omissions;  // where they were looked for ahead
+};
 
 // Flushes C's stdout. The module ignores the results of its writes, but the stream remembers a
 // failed one.
@@ -192,15 +209,16 @@ class Worker {
     frame.status = report.status;
     std::vector<outline::Omission> omitted;
     if (task_.findsOmissions && report.status == FileStatus::kAnswered) {
-      omitted = outline::findOmissions(report.source, report.answer);
+      omitted = outline::findOmissions(report.source, report.answer, std::move(source_.omissions));
       report.omitted = &omitted;
       frame.omitted = outline::describe(omitted);
       frame.isOtherText = outline::isOtherText(omitted);
     }
     std::string fault;
     const bool isAnswer = task_.format->isAnswer() && frame.hasAnswer;
-    if (!isAnswer) fault = appendText(report, task_, frame.text);
-    std::string_view text = isAnswer ? report.answer : frame.text;
+    text_.clear();
+    if (!isAnswer) fault = appendText(report, task_, text_);
+    std::string_view text = isAnswer ? report.answer : text_;
     limitTime(kNoTimeLimit);
     if (!fault.empty()) {
       frame.status = FileStatus::kFailed;
@@ -227,14 +245,31 @@ class Worker {
     frame.hasAnswer = false;
     frame.message.clear();
     if (!mayBeRead(input, before, report, frame)) return true;
+    ThreadAhead<Source> reading = readAhead(input.textPath(), before);
     ask(input, before, report, frame);
     if (task_.keepsSources && report.status == FileStatus::kAnswered) {
-      source_ = bytesOf(input.textPath(), before.bytes());
-      report.source = source_;
+      source_ = reading.finish([&] {
+        return Source{bytesOf(input.textPath(), before.bytes()), std::nullopt};
+      });
+      report.source = source_.bytes;
     }
     if (FileState(input.textPath()).differsFrom(before)) return false;
     if (before.isRegular()) report.times = before.times();
     return true;
+  }
+
+  // Begins to read the file and to look for what makes the module leave text out, if it is the only
+  // one and large: with many, other workers have the cores.
+  ThreadAhead<Source> readAhead(const std::string& path, const FileState& state) const {
+    if (output_ < 0 || !task_.keepsSources || state.bytes() < kLeastBytesAhead ||
+        availableCores() < 2) {
+      return {};
+    }
+    return ThreadAhead<Source>([path, size = state.bytes(), finds = task_.findsOmissions] {
+      Source source{bytesOf(path, size), std::nullopt};
+      if (finds) source.omissions = outline::findEarlyOmissions(source.bytes, path);
+      return source;
+    });
   }
 
   // The module reads a file whole, so its size is checked first. So is its kind, which may have
@@ -255,7 +290,18 @@ class Worker {
     return true;
   }
 
+  // What the module keeps of a text is memory that nobody has used yet.
+  void prepareMemory(std::uint64_t sourceBytes) {
+    const std::uint64_t needed = kMemoryPerByte * sourceBytes;
+    if (needed > heapLeft_) {
+      heapLeft_ = std::max(needed, kHeapStep);
+      extendHeap(heapLeft_);
+    }
+    heapLeft_ -= needed;
+  }
+
   void ask(const Input& input, const FileState& state, FileReport& report, Frame& frame) {
+    prepareMemory(state.bytes());
     const auto start = std::chrono::steady_clock::now();
     if (task_.countsWarnings) errors_.begin();
     const char* const answer = plugin_.parse(input.textPath(), task_.defines);
@@ -313,7 +359,9 @@ class Worker {
   PluginModule plugin_;
   std::uint64_t memoryAtStart_ = peakMemory();  // with all that the parent has
   std::string renamedAnswer_;                   // of a text that is kept in another file
-  std::string source_;
+  Source source_;
+  std::string text_;  // for the output; the next one takes its memory
+  std::uint64_t heapLeft_ = kHeapAtStart;
   unsigned files_ = 0;
   bool isWornOut_ = false;
 };

@@ -62,6 +62,7 @@ FileResult unansweredResult(const WorkerTask& task, const Input& input, FileStat
 
 WorkerPool::WorkerPool(const WorkerTask& task, unsigned jobs, bool lockstep)
     : task_(task), lockstep_(lockstep) {
+  keepFreedMemory();  // for the next text, which needs about as much; workers inherit it
   slots_.resize((lockstep ? 1 : workerCount(jobs, *task.inputs)) + 1);
 }
 

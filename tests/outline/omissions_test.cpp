@@ -4,6 +4,7 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "outline_of.h"
@@ -31,6 +32,25 @@ TEST(Omissions, AreNoneInAHealthyFile) {
   EXPECT_EQ(described("a.css", ".a {\n  color: red;\n}\n"), "");
   EXPECT_EQ(described("a.c", "int main(void) {\n  return 0;\n}\n"), "");
   EXPECT_EQ(described("a.md", "Some text\n"), "");
+}
+
+TEST(Omissions, AreTheSameWhereTheyAreLookedForAhead) {
+  const std::string longLine(10'001, 'a');
+  const std::string page = "<p>\n<script>\n" + longLine + "\n</script>\n/*";
+  for (const auto& [name, text] :
+       {std::pair("a.js", longLine + "\n/*"), std::pair("a.html", page)}) {
+    const std::string answer = outlineOf(name, text).answer;
+    auto early = host::outline::findEarlyOmissions(text, name);
+    ASSERT_TRUE(early);
+    EXPECT_EQ(early->omissions.size(), 2U);
+    const std::string expected = describe(findOmissions(text, answer));
+    EXPECT_EQ(describe(findOmissions(text, answer, early)), expected);
+    // Another route than the name's: what was found does not count.
+    early->route = host::outline::Route::kOther;
+    early->omissions.clear();
+    EXPECT_EQ(describe(findOmissions(text, answer, early)), expected);
+  }
+  EXPECT_FALSE(host::outline::findEarlyOmissions("it's", "a.md"));
 }
 
 TEST(Omissions, CountLinesThatAreTooLong) {

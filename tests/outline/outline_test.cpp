@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "outline/record_tags.h"
 #include "outline_of.h"
 
 namespace {
@@ -175,12 +176,18 @@ TEST(Outline, IsTheSameForASourceReadAhead) {
   }
 }
 
-TEST(Outline, NamesOfScripts) {
-  for (const std::string_view name : {"a.js", "/b/c.d.ts", "x.jsx", "x.es6", ".mjs"}) {
-    EXPECT_TRUE(host::outline::isScriptName(name)) << name;
+TEST(Outline, RoutesByName) {
+  using host::outline::Route;
+  using host::outline::routeOfName;
+  for (const std::string_view name :
+       {"/b/c.d.ts", "a.js", "x.jsx", "x.tsx", "a.mjs", "a.cjs", "x.es6", "x.es", ".mjs"}) {
+    EXPECT_EQ(routeOfName(name), Route::kScript) << name;
   }
-  for (const std::string_view name : {"", "js", "a.JS", "a.js.html", "a.jsonc", "a."}) {
-    EXPECT_FALSE(host::outline::isScriptName(name)) << name;
+  for (const std::string_view name : {"a.html", "b/a.htm", "a.js.xhtml", "a.php"}) {
+    EXPECT_EQ(routeOfName(name), Route::kPage) << name;
+  }
+  for (const std::string_view name : {"", "js", "a.JS", "a.HTML", "a.jsonc", "a.", "a.mts"}) {
+    EXPECT_EQ(routeOfName(name), Route::kOther) << name;
   }
 }
 

@@ -95,6 +95,22 @@ TEST(FreshMemory, FetchesTheHeapUpToItsEnd) {
   }));
 }
 
+TEST(FreshMemory, FetchesNoMoreThanTheNextPieceOfALargeHeap) {
+  EXPECT_TRUE(isTrueInChild([] {
+    constexpr std::uintptr_t kPiece = std::uintptr_t{256} << 10U;
+    const auto heapEnd = reinterpret_cast<std::uintptr_t>(::sbrk(8 * static_cast<int>(kPiece)));
+    const std::uintptr_t begin = (heapEnd / pageBytes() + 1) * pageBytes();
+    for (const std::uintptr_t piece : {begin, begin + kPiece}) {
+      base::fetchHeapBehind(reinterpret_cast<void*>(piece));
+      if (!isResident(piece + kPiece - pageBytes()) || isResident(piece + kPiece)) return false;
+      // Nothing is fetched twice.
+      base::fetchHeapBehind(reinterpret_cast<void*>(piece + kPiece - 1));
+      if (isResident(piece + kPiece)) return false;
+    }
+    return true;
+  }));
+}
+
 TEST(FreshMemory, LeavesMemoryBehindTheHeapAlone) {
   const auto block = freshBlock();
   base::fetchHeapBehind(block.get());
