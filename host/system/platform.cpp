@@ -125,16 +125,8 @@ void keepFreedMemory() {
   constexpr int kBlockBytes = 32 << 20;
   ::mallopt(M_MMAP_THRESHOLD, kBlockBytes);
   ::mallopt(M_TRIM_THRESHOLD, 2 * kBlockBytes);
-  ::mallopt(M_ARENA_MAX, 1);
-}
-
-void fetchMemory(std::size_t bytes) {
-  const auto pageBytes = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
-  // Through a volatile pointer, or the compiler may leave out what nobody reads.
-  auto* const block = static_cast<volatile char*>(std::malloc(bytes));
-  if (block == nullptr) return;
-  for (std::size_t at = 0; at < bytes; at += pageBytes) block[at] = 0;
-  std::free(const_cast<char*>(block));
+  // A second thread has a heap of its own, or one would often wait for the other.
+  ::mallopt(M_ARENA_MAX, 2);
 }
 
 void extendHeap(std::size_t bytes) {
@@ -159,7 +151,6 @@ void extendHeap(std::size_t bytes) {
 #else
 
 void keepFreedMemory() {}
-void fetchMemory(std::size_t /*bytes*/) {}
 void extendHeap(std::size_t /*bytes*/) {}
 
 #endif

@@ -32,13 +32,9 @@ std::uint64_t peakMemory();
 // a build for AddressSanitizer, which reserves more than any limit, sets none.
 void limitMemory(std::uint64_t bytes);
 
-// Has the C library keep what is freed for later, in one heap that all threads share, and take none
-// but huge blocks from the system one by one. Only with glibc.
+// Has the C library keep what is freed for later, in one heap and another for further threads, and
+// take none but huge blocks from the system one by one. Only with glibc.
 void keepFreedMemory();
-
-// Fetches that many bytes from the system for what is allocated later, which then need not wait for
-// them page by page. After keepFreedMemory; without it there is nothing to fetch them for.
-void fetchMemory(std::size_t bytes);
 
 // Extends the heap by that many bytes, at most 48 MB, and asks the system for large pages there,
 // each of which is fetched at once when it is first used. After keepFreedMemory; without it nothing
