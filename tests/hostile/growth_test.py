@@ -5,7 +5,7 @@ usage: growth_test.py GROWTH_DRIVER [--outline] [NAME ...]
 Work is counted in instructions of the program, never in seconds: by perf, or by valgrind's
 callgrind where perf may not count. Every text (or the named ones) is parsed at three sizes, each
 ten times the one before. Subtracted is what it costs to parse an empty line. With --outline the work
-is that of making the text's outline, after the parse.
+is that of making the text's outline, without the parse.
 
 The rule: the work per byte at the largest size is at most 1.5 times the least work per byte at the
 two smaller sizes. Linear work gives a ratio of about 1, quadratic work 10 or 100. Less than 1 is
@@ -57,7 +57,7 @@ class Perf:
         return self.read(report)
 
     def works(self, driver, names, outline):
-        whole, rest = (["--outline"], []) if outline else ([], ["--baseline"])
+        whole, rest = (["--outline"], ["--answers"]) if outline else ([], ["--baseline"])
         # The driver does the first size twice, and here there is one.
         return [[(self.count([driver, *whole, name, str(size)]) -
                   self.count([driver, *rest, name, str(size)])) // 2 for size in self.sizes]
