@@ -16,7 +16,7 @@ using host::WildPattern;
 
 constexpr std::optional<bool> kNoRule;
 
-struct Row {
+struct RuleCase {
   std::string_view rules;
   const char* path;
   std::optional<bool> isIgnored;
@@ -25,7 +25,7 @@ struct Row {
 
 TEST(IgnoreList, FollowsItsLastRuleThatMatches) {
   using namespace std::string_view_literals;
-  const std::vector<Row> rows = {
+  const std::vector<RuleCase> rows = {
       {"", "a", kNoRule},
       {"# a\n\n  \na\n", "a", true},
       {"a", "a", true},
@@ -55,7 +55,7 @@ TEST(IgnoreList, FollowsItsLastRuleThatMatches) {
       {"sub/a\n", "deep/sub/a", kNoRule},
       {"sub/*\n", "sub/deep/a", kNoRule},
   };
-  for (const Row& row : rows) {
+  for (const RuleCase& row : rows) {
     EXPECT_EQ(IgnoreList(row.rules, false).verdictOn(row.path, row.isDirectory), row.isIgnored)
         << row.rules << " and " << row.path;
   }

@@ -102,22 +102,23 @@ TEST(Positions, LieInTheText) {
 }
 
 TEST(Edits, ReplaceRanges) {
-  struct Row {
+  struct EditCase {
     std::string text;
     Range range;
     std::string with;
     std::string expected;
   };
-  const std::vector<Row> rows = {{"", {{0, 0}, {0, 0}}, "a", "a"},
-                                 {"abc", {{0, 1}, {0, 2}}, "", "ac"},
-                                 {"abc", {{0, 1}, {0, 1}}, "\n", "a\nbc"},
-                                 {"a\nb\nc", {{0, 1}, {2, 0}}, "", "ac"},
-                                 {"a\r\nb", {{0, 9}, {1, 0}}, "-", "a-b"},
-                                 {"abc", {{0, 2}, {0, 1}}, "x", "axc"},
-                                 {"a\n", {{1, 0}, {1, 0}}, "b", "a\nb"},
-                                 {"\xf0\x9f\x98\x80z", {{0, 2}, {0, 3}}, "y", "\xf0\x9f\x98\x80y"},
-                                 {"abc", {{7, 0}, {9, 9}}, "d", "abcd"}};
-  for (const Row& row : rows) {
+  const std::vector<EditCase> rows = {
+      {"", {{0, 0}, {0, 0}}, "a", "a"},
+      {"abc", {{0, 1}, {0, 2}}, "", "ac"},
+      {"abc", {{0, 1}, {0, 1}}, "\n", "a\nbc"},
+      {"a\nb\nc", {{0, 1}, {2, 0}}, "", "ac"},
+      {"a\r\nb", {{0, 9}, {1, 0}}, "-", "a-b"},
+      {"abc", {{0, 2}, {0, 1}}, "x", "axc"},
+      {"a\n", {{1, 0}, {1, 0}}, "b", "a\nb"},
+      {"\xf0\x9f\x98\x80z", {{0, 2}, {0, 3}}, "y", "\xf0\x9f\x98\x80y"},
+      {"abc", {{7, 0}, {9, 9}}, "d", "abcd"}};
+  for (const EditCase& row : rows) {
     std::string text = row.text;
     replaceRange(text, row.range, row.with, Encoding::kUtf16);
     EXPECT_EQ(text, row.expected) << row.text;

@@ -27,13 +27,13 @@ std::string definitionsOf(std::string_view text, ScriptDialect dialect = {}) {
   return found;
 }
 
-struct Case {
+struct ScanCase {
   std::string_view text;
   std::string_view definitions;
 };
 
-void expectAll(const std::vector<Case>& cases, ScriptDialect dialect = {}) {
-  for (const Case& row : cases) {
+void expectAll(const std::vector<ScanCase>& cases, ScriptDialect dialect = {}) {
+  for (const ScanCase& row : cases) {
     EXPECT_EQ(definitionsOf(row.text, dialect), row.definitions) << row.text;
   }
 }

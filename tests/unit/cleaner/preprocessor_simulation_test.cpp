@@ -18,7 +18,7 @@ namespace {
 using std::string_view_literals::operator""sv;
 using support::names;
 
-struct Case {
+struct DirectiveCase {
   std::string_view why;
   std::string_view known;  // names for conditions
   std::string_view text;
@@ -26,7 +26,7 @@ struct Case {
   std::string_view gained;  // names added to the running list
 };
 
-constexpr Case kPlainLines[] = {
+constexpr DirectiveCase kPlainLines[] = {
     {"no text", "", ""sv, ""sv, ""},
     {"lines without indentation", "", "a\nb\n"sv, "a\nb\n"sv, ""},
     {"a last line without a line feed", "", "a\nb"sv, "a\nb"sv, ""},
@@ -55,7 +55,7 @@ constexpr Case kPlainLines[] = {
     {"a backslash before it makes it text", "", "\\#if A\nb\n"sv, "\\#if A\nb\n"sv, ""},
 };
 
-constexpr Case kDroppedLines[] = {
+constexpr DirectiveCase kDroppedLines[] = {
     {"a first line for a shell", "", "#!/usr/bin/env node\nvar a;\n"sv, "\nvar a;\n"sv, ""},
     {"a private field", "", "class A {\n  #x = 1;\n  get() {}\n}\n"sv,
      "class A {\n\nget() {}\n}\n"sv, ""},
@@ -84,7 +84,7 @@ constexpr Case kDroppedLines[] = {
     {"nor does it end anything", "", "#ifdef X\na\n#endif"sv, "\n\n"sv, "X"},
 };
 
-constexpr Case kContinuations[] = {
+constexpr DirectiveCase kContinuations[] = {
     {"over two lines", "", "#define X 1 \\\n  2\nq\n"sv, "\n\nq\n"sv, ""},
     {"over three lines", "", "#define X \\\n1 \\\n2\nq\n"sv, "\n\n\nq\n"sv, ""},
     {"spaces behind the backslash", "", "#define X \\  \n2\nq\n"sv, "\n\nq\n"sv, ""},
@@ -103,7 +103,7 @@ constexpr Case kContinuations[] = {
     {"an included path", "", "#include \\\n<a>\n  q\n"sv, "\n\n  q\n"sv, ""},
 };
 
-constexpr Case kConditions[] = {
+constexpr DirectiveCase kConditions[] = {
     {"an unknown name", "", "#ifdef X\na\n#else\nb\n#endif\nc\n"sv, "\n\n\nb\n\nc\n"sv, "X"},
     {"a known name", "X", "#ifdef X\na\n#else\nb\n#endif\nc\n"sv, "\na\n\n\n\nc\n"sv, "X"},
     {"one of several known names", "W,X,Y", "#ifdef X\na\n#endif\n"sv, "\na\n\n"sv, "X"},
@@ -150,7 +150,7 @@ constexpr Case kConditions[] = {
      "\n\n\n\nc\n"sv, "A"},
 };
 
-constexpr Case kAlternatives[] = {
+constexpr DirectiveCase kAlternatives[] = {
     {"none holds", "", "#ifdef A\na\n#elif B\nb\n#endif\nz\n"sv, "\n\n\n\n\nz\n"sv, "A,B"},
     {"none holds, but for the last", "", "#ifdef A\na\n#elif B\nb\n#else\nc\n#endif\nz\n"sv,
      "\n\n\n\n\nc\n\nz\n"sv, "A,B"},
@@ -185,7 +185,7 @@ constexpr Case kAlternatives[] = {
      "#ifdef A\na\n#else\nb\n#else\nc\n#else\nd\n#endif\n"sv, "\na\n\n\n\n\n\n\n\n"sv, "A"},
 };
 
-constexpr Case kNesting[] = {
+constexpr DirectiveCase kNesting[] = {
     {"live in live", "", "#ifndef A\n#ifndef B\nb\n#endif\na\n#endif\nz\n"sv, "\n\nb\n\na\n\nz\n"sv,
      "A,B"},
     {"required: dead in live silences the rest of the outer branch", "",
@@ -220,7 +220,7 @@ constexpr Case kNesting[] = {
 
 // required: the line after a condition in an inactive branch is read as a directive, whatever it
 // begins with.
-constexpr Case kSwallowedLines[] = {
+constexpr DirectiveCase kSwallowedLines[] = {
     {"a plain line", "", "#ifdef A\n#ifdef B\nx\n#endif\n#endif\ny\n"sv, "\n\n\n\n\ny\n"sv, "A,B"},
     {"a directive", "", "#ifdef A\n#ifdef B\n#endif\n#endif\ny\n"sv, "\n\n\n\ny\n"sv, "A,B"},
     {"a directive behind a letter is none", "", "#ifdef A\n#ifdef B\nx #endif\n#endif\ny\n"sv,
@@ -252,7 +252,7 @@ constexpr Case kSwallowedLines[] = {
 };
 
 // An unmatched #elif, #else or #endif is dropped like an unknown directive.
-constexpr Case kStrays[] = {
+constexpr DirectiveCase kStrays[] = {
     {"an end", "", "#endif\n  a\n"sv, "\na\n"sv, ""},
     {"several ends", "", "#endif\n#endif\n#endif\na\n"sv, "\n\n\na\n"sv, ""},
     {"an other branch", "", "a\n#else\n  b\n  c\n"sv, "a\n\nb\nc\n"sv, ""},
@@ -266,7 +266,7 @@ constexpr Case kStrays[] = {
      ""},
 };
 
-void expectSimulated(const Case& row, std::size_t linesBefore) {
+void expectSimulated(const DirectiveCase& row, std::size_t linesBefore) {
   SCOPED_TRACE(testing::Message() << row.why << ": " << testing::PrintToString(row.text)
                                   << " behind " << linesBefore << " empty lines");
   const std::string before(linesBefore, '\n');
@@ -285,8 +285,8 @@ void expectSimulated(const Case& row, std::size_t linesBefore) {
 
 // The state after an empty line is the initial state.
 template <std::size_t kCount>
-void expectSimulatedAnywhere(const Case (&rows)[kCount]) {
-  for (const Case& row : rows)
+void expectSimulatedAnywhere(const DirectiveCase (&rows)[kCount]) {
+  for (const DirectiveCase& row : rows)
     for (const unsigned linesBefore : {0U, 1U, 17U, 64U}) expectSimulated(row, linesBefore);
 }
 

@@ -9,14 +9,14 @@ namespace {
 
 using namespace std::string_view_literals;
 
-struct TextCase {
+struct MatchCase {
   std::string_view text;
   bool result;
   std::string_view why = "";
 };
 
 TEST(DetectJSImports, Table) {
-  constexpr TextCase kCases[] = {
+  constexpr MatchCase kCases[] = {
       {"", false},
       {"import a from 'a';", true},
       {"import('x')", true},
@@ -85,14 +85,14 @@ TEST(DetectJSImports, Table) {
       {"a\0exports."sv, true, "the search passes a NUL byte"},
       {"var a = 1;", false},
   };
-  for (const TextCase& row : kCases) {
+  for (const MatchCase& row : kCases) {
     SCOPED_TRACE(testing::PrintToString(row.text) + " " + std::string(row.why));
     EXPECT_EQ(DetectJSImports(std::string(row.text)), row.result);
   }
 }
 
 TEST(DetectIIFE, Table) {
-  constexpr TextCase kCases[] = {
+  constexpr MatchCase kCases[] = {
       {"", false},
       {"(function() {", true},
       {"(function(a) {", true},
@@ -133,14 +133,14 @@ TEST(DetectIIFE, Table) {
       {"async () => {", false},
       {"(function\0(x)"sv, false, "the parts end at a NUL byte"},
   };
-  for (const TextCase& row : kCases) {
+  for (const MatchCase& row : kCases) {
     SCOPED_TRACE(testing::PrintToString(row.text) + " " + std::string(row.why));
     EXPECT_EQ(DetectIIFE(std::string(row.text)), row.result);
   }
 }
 
 TEST(DetectWebComponent, Table) {
-  constexpr TextCase kCases[] = {
+  constexpr MatchCase kCases[] = {
       {"", false},
       {"class A extends HTMLElement {", true},
       {"class A extends HTMLDivElement {", true},
@@ -176,7 +176,7 @@ TEST(DetectWebComponent, Table) {
       {"customElements.get('a-b')", false},
       {"HTMLElement", false},
   };
-  for (const TextCase& row : kCases) {
+  for (const MatchCase& row : kCases) {
     SCOPED_TRACE(testing::PrintToString(row.text) + " " + std::string(row.why));
     EXPECT_EQ(DetectWebComponent(std::string(row.text)), row.result);
   }

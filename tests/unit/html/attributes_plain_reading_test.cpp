@@ -33,7 +33,7 @@ void expectPlainPreview(const std::string& text) {
 constexpr std::string_view kHrefPieces[] = {"href", "=", "\"", "'", " ", "x", ">"};
 constexpr std::string_view kIdPieces[] = {"id=", "class=", "\"", "'", " ", "a", "src="};
 // clang-format off
-constexpr std::string_view kPieces[] = {
+constexpr std::string_view kTagPieces[] = {
     "href=", "href ", "src=", "id=", "class=", "action=", "script", "link", "form", "div", "\"",
     "'", "=", " ", "\n", "\t", "\f", "\v", "\r", ">", "x", "a b", "data-", "HREF=", "srcset=",
     "grid=\"y\"", "/", "\0"sv, "\xE9", "\"\"", "''", "src =", "script ", "link ", "form "};
@@ -44,7 +44,7 @@ TEST(AttributesPlainReading, OfTags) {
   forEachText(kHrefPieces, 5, "a src=", expectPlainTag);
   forEachText(kIdPieces, 6, "script ", expectPlainTag);
   forEachText(kIdPieces, 6, "", expectPlainTag);
-  forRandomTexts(kPieces, 20, 500'000, expectPlainTag);
+  forRandomTexts(kTagPieces, 20, 500'000, expectPlainTag);
 }
 
 constexpr std::string_view kTextPieces[] = {" ",  "\n", "\t",   "\"",    "a", "\f",

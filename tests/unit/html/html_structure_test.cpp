@@ -149,7 +149,7 @@ TEST(PageElement, IsNotMadeFromCommentsDocumentTypesOrInstructions) {
   }
 }
 
-constexpr PageCase kTexts[] = {
+constexpr PageCase kClosers[] = {
     {"", "", "nothing at all"},
     {"\n", "", "an empty line"},
     {"text", "", "no tag"},
@@ -170,7 +170,7 @@ constexpr PageCase kTexts[] = {
     {"<?php if ($a > 1) echo '<b>'; ?>", "htmlelement\"b\"@0", "nor here"},
 };
 
-TEST(PageTag, RunsToTheFirstCloser) { expectPages(kTexts); }
+TEST(PageTag, RunsToTheFirstCloser) { expectPages(kClosers); }
 
 constexpr PageCase kNesting[] = {
     {"<a></a><b></b>", "htmlelement\"a\"@0 htmlelement\"b\"@0", "beside each other"},
@@ -231,7 +231,7 @@ constexpr PageCase kLinks[] = {
 
 TEST(PageLink, IsMadeForEachValue) { expectPages(kLinks); }
 
-constexpr PageCase kLines[] = {
+constexpr PageCase kLinesOfTags[] = {
     {"\n\n<a>", "htmlelement\"a\"@2", "empty lines count"},
     {"x\ny\n<a>", "htmlelement\"a\"@2", "so do lines of text"},
     {" \n <a>", "htmlelement\"a\"@1", ""},
@@ -251,7 +251,7 @@ constexpr PageCase kLines[] = {
      "lines that end in two line feeds count double"},
 };
 
-TEST(PageLine, CountsTheLineFeedsOutsideTags) { expectPages(kLines); }
+TEST(PageLine, CountsTheLineFeedsOutsideTags) { expectPages(kLinesOfTags); }
 
 TEST(PageLine, StartsAtTheGivenNumber) {
   EXPECT_EQ(pageRunOf("<a>\n<b href=x>", 7).nodes(),

@@ -18,7 +18,7 @@ using namespace std::string_view_literals;
 using support::valuesOf;
 using Values = std::vector<std::string>;
 
-std::string parse(const std::string& name, std::string_view bytes) {
+std::string parseBytes(const std::string& name, std::string_view bytes) {
   const support::TempDir directory;
   const std::string path = directory.write(name, bytes);
   std::string answer;
@@ -29,7 +29,7 @@ std::string parse(const std::string& name, std::string_view bytes) {
 
 // Returns CONTENTS@LINE of a script file's records after its three scope records.
 std::string linesOf(std::string_view bytes) {
-  const std::string answer = parse("a.js", bytes);
+  const std::string answer = parseBytes("a.js", bytes);
   const Values contents = valuesOf(answer, "contents");
   const Values numbers = valuesOf(answer, "lineNumber");
   if (contents.size() < 3 || numbers.size() != contents.size()) return answer;
@@ -101,7 +101,7 @@ TEST(Inputs, BinaryFilesReturnAnArrayOnEveryRoute) {
   std::string bytes;
   for (int i = 0; i < 4096; ++i) bytes += static_cast<char>(i * 7919 % 256);
   for (const char* name : {"a.js", "a.html", "a.txt", "a"}) {
-    const std::string answer = parse(name, bytes);
+    const std::string answer = parseBytes(name, bytes);
     EXPECT_EQ(answer.substr(0, 4), "[\n  ") << name;
     EXPECT_EQ(answer.substr(answer.size() - 2), "]\n") << name;
   }
@@ -118,7 +118,7 @@ TEST(Inputs, FilesOfBlanksAndCommentsReturnAnArrayOnEveryRoute) {
   };
   for (const auto& row : rows) {
     for (const char* text : {" ", "\n\n", "// only\n", "/* only\n*/\n", "<!-- only -->\n"}) {
-      EXPECT_EQ(valuesOf(parse(row.name, text), "contents"), row.contents)
+      EXPECT_EQ(valuesOf(parseBytes(row.name, text), "contents"), row.contents)
           << row.name << ": " << testing::PrintToString(text);
     }
   }
@@ -139,7 +139,7 @@ TEST(Inputs, ALongCommentLeavesNothing) {
 TEST(Inputs, HalfOfTwoHundredThousandLinesAreRead) {
   std::string bytes;
   for (int i = 1; i <= 200000; ++i) bytes += "f(" + std::to_string(i) + ");\n";
-  const std::string answer = parse("a.js", bytes);
+  const std::string answer = parseBytes("a.js", bytes);
   const Values contents = valuesOf(answer, "contents");
   ASSERT_EQ(contents.size(), 3u + 100000u);
   EXPECT_EQ(contents[3], "\"f(1);\"");
@@ -151,7 +151,7 @@ TEST(Inputs, HalfOfTwoHundredThousandLinesAreRead) {
 TEST(Inputs, UnclosedHeadsNestToTheLimit) {
   std::string bytes;
   for (int i = 0; i < 3000; ++i) bytes += "function f() {\n";
-  const Values parents = valuesOf(parse("a.js", bytes), "parentID");
+  const Values parents = valuesOf(parseBytes("a.js", bytes), "parentID");
   ASSERT_EQ(parents.size(), 3u + 3000u);
   EXPECT_EQ(parents[3 + 998], "1000") << "the last scope that fits is under the one before it";
   EXPECT_EQ(parents[3 + 999], "1001");
@@ -164,7 +164,7 @@ TEST(Inputs, ATruncatedFileReturnsAnArray) {
       "#ifdef X\nif (a) { b(\"}\"); } else {\n#endif\nconst f = y => {\n};\n";
   for (const char* name : {"a.js", "a.html", "a.txt"}) {
     for (std::size_t length = 1; length <= whole.size(); ++length) {
-      const std::string answer = parse(name, std::string_view(whole).substr(0, length));
+      const std::string answer = parseBytes(name, std::string_view(whole).substr(0, length));
       ASSERT_EQ(answer.substr(0, 4), "[\n  ") << name << " " << length;
       ASSERT_EQ(answer.substr(answer.size() - 6), "\n  }\n]\n"sv.substr(1))
           << name << " " << length;

@@ -28,7 +28,7 @@ std::string parse(const std::string& path, const char* defines = nullptr) {
   return answer;
 }
 
-std::string parsePrinted(const std::string& path) {
+std::string printedFor(const std::string& path) {
   return support::stdoutOf([&] { ParseJS(path.c_str(), nullptr); });
 }
 
@@ -100,7 +100,7 @@ TEST(ParseJS, MakesNoNodeAndPrintsNothingForAnErrorAnswer) {
   const TempDir directory;
   for (const std::string& path : {directory.path("gone.js"), directory.write("empty.js", "")}) {
     const auto registered = allAllocatedNodes.size();
-    EXPECT_EQ(parsePrinted(path), "") << path;
+    EXPECT_EQ(printedFor(path), "") << path;
     EXPECT_EQ(currentIndex, 0) << path;
     EXPECT_EQ(objectCount, 1) << path;
     EXPECT_EQ(allAllocatedNodes.size(), registered) << path;
@@ -128,7 +128,7 @@ constexpr char kGreet[] = "function Greeter(name) {\n  var label = name;\n}\nlet
 
 TEST(ParseJS, PrintsTheRecordLinesAndThenTheCleanup) {
   const TempDir directory;
-  EXPECT_EQ(parsePrinted(directory.write("greet.js", kGreet)),
+  EXPECT_EQ(printedFor(directory.write("greet.js", kGreet)),
             "nodeid was 0 and now is 0\n"
             "nodeid was 1 and now is 1\n"
             "nodeid was 2 and now is 2\n"
@@ -144,7 +144,7 @@ TEST(ParseJS, PrintsTheRecordLinesAndThenTheCleanup) {
 
 TEST(ParseJS, PrintsTheOldNumbersWhereNodesWereDropped) {
   const TempDir directory;
-  EXPECT_EQ(parsePrinted(directory.write("a.js", "a(\n);\nb();\n")),
+  EXPECT_EQ(printedFor(directory.write("a.js", "a(\n);\nb();\n")),
             "nodeid was 0 and now is 0\n"
             "nodeid was 1 and now is 1\n"
             "nodeid was 2 and now is 2\n"

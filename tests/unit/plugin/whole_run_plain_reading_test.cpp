@@ -59,7 +59,7 @@ void PrintTo(const Route& route, std::ostream* out) { *out << route.name; }
 constexpr const char* kScriptFiles[] = {"a.js", "my-app.min.ts", "classes.mjs", "it's.jsx"};
 constexpr const char* kPageFiles[] = {"a.html", "b.php", "c.d.htm", "class.xhtml"};
 constexpr const char* kOtherFiles[] = {"a.txt", "noext", "script.html.bak", "b.JS"};
-constexpr const char* kDefines[] = {"", "", "A", "A\n\nB", "if x", "\n", "import y\r\n \n"};
+constexpr const char* kDefineLists[] = {"", "", "A", "A\n\nB", "if x", "\n", "import y\r\n \n"};
 
 class WholeRun : public testing::TestWithParam<Route> {
  protected:
@@ -100,7 +100,7 @@ TEST_P(WholeRun, EqualsThePlainReading) {
       for (int i = support::textCount(30'000); i > 0 && first_.empty(); --i) {
         const std::string bytes = support::randomText(GetParam().pieces, 80, random);
         compare(GetParam().files[random() % GetParam().files.size()], bytes,
-                kDefines[random() % std::size(kDefines)]);
+                kDefineLists[random() % std::size(kDefineLists)]);
       }
     });
   });

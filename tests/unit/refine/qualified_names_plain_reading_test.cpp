@@ -45,16 +45,16 @@ TEST(QualifiedNamesPlainReading, OfRandomTrees) {
   }
 }
 
-constexpr std::string_view kPieces[] = {"class ", "Foo", " extends ", "HTMLElement", "Element",
-                                        "'",      "{",   " ",         "\"",          "extends"};
+constexpr std::string_view kHeadPieces[] = {"class ", "Foo", " extends ", "HTMLElement", "Element",
+                                            "'",      "{",   " ",         "\"",          "extends"};
 
 TEST(QualifiedNamesPlainReading, OfClassNames) {
   const auto compare = [](const std::string& text) {
     ASSERT_EQ(extractClassName(text), reference::extractClassName(text))
         << testing::PrintToString(text);
   };
-  support::forEachText(kPieces, 5, "", compare);
-  support::forRandomTexts(kPieces, 14, 200'000, compare);
+  support::forEachText(kHeadPieces, 5, "", compare);
+  support::forRandomTexts(kHeadPieces, 14, 200'000, compare);
 }
 
 }  // namespace

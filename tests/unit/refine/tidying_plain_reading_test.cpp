@@ -19,15 +19,15 @@
 
 namespace {
 
-constexpr std::string_view kTexts[] = {"}", "{", "};", "",    " } ", "\f{\n", "{}", "});",
-                                       "a", "b", "c",  "} ;", "{ {", "\t",    ")",  ";"};
+constexpr std::string_view kBraceTexts[] = {"}", "{", "};", "",    " } ", "\f{\n", "{}", "});",
+                                            "a", "b", "c",  "} ;", "{ {", "\t",    ")",  ";"};
 constexpr std::string_view kDefinePieces[] = {"A", " ", "\n", "LEVEL 2", "\f", "\t", "\r"};
 
 TEST(TidyingPlainReading, OfRandomTrees) {
   std::mt19937 random(20240306);
   for (int i = support::textCount(100'000); i > 0 && !HasFatalFailure(); --i) {
     const support::NodeSweep sweep;
-    const support::TreePlan plan = support::randomPlan(kTexts, 20, random);
+    const support::TreePlan plan = support::randomPlan(kBraceTexts, 20, random);
     std::vector<std::string> defines;
     for (std::size_t left = random() % 3; left > 0; --left)
       defines.push_back(support::randomText(kDefinePieces, 4, random));

@@ -51,7 +51,7 @@ struct TextCase {
   bool removed;
 };
 
-constexpr TextCase kTexts[] = {
+constexpr TextCase kContents[] = {
     {"{"sv, true},
     {"}"sv, true},
     {"};"sv, true},
@@ -94,7 +94,7 @@ constexpr TextCase kTexts[] = {
 };
 
 TEST(RemoveBraceOnlyNodes, Texts) {
-  for (const TextCase& row : kTexts) {
+  for (const TextCase& row : kContents) {
     ObjectBranch* top = root();
     ObjectBranch* child = line(top, row.contents);
     {

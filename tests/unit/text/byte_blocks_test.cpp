@@ -80,7 +80,7 @@ TEST(ByteBlocks, CompareBytesAsSignedValues) {
 
 // Needles whose anchor is the first, a middle and the last byte but one, at each position,
 // unchanged and with each byte changed.
-TEST(Needle, IsFoundAtAnyPosition) {
+TEST(Needle, OfAnyAnchorIsFoundAtAnyPosition) {
   constexpr text::Needle kNeedles[] = {"class", "function", "=>", "TTTTT", "{", "module.exports"};
   for (const text::Needle& needle : kNeedles) {
     const std::string_view sought = needle.text();

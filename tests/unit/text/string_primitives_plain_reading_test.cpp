@@ -60,7 +60,7 @@ void expectPlainReplacing(const std::string& text) {
   }
 }
 
-constexpr std::string_view kPieces[] = {
+constexpr std::string_view kTextPieces[] = {
     " ", "\n",   "\r",    "\t", "\f",   "\v", "  ", "a",  "b",    "{",    "}",  "(",
     ")", "<",    ">",     "\"", "'",    "?",  "==", "!=", "\0"sv, "\xE9", "_",  "#",
     ":", "word", "a b\n", "9",  "\r\n", "$",  "ab", "::", " :",   "aba",  "=>", "[\\z"};
@@ -85,11 +85,11 @@ TEST(StringPrimitivesPlainReading, OfShortTextsInLongRuns) {
 }
 
 TEST(StringPrimitivesPlainReading, OfRandomTexts) {
-  forRandomTexts(kPieces, 40, 500'000, [](const std::string& text) {
+  forRandomTexts(kTextPieces, 40, 500'000, [](const std::string& text) {
     expectPlainTrims(text);
     expectPlainWords(text);
   });
-  forRandomTexts(kPieces, 30, 100'000, [](const std::string& text) {
+  forRandomTexts(kTextPieces, 30, 100'000, [](const std::string& text) {
     expectPlainSearches(text);
     expectPlainReplacing(text);
   });

@@ -11,12 +11,12 @@ namespace {
 
 using tree::IdTable;
 
-constexpr std::int32_t kLeast = std::numeric_limits<std::int32_t>::min();
-constexpr std::int32_t kMost = std::numeric_limits<std::int32_t>::max();
+constexpr std::int32_t kLeastId = std::numeric_limits<std::int32_t>::min();
+constexpr std::int32_t kMostId = std::numeric_limits<std::int32_t>::max();
 
 TEST(IdTable, EmptyTable) {
   const IdTable table;
-  for (const std::int32_t id : {0, 1, -1, 1000, kLeast, kMost})
+  for (const std::int32_t id : {0, 1, -1, 1000, kLeastId, kMostId})
     EXPECT_EQ(table.find(id), IdTable::kAbsent) << id;
 }
 
@@ -33,23 +33,25 @@ TEST(IdTable, TheValueMayBeZero) {
   IdTable table;
   table.insert(3, 0);
   table.insert(-3, 0);
-  table.insert(kMost, 0);
+  table.insert(kMostId, 0);
   EXPECT_EQ(table.find(3), 0);
   EXPECT_EQ(table.find(-3), 0);
-  EXPECT_EQ(table.find(kMost), 0);
-  for (const std::int32_t id : {0, 2, 4, -2, -4, kMost - 1})
+  EXPECT_EQ(table.find(kMostId), 0);
+  for (const std::int32_t id : {0, 2, 4, -2, -4, kMostId - 1})
     EXPECT_EQ(table.find(id), IdTable::kAbsent) << id;
 }
 
 TEST(IdTable, NegativeAndFarIds) {
   IdTable table;
   std::int32_t value = 10;
-  for (const std::int32_t id : {kMost, kLeast, -1, 1'000'000'000, 0, kMost - 1, kLeast + 1, 70'000})
+  for (const std::int32_t id :
+       {kMostId, kLeastId, -1, 1'000'000'000, 0, kMostId - 1, kLeastId + 1, 70'000})
     table.insert(id, value++);
   value = 10;
-  for (const std::int32_t id : {kMost, kLeast, -1, 1'000'000'000, 0, kMost - 1, kLeast + 1, 70'000})
+  for (const std::int32_t id :
+       {kMostId, kLeastId, -1, 1'000'000'000, 0, kMostId - 1, kLeastId + 1, 70'000})
     EXPECT_EQ(table.find(id), value++) << id;
-  for (const std::int32_t id : {1, -2, 69'999, 70'001, 999'999'999, kMost - 2, kLeast + 2})
+  for (const std::int32_t id : {1, -2, 69'999, 70'001, 999'999'999, kMostId - 2, kLeastId + 2})
     EXPECT_EQ(table.find(id), IdTable::kAbsent) << id;
 }
 
