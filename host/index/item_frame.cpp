@@ -26,7 +26,7 @@ namespace {
 constexpr std::uint64_t kMark = 0x51493101;
 constexpr std::uint64_t kMaxNumber = std::numeric_limits<std::int64_t>::max();
 constexpr std::uint64_t kMaxSmall = std::numeric_limits<std::int32_t>::max();
-constexpr std::size_t kMaxLabels = 4096;  // more than any module has
+constexpr std::size_t kMaxFrameLabels = 4096;  // more than any module has
 
 constexpr unsigned kBits = 7;
 constexpr std::uint64_t kMore = 0x80;
@@ -137,13 +137,13 @@ void writeNothing(const FormatSettings& /*settings*/, std::string& /*out*/) {}
 
 }  // namespace
 
-constinit const Format kFrameFormat = {.name = "index",
-                                       .begin = writeNothing,
-                                       .file = writeFrameFile,
-                                       .end = writeNothing,
-                                       .separator = "",
-                                       .selection = Selection::kKinds,
-                                       .needsSource = true};
+constinit const host::Format kFrameFormat = {.name = "index",
+                                             .begin = writeNothing,
+                                             .file = writeFrameFile,
+                                             .end = writeNothing,
+                                             .separator = "",
+                                             .selection = Selection::kKinds,
+                                             .needsSource = true};
 
 bool ItemFrameReader::takeFile(FileRow& file) {
   std::uint64_t number = 0;
@@ -205,7 +205,7 @@ bool ItemFrameReader::takeLabel(ItemRow& item) {
   if (number == 0) return true;
   if (number > labels_.size()) {
     std::string_view label;
-    if (labels_.size() == kMaxLabels || !takeText(label) || !isPlainText(label)) return false;
+    if (labels_.size() == kMaxFrameLabels || !takeText(label) || !isPlainText(label)) return false;
     labels_.push_back(label);
   }
   item.label = labels_[number - 1];

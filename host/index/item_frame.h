@@ -16,7 +16,7 @@
 namespace host::index {
 
 // Not among those that a user can choose.
-extern const Format kFrameFormat;
+extern const host::Format kFrameFormat;
 
 class ItemFrameReader {
  public:

@@ -16,8 +16,8 @@ using Clock = std::chrono::steady_clock;
 constexpr std::chrono::milliseconds kLate{250};
 
 // What the handler reads.
-std::atomic<std::int64_t> limit = 0;   // in microseconds
-std::atomic<std::int64_t> expiry = 0;  // in the clock's units
+std::atomic<std::int64_t> timeLimit = 0;  // in microseconds
+std::atomic<std::int64_t> expiry = 0;     // in the clock's units
 static_assert(std::atomic<std::int64_t>::is_always_lock_free);
 
 void startTimer(std::chrono::microseconds time) {
@@ -34,7 +34,7 @@ void startTimer(std::chrono::microseconds time) {
 void endUnlessLate(int number) {
   const int error = errno;
   if (Clock::now().time_since_epoch() - Clock::duration(expiry) > kLate) {
-    startTimer(std::chrono::microseconds(limit));
+    startTimer(std::chrono::microseconds(timeLimit));
   } else {
     std::signal(number, SIG_DFL);
     std::raise(number);  // is delivered when this function returns
@@ -46,7 +46,7 @@ void endUnlessLate(int number) {
 
 void limitTime(std::chrono::microseconds time) {
   if (time.count() != 0) {
-    limit = time.count();
+    timeLimit = time.count();
     struct sigaction action {};
     action.sa_handler = endUnlessLate;
     action.sa_flags = SA_RESTART;

@@ -1,0 +1,28 @@
+# Makes up to six source files of a folder one compile unit. What the templates of the standard library
+# and of GoogleTest expand to takes longer to compile than most files do by themselves. Six are few
+# enough that a change is not a long wait.
+#
+#   compile_together(TARGET [EXCEPT REGEX])
+function(compile_together target)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" EXCEPT "")
+  set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_MODE GROUP)
+  get_target_property(sources ${target} SOURCES)
+  list(FILTER sources INCLUDE REGEX "^[^$]*\\.cpp$")
+  if(arg_EXCEPT)
+    list(FILTER sources EXCLUDE REGEX "${arg_EXCEPT}")
+  endif()
+  set(group 0)
+  set(files 6)
+  set(last "")
+  foreach(source ${sources})
+    cmake_path(GET source PARENT_PATH folder)
+    cmake_path(GET folder FILENAME name)
+    if(NOT "${folder}" STREQUAL "${last}" OR files EQUAL 6)
+      set(last "${folder}")
+      set(files 0)
+      math(EXPR group "${group} + 1")
+    endif()
+    math(EXPR files "${files} + 1")
+    set_source_files_properties(${source} PROPERTIES UNITY_GROUP "${name}_${group}")
+  endforeach()
+endfunction()
