@@ -79,12 +79,12 @@ def summary(suite, results):
 
 
 def run_ctest(build, arguments):
-    """ctest's exit status and report. One test more runs than there are processors, since some of
+    """ctest's exit status and report. Two tests more run than there are processors, since some of
     them wait most of the time. A terminal shows the test at hand, the log everything."""
     report = build / "test.xml"
     report.unlink(missing_ok=True)
     command = ["ctest", "--test-dir", str(build), "--no-tests=error", "--output-on-failure",
-               "-j", str(len(os.sched_getaffinity(0)) + 1), "--output-junit", str(report)]
+               "-j", str(len(os.sched_getaffinity(0)) + 2), "--output-junit", str(report)]
     command += ["--output-log", str(build / "test.log")] + arguments
     on_terminal = os.isatty(2)
     status = subprocess.run(command + ["--progress"] * on_terminal, check=False,
