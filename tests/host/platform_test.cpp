@@ -6,11 +6,10 @@
 
 #include <cstddef>
 #include <cstdlib>
-#include <fstream>
-#include <string>
 
 #include <gtest/gtest.h>
 
+#include "support/large_pages.h"
 #include "support/sanitized.h"
 
 namespace {
@@ -44,16 +43,10 @@ int faultsIn(bool isExtended) {
   return WIFEXITED(state) ? WEXITSTATUS(state) : -1;
 }
 
-bool hasLargePages() {
-  std::ifstream setting("/sys/kernel/mm/transparent_hugepage/enabled");
-  std::string words;
-  return std::getline(setting, words) && words.find("[never]") == std::string::npos;
-}
-
 // Another C library, and a sanitizer's heap, are not extended.
 TEST(Platform, ExtendsTheHeapByLargePages) {
 #if defined(__GLIBC__) && !defined(QUORL_TEST_IS_SANITIZED)
-  if (!hasLargePages()) GTEST_SKIP() << "the system has no large pages";
+  if (!support::hasLargePages()) GTEST_SKIP() << "the system has no large pages";
   EXPECT_EQ(faultsIn(false), 1);
   EXPECT_EQ(faultsIn(true), 0);
 #else

@@ -14,6 +14,8 @@
 
 #include <gtest/gtest.h>
 
+#include "support/large_pages.h"
+
 namespace {
 
 constexpr std::size_t kLargePage = std::size_t{2} << 20U;
@@ -51,10 +53,8 @@ std::unique_ptr<char, Unmap> freshBlock() {
   return std::unique_ptr<char, Unmap>(static_cast<char*>(block));
 }
 
-bool hasLargePages() { return std::ifstream("/sys/kernel/mm/transparent_hugepage/enabled").good(); }
-
 TEST(FreshMemory, AsksForLargePagesFromTheFirstWholePageToTheLast) {
-  if (!hasLargePages()) GTEST_SKIP() << "the system has no large pages";
+  if (!support::hasLargePages()) GTEST_SKIP() << "the system has no large pages";
   const auto block = freshBlock();
   // Begins and ends within a page, as a block of the C library does.
   base::preferLargePages(block.get() + 16, kLargePage - 32);
@@ -66,7 +66,7 @@ TEST(FreshMemory, AsksForLargePagesFromTheFirstWholePageToTheLast) {
 }
 
 TEST(FreshMemory, LeavesABlockWithoutAWholePageAlone) {
-  if (!hasLargePages()) GTEST_SKIP() << "the system has no large pages";
+  if (!support::hasLargePages()) GTEST_SKIP() << "the system has no large pages";
   const auto block = freshBlock();
   base::preferLargePages(block.get() + 1, pageBytes());
   base::preferLargePages(block.get(), 0);
