@@ -4,9 +4,10 @@
  * usage: exhausted_memory_host MODULE FOLDER
  *
  * Each child process makes one call under a limit on its address space, the module's first call of
- * all, on the main thread, deep in that thread's stack, or on a thread that was just made. The
- * answer has to be the whole text, an error text or null; then the limit goes, and the same thread
- * has to get the whole answer for a small file. Exit status 0 if each child found it so.
+ * all, on the main thread, deep in that thread's stack, also behind a call from further up, or on a
+ * thread that was just made. The answer has to be the whole text, an error text or null; then the
+ * limit goes, and the same thread has to get the whole answer for a small file. Exit status 0 if
+ * each child found it so.
  */
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -39,10 +40,11 @@ enum {
 /* What a child found, which is its exit status. */
 enum Outcome { kFull, kError, kNull, kWrong, kWrongAfterwards, kNotTried, kOutcomes };
 
-/* Where a child makes its call: on the main thread, on that thread where its stack has to grow, on
- * a new thread. */
-enum Place { kMain, kDeep, kNewThread, kPlaces };
-static const char* const kPlaceWords[kPlaces] = {"main thread", "deep stack", "new thread"};
+/* Where a child makes its call: on the main thread, on that thread where its stack has to grow, the
+ * same behind a call from further up, on a new thread. */
+enum Place { kMain, kDeep, kDeeper, kNewThread, kPlaces };
+static const char* const kPlaceWords[kPlaces] = {"main thread", "deep stack", "deeper",
+                                                 "new thread"};
 
 struct Route {
   const char* extension;
@@ -267,6 +269,10 @@ static pid_t start(const struct Attempt* attempt) {
     case kMain:
       _exit(run(attempt));
     case kDeep:
+      _exit(runDeep(attempt));
+    case kDeeper:
+      if (info() == NULL) _exit(kNotTried);
+      cleanup();
       _exit(runDeep(attempt));
     default:
       break;
