@@ -43,26 +43,37 @@ std::size_t plainEnd(std::string_view text, std::size_t at, Plain plain) {
   return at;
 }
 
-// Drops page comments but for their line feeds, and makes line feeds of carriage returns.
-// openComment becomes the line of a comment that has no end, or 0.
+constexpr std::string_view kPageCommentStart = "<!--";
+
+// Drops page comments but for their line feeds, and makes line feeds of carriage returns. lines
+// stays empty if they are those of the source. openComment becomes the line of a comment that has
+// no end, or 0.
 std::string dropPageComments(std::string_view source, std::vector<std::int32_t>& lines,
                              std::int32_t& openComment) {
+  openComment = 0;
+  // Most texts have neither.
+  if (source.find('\r') == std::string_view::npos &&
+      source.find(kPageCommentStart) == std::string_view::npos) {
+    std::string text(source.size(), '\0');
+    std::transform(source.begin(), source.end(), text.begin(),
+                   [](char byte) { return byte == '\t' ? ' ' : byte; });
+    return text;
+  }
   std::string text;
   text.reserve(source.size());
   lines.push_back(1);
   std::int32_t line = 1;
   bool inComment = false;
-  openComment = 0;
   for (std::size_t at = 0; at < source.size();) {
     const std::size_t end = plainEnd(source, at, inComment ? kPlainInPageComment : kPlainInPage);
     if (!inComment) text.append(source.substr(at, end - at));
     at = end;
     if (at == source.size()) break;
-    const std::string_view rest = source.substr(at, 4);
-    if (!inComment && rest == "<!--") {
+    const std::string_view rest = source.substr(at, kPageCommentStart.size());
+    if (!inComment && rest == kPageCommentStart) {
       inComment = true;
       openComment = line;
-      at += 4;
+      at += kPageCommentStart.size();
       continue;
     }
     if (inComment && rest.starts_with("-->")) {
@@ -92,8 +103,10 @@ class CommentDropper {
       : text_(text), lines_(lines) {}
 
   std::string run() {
+    // Only a marker takes line feeds along.
+    const bool keepsLines = lines_.empty() && text_.find(kMarker) == std::string::npos;
     std::vector<std::int32_t> kept;
-    kept.push_back(lines_.front());
+    if (!keepsLines) kept.push_back(sourceLine());
     kept_.reserve(text_.size());
     for (std::size_t at = 0; at < text_.size(); ++at) {
       at = takePlain(at);
@@ -102,7 +115,7 @@ class CommentDropper {
       take(at);
       if (text_[at] != '\n') continue;
       ++line_;
-      if (kept_.size() > before) kept.push_back(lines_[line_]);
+      if (!keepsLines && kept_.size() > before) kept.push_back(sourceLine());
     }
     if (inBlock_) openComment_ = blockLine_;
     lines_ = std::move(kept);
@@ -186,6 +199,11 @@ class CommentDropper {
     kept_ += byte;
   }
 
+  // Of the line that is read.
+  std::int32_t sourceLine() const {
+    return lines_.empty() ? static_cast<std::int32_t>(line_) + 1 : lines_[line_];
+  }
+
   bool beginsMarker(std::size_t at) const {
     return at + kMarker.size() < text_.size() && text_.compare(at, kMarker.size(), kMarker) == 0 &&
            (at < 2 || text_[at - 2] != 'd');
@@ -203,7 +221,7 @@ class CommentDropper {
     }
     inLine_ = next == '/';
     inBlock_ = next == '*';
-    if (inBlock_) blockLine_ = lines_[line_];
+    if (inBlock_) blockLine_ = sourceLine();
     return inLine_ || inBlock_;
   }
 
