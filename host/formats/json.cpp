@@ -61,62 +61,81 @@ class Pieces {
     to_ = std::to_chars(to_, to_ + kMostBytes, number).ptr;
   }
 
-  // A label or a tag, which the reader takes only if nothing in it needs an escape.
+  // Text that needs no escape, as a label or a tag, which the reader takes only if that is so.
   void putPlain(std::string_view text) {
-    flush();
-    out_.append(text);
+    if (text.size() > bytes_.size()) {
+      flush();
+      out_.append(text);
+      return;
+    }
+    need(text.size());
+    text.copy(to_, text.size());
+    to_ += text.size();
   }
+
+  // As appendJsonMember.
+  template <std::size_t kSize>
+  void putMember(const char (&key)[kSize], std::string_view text) {
+    if (isPlainJson(text)) {
+      put("\"");
+      put(key);
+      put("\":\"");
+      putPlain(text);
+      put("\"");
+    } else {
+      flush();
+      appendJsonMember(out_, key, text);
+    }
+  }
+
+ private:
+  static constexpr std::size_t kMostBytes = 64;  // of a piece
 
   void flush() {
     out_.append(bytes_.data(), static_cast<std::size_t>(to_ - bytes_.data()));
     to_ = bytes_.data();
   }
 
- private:
-  static constexpr std::size_t kMostBytes = 64;  // of a piece
-
   void need(std::size_t bytes) {
     if (static_cast<std::size_t>(bytes_.data() + bytes_.size() - to_) < bytes) flush();
   }
 
   std::string& out_;
-  std::array<char, 512> bytes_;
+  std::array<char, 1024> bytes_;
   char* to_ = bytes_.data();
 };
 
 void appendRecordMembers(std::string& out, const Record& record, PathMember& path) {
-  {
-    Pieces pieces(out);
-    pieces.put("\"lineNumber\":");
-    pieces.put(record.lineNumber);
-    pieces.put(",\"lineage\":\"\",\"argumentList\":\"\",\"childNodeIDs\":[");
-    for (std::size_t i = 0; i < record.childNodeIds.size(); ++i) {
-      if (i > 0) pieces.put(",");
-      pieces.put(record.childNodeIds[i]);
-    }
-    pieces.put("],\"nodeID\":");
-    pieces.put(record.nodeId);
-    pieces.put(",\"parentID\":");
-    pieces.put(record.parentId);
-    pieces.put(",\"fileID\":0,\"functionID\":");
-    pieces.put(record.functionId);
-    pieces.put(",\"isCalled\":false,\"branchTypeAsString\":\"");
-    pieces.putPlain(record.label);
-    pieces.put("\",");
-    pieces.putPlain(path.of(record.filePath));
-    pieces.put(",\"tags\":[");
-    for (std::size_t i = 0; i < record.tags.size(); ++i) {
-      if (i > 0) pieces.put(",");
-      pieces.put("\"");
-      pieces.putPlain(record.tags[i]);
-      pieces.put("\"");
-    }
-    pieces.put("],");
+  Pieces pieces(out);
+  pieces.put("\"lineNumber\":");
+  pieces.put(record.lineNumber);
+  pieces.put(",\"lineage\":\"\",\"argumentList\":\"\",\"childNodeIDs\":[");
+  for (std::size_t i = 0; i < record.childNodeIds.size(); ++i) {
+    if (i > 0) pieces.put(",");
+    pieces.put(record.childNodeIds[i]);
   }
-  appendJsonMember(out, "contents", record.contents);
-  out += ",";
-  appendJsonMember(out, "simpleFunctionName", record.simpleFunctionName);
-  out += ",\"calloutIDs\":[]";
+  pieces.put("],\"nodeID\":");
+  pieces.put(record.nodeId);
+  pieces.put(",\"parentID\":");
+  pieces.put(record.parentId);
+  pieces.put(",\"fileID\":0,\"functionID\":");
+  pieces.put(record.functionId);
+  pieces.put(",\"isCalled\":false,\"branchTypeAsString\":\"");
+  pieces.putPlain(record.label);
+  pieces.put("\",");
+  pieces.putPlain(path.of(record.filePath));
+  pieces.put(",\"tags\":[");
+  for (std::size_t i = 0; i < record.tags.size(); ++i) {
+    if (i > 0) pieces.put(",");
+    pieces.put("\"");
+    pieces.putPlain(record.tags[i]);
+    pieces.put("\"");
+  }
+  pieces.put("],");
+  pieces.putMember("contents", record.contents);
+  pieces.put(",");
+  pieces.putMember("simpleFunctionName", record.simpleFunctionName);
+  pieces.put(",\"calloutIDs\":[]");
 }
 
 // Where the records of an answer stand in the source.

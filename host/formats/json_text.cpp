@@ -20,17 +20,16 @@ constexpr std::size_t kPieceBytes = std::size_t{64} * 1024;
 constexpr std::string_view kBase64Digits =
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
-// Whether the text is itself in JSON, and UTF-8. Most names and lines are. Looks at all bytes,
-// since a loop that ends early is not made one over sixteen bytes at a time.
-bool isPlain(std::string_view text) {
+}  // namespace
+
+// Looks at all bytes, since a loop that ends early is not made one over sixteen bytes at a time.
+bool isPlainJson(std::string_view text) {
   unsigned char found = 0;
   for (const char byte : text) {
     found |= static_cast<unsigned char>(byte < ' ' || byte > '~' || byte == '"' || byte == '\\');
   }
   return found == 0;
 }
-
-}  // namespace
 
 void appendJsonString(std::string& out, std::string_view text) {
   thread_local rapidjson::StringBuffer buffer;
@@ -46,7 +45,7 @@ void appendJsonString(std::string& out, std::string_view text) {
 }
 
 bool appendJsonText(std::string& out, std::string_view text) {
-  if (isPlain(text)) {
+  if (isPlainJson(text)) {
     out.append("\"").append(text).append("\"");
     return true;
   }

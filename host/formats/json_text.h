@@ -10,6 +10,9 @@
 
 namespace host {
 
+// Whether the text is ASCII that stands for itself in JSON. Most names and lines are.
+bool isPlainJson(std::string_view text);
+
 // A string in its quotes. The text has to be UTF-8.
 void appendJsonString(std::string& out, std::string_view text);
 
