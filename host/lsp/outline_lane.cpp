@@ -39,9 +39,7 @@ void OutlineLane::begin(RequestKind kind, Encoding encoding, const std::string& 
 
 void OutlineLane::start() {
   worker_ = std::make_unique<WorkerProcess>(
-      [this](int requests, int results, CapturedErrors&) {
-        workOnOutlines(task_, requests, results);
-      },
+      [this](const WorkerEnds& ends) { workOnOutlines(task_, ends.requests, ends.results); },
       siblings_);
   siblings_.push_back(worker_.get());
 }

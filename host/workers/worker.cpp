@@ -89,29 +89,6 @@ int errorOfOpening(const std::string& path) {
   return 0;
 }
 
-// The first so many bytes of the file, or as many as there are. A file that changes while it is
-// read is noticed by its state.
-std::string bytesOf(const std::string& path, std::uint64_t size) {
-  std::string bytes;
-  const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
-  if (file < 0) return bytes;
-  bytes.resize(size);
-  std::size_t count = 0;
-  while (count < bytes.size()) {
-    const ssize_t more = readSome(file, bytes.data() + count, bytes.size() - count);
-    if (more <= 0) break;
-    count += static_cast<std::size_t>(more);
-  }
-  ::close(file);
-  bytes.resize(count);
-  return bytes;
-}
-
-struct Source {
-  std::string bytes;
-  std::optional<outline::EarlyOmissions> omissions;  // where they were looked for ahead
-};
-
 // Flushes C's stdout. The module ignores the results of its writes, but the stream remembers a
 // failed one.
 bool areDiagnosticsLost() { return std::fflush(stdout) != 0 || std::ferror(stdout) != 0; }
@@ -128,6 +105,7 @@ void silenceStandardError() {
 class FileState {
  public:
   explicit FileState(const std::string& path) : exists_(::stat(path.c_str(), &status_) == 0) {}
+  explicit FileState(int file) : exists_(::fstat(file, &status_) == 0) {}
 
   bool exists() const { return exists_; }
   bool isRegular() const { return exists_ && S_ISREG(status_.st_mode); }
@@ -150,11 +128,35 @@ class FileState {
   bool exists_;
 };
 
+// The first so many bytes of the file, or as many as there are. A file that changes while it is
+// read is noticed by its state, which after becomes once they are read.
+std::string bytesOf(const std::string& path, std::uint64_t size, std::optional<FileState>& after) {
+  std::string bytes;
+  const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+  if (file < 0) return bytes;
+  bytes.resize(size);
+  std::size_t count = 0;
+  while (count < bytes.size()) {
+    const ssize_t more = readSome(file, bytes.data() + count, bytes.size() - count);
+    if (more <= 0) break;
+    count += static_cast<std::size_t>(more);
+  }
+  after.emplace(file);
+  ::close(file);
+  bytes.resize(count);
+  return bytes;
+}
+
+struct Source {
+  std::string bytes;
+  std::optional<outline::EarlyOmissions> omissions;  // where they were looked for ahead
+};
+
 class Worker {
  public:
   // The output is the descriptor for texts that are not sent to the parent, or negative.
-  Worker(const WorkerTask& task, int results, int output, CapturedErrors& errors)
-      : task_(task), results_(results), output_(output), errors_(errors), plugin_(task.plugin) {}
+  Worker(const WorkerTask& task, const WorkerEnds& ends, int output)
+      : task_(task), ends_(ends), output_(output), plugin_(task.plugin) {}
 
   void answer(std::uint64_t request) {
     if (request == kVersionRequest) {
@@ -171,7 +173,7 @@ class Worker {
   void send(Frame& frame, std::string_view text) {
     frame.diagnosticsLost = areDiagnosticsLost();
     // It fails only if the parent has ended.
-    if (writeFrame(results_, frame, text) != 0) ::_exit(EXIT_FAILURE);
+    if (writeFrame(ends_.results, frame, text) != 0) ::_exit(EXIT_FAILURE);
   }
 
   // Announced before the first byte: the parent must not have a text written twice.
@@ -230,6 +232,7 @@ class Worker {
                  (halfOfLimit != 0 && grownBy >= halfOfLimit);
     frame.isLast = isWornOut_;
     if (output_ >= 0) writeOutput(frame, std::exchange(text, {}));
+    if (ends_.texts.put(text)) frame.sharedBytes = std::exchange(text, {}).size();
     send(frame, text);
   }
 
@@ -245,15 +248,17 @@ class Worker {
     frame.hasAnswer = false;
     frame.message.clear();
     if (!mayBeRead(input, before, report, frame)) return true;
+    std::optional<FileState> after;
     ThreadAhead<Source> reading = readAhead(input.textPath(), before);
     ask(input, before, report, frame);
     if (task_.keepsSources && report.status == FileStatus::kAnswered) {
       source_ = reading.finish([&] {
-        return Source{bytesOf(input.textPath(), before.bytes()), std::nullopt};
+        return Source{bytesOf(input.textPath(), before.bytes(), after), std::nullopt};
       });
       report.source = source_.bytes;
     }
-    if (FileState(input.textPath()).differsFrom(before)) return false;
+    if (!after) after.emplace(input.textPath());
+    if (after->differsFrom(before)) return false;
     if (before.isRegular()) report.times = before.times();
     return true;
   }
@@ -266,7 +271,8 @@ class Worker {
       return {};
     }
     return ThreadAhead<Source>([path, size = state.bytes(), finds = task_.findsOmissions] {
-      Source source{bytesOf(path, size), std::nullopt};
+      std::optional<FileState> tooEarly;
+      Source source{bytesOf(path, size, tooEarly), std::nullopt};
       if (finds) source.omissions = outline::findEarlyOmissions(source.bytes, path);
       return source;
     });
@@ -303,16 +309,16 @@ class Worker {
   void ask(const Input& input, const FileState& state, FileReport& report, Frame& frame) {
     prepareMemory(state.bytes());
     const auto start = std::chrono::steady_clock::now();
-    if (task_.countsWarnings) errors_.begin();
+    if (task_.countsWarnings) ends_.errors.begin();
     const char* const answer = plugin_.parse(input.textPath(), task_.defines);
-    if (task_.countsWarnings) errors_.end();
+    if (task_.countsWarnings) ends_.errors.end();
     if (task_.times) {
       report.microseconds =
           static_cast<std::uint64_t>(std::chrono::duration_cast<std::chrono::microseconds>(
                                          std::chrono::steady_clock::now() - start)
                                          .count());
     }
-    frame.warnings = errors_.take();
+    frame.warnings = ends_.errors.take();
     if (answer == nullptr) {
       if (task_.isMemoryShared) ::_exit(kWorkerOutOfMemory);
       report.status = FileStatus::kFailed;
@@ -353,9 +359,8 @@ class Worker {
   }
 
   const WorkerTask& task_;
-  int results_;
+  WorkerEnds ends_;
   int output_;
-  CapturedErrors& errors_;
   PluginModule plugin_;
   std::uint64_t memoryAtStart_ = peakMemory();  // with all that the parent has
   std::string renamedAnswer_;                   // of a text that is kept in another file
@@ -408,24 +413,25 @@ void sendUnusable(int results, const std::string& message) {
   writeFrame(results, frame, {});
 }
 
-void runWorker(const WorkerTask& task, int requests, int results, int output,
-               CapturedErrors& errors) {
+void runWorker(const WorkerTask& task, const WorkerEnds& ends, int output) {
   const std::string thrown = task.plugin + ": threw an exception when it was loaded";
   try {
     limitTime(task.timeBesidesFiles);
-    Worker worker(task, results, output, errors);
+    Worker worker(task, ends, output);
     limitTime(kNoTimeLimit);
-    if (writeFrame(results, Frame{}, {}) == 0) answerRequestsOrEnd(worker, requests, results);
+    if (writeFrame(ends.results, Frame{}, {}) == 0) {
+      answerRequestsOrEnd(worker, ends.requests, ends.results);
+    }
     limitTime(task.timeBesidesFiles);  // to the very end
   } catch (const Failure& failure) {
-    sendUnusable(results, failure.what());
+    sendUnusable(ends.results, failure.what());
   } catch (const std::bad_alloc&) {
     ::_exit(kWorkerOutOfMemory);
   } catch (const std::exception& exception) {
-    sendUnusable(results, thrown + ": " + exception.what());
+    sendUnusable(ends.results, thrown + ": " + exception.what());
     ::_exit(kWorkerThrew);
   } catch (...) {
-    sendUnusable(results, thrown);
+    sendUnusable(ends.results, thrown);
     ::_exit(kWorkerThrew);
   }
 }
@@ -444,7 +450,7 @@ std::string appendText(const FileReport& report, const WorkerTask& task, std::st
   return fault;
 }
 
-void work(const WorkerTask& task, int requests, int results, CapturedErrors& errors) noexcept {
+void work(const WorkerTask& task, const WorkerEnds& ends) noexcept {
   const int output =
       task.writesOutput ? ::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, kFirstFreeDescriptor) : -1;
   if (task.writesOutput && output < 0) ::_exit(EXIT_FAILURE);
@@ -453,7 +459,7 @@ void work(const WorkerTask& task, int requests, int results, CapturedErrors& err
   if (task.quiet) silenceStandardError();
   if (task.limits.memory != 0) limitMemory(task.limits.memory);
   std::set_new_handler([] { ::_exit(kWorkerOutOfMemory); });
-  runWorker(task, requests, results, output, errors);
+  runWorker(task, ends, output);
   // Runs the destructors of the module's static objects and what it gave to atexit. The program has
   // no static object that minds. What is thrown there would end in a message of the C++ library.
   std::set_terminate([] { ::_exit(kWorkerThrew); });

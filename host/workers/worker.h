@@ -11,6 +11,7 @@
 #include "sources/input_list.h"
 #include "workers/captured_errors.h"
 #include "workers/file_limits.h"
+#include "workers/shared_texts.h"
 
 namespace host {
 
@@ -49,9 +50,16 @@ enum WorkerExit : int {
 // what is wrong with an answer that leaves the record format, or nothing.
 std::string appendText(const FileReport& report, const WorkerTask& task, std::string& out);
 
+// What a worker has from its parent.
+struct WorkerEnds {
+  int requests;  // descriptor to read them from
+  int results;   // descriptor for frames
+  CapturedErrors& errors;
+  SharedTexts& texts;
+};
+
 // Reads requests, each the index of an input, until their end, and answers each with a frame. It
 // runs in a child process and never returns into the parent's code, whatever the module throws.
-[[noreturn]] void work(const WorkerTask& task, int requests, int results,
-                       CapturedErrors& errors) noexcept;
+[[noreturn]] void work(const WorkerTask& task, const WorkerEnds& ends) noexcept;
 
 }  // namespace host

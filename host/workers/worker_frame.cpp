@@ -26,6 +26,7 @@ struct Header {
   std::uint64_t warningBytes = 0;
   std::uint64_t omittedBytes = 0;
   std::uint64_t textBytes = 0;
+  std::uint64_t sharedBytes = 0;
   std::uint8_t kind = 0;
   std::uint8_t status = 0;
   std::uint8_t hasAnswer = 0;
@@ -71,6 +72,7 @@ int writeFrame(int descriptor, const Frame& frame, std::string_view text) {
   header.warningBytes = frame.warnings.size();
   header.omittedBytes = frame.omitted.size();
   header.textBytes = text.size();
+  header.sharedBytes = frame.sharedBytes;
   header.kind = static_cast<std::uint8_t>(frame.kind);
   header.status = static_cast<std::uint8_t>(frame.status);
   header.hasAnswer = frame.hasAnswer ? 1 : 0;
@@ -104,28 +106,39 @@ int writeFrame(int descriptor, const Frame& frame, std::string_view text) {
 }
 
 FrameReader::State FrameReader::read(int descriptor) {
-  bytes_.erase(0, std::exchange(taken_, 0));
+  std::memmove(bytes_.data(), bytes_.data() + taken_, heldBytes());
+  end_ -= std::exchange(taken_, 0);
   // No byte behind a frame that has begun, so that a long text need not be copied out.
   std::size_t wanted = kReadBytes;
   if (const std::size_t missing = missingBytes(); missing > 0) {
-    wanted = std::min(wanted, missing);
-    bytes_.reserve(bytes_.size() + missing);
+    wanted = std::min(missing, std::max(wanted, heldBytes()));
+    bytes_.reserve(end_ + missing);
   }
-  std::array<char, kReadBytes> block;
-  const ssize_t count = readSome(descriptor, block.data(), wanted);
+  if (bytes_.size() < end_ + wanted) bytes_.resize(end_ + wanted);
+  const ssize_t count = readSome(descriptor, bytes_.data() + end_, wanted);
   if (count <= 0) return State::kEnded;
-  bytes_.append(block.data(), static_cast<std::size_t>(count));
+  end_ += static_cast<std::size_t>(count);
   return State::kOpen;
 }
 
 std::size_t FrameReader::missingBytes() const {
-  const std::string_view rest = std::string_view(bytes_).substr(taken_);
+  const std::string_view rest = held();
   if (rest.size() < sizeof(Header)) return 0;
   return frameBytes(headerOf(rest)) - rest.size();
 }
 
+// Gives up the buffer if the text is all of it and long, so that it is not twice in memory.
+std::string FrameReader::takeText(std::size_t begin, std::size_t bytes) {
+  taken_ = begin + bytes;
+  if (bytes <= kReadBytes || taken_ != end_) return bytes_.substr(begin, bytes);
+  bytes_.resize(end_);
+  bytes_.erase(0, begin);
+  taken_ = end_ = 0;
+  return std::exchange(bytes_, {});
+}
+
 FrameReader::State FrameReader::next(Frame& frame) {
-  const std::string_view rest = std::string_view(bytes_).substr(taken_);
+  const std::string_view rest = held();
   if (rest.size() < sizeof(Header)) return State::kOpen;
   const Header header = headerOf(rest);
   if (!isSound(header)) return State::kMalformed;
@@ -140,6 +153,7 @@ FrameReader::State FrameReader::next(Frame& frame) {
   frame.isOtherText = header.isOtherText != 0;
   frame.outputError = header.outputError;
   frame.index = header.index;
+  frame.sharedBytes = header.sharedBytes;
   std::size_t next = sizeof header;
   const auto take = [rest, &next](std::uint64_t bytes) {
     return rest.substr(std::exchange(next, next + bytes), bytes);
@@ -147,15 +161,7 @@ FrameReader::State FrameReader::next(Frame& frame) {
   frame.message = take(header.messageBytes);
   frame.warnings = take(header.warningBytes);
   frame.omitted = take(header.omittedBytes);
-  const std::size_t textStart = taken_ + openingBytes(header);
-  taken_ = textStart + header.textBytes;
-  if (taken_ == bytes_.size()) {
-    bytes_.erase(0, textStart);
-    frame.text = std::exchange(bytes_, {});
-    taken_ = 0;
-  } else {
-    frame.text = bytes_.substr(textStart, header.textBytes);
-  }
+  frame.text = takeText(taken_ + openingBytes(header), header.textBytes);
   return State::kWhole;
 }
 

@@ -34,6 +34,7 @@ struct Frame {
   std::string warnings;  // a line on what the module wrote to standard error; see CapturedErrors
   std::string omitted;   // a line on what the answer leaves out, or empty
   std::string text;
+  std::uint64_t sharedBytes = 0;  // of a text that is in SharedTexts instead
 };
 
 // Writes the frame with the text in place of its own, which spares those who have a view a copy.
@@ -53,12 +54,16 @@ class FrameReader {
   // bytes that are not a frame.
   State next(Frame& frame);
 
-  std::size_t heldBytes() const { return bytes_.size() - taken_; }
+  std::size_t heldBytes() const { return end_ - taken_; }
   std::size_t missingBytes() const;  // of the frame that has begun, which next found sound
 
  private:
-  std::string bytes_;
-  std::size_t taken_ = 0;  // of bytes_, as frames
+  std::string_view held() const { return std::string_view(bytes_).substr(taken_, heldBytes()); }
+  std::string takeText(std::size_t begin, std::size_t bytes);
+
+  std::string bytes_;      // a buffer: what has come and was not taken lies between these two
+  std::size_t taken_ = 0;  // as frames
+  std::size_t end_ = 0;
 };
 
 }  // namespace host

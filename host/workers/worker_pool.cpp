@@ -295,7 +295,8 @@ void WorkerPool::receiveFrom(Slot& slot) {
     if (state == FrameReader::State::kOpen) break;
     const bool isExpected = state == FrameReader::State::kWhole &&
                             (frame.kind != FrameKind::kFile ||
-                             (!slot.files.empty() && frame.index == slot.files.front()));
+                             (!slot.files.empty() && frame.index == slot.files.front())) &&
+                            takeSharedText(slot, frame);
     if (!isExpected) {
       kill(slot, failureByGarbage());
       return;
@@ -303,6 +304,15 @@ void WorkerPool::receiveFrom(Slot& slot) {
     accept(slot, std::move(frame));
   }
   if (slot.process) renewDeadline(slot);
+}
+
+// Returns false if there cannot be such a text.
+bool WorkerPool::takeSharedText(Slot& slot, Frame& frame) {
+  if (frame.sharedBytes == 0) return true;
+  std::optional<std::string> text = slot.process->texts().take(frame.sharedBytes);
+  if (!text) return false;
+  frame.text = std::move(*text);
+  return true;
 }
 
 void WorkerPool::accept(Slot& slot, Frame frame) {

@@ -97,6 +97,7 @@ class WorkerPool {
   int pollTimeout(const Idle& idle) const;
   bool mayBeRead(const Slot& slot, std::uint64_t wanted) const;
   void receiveFrom(Slot& slot);
+  static bool takeSharedText(Slot& slot, Frame& frame);
   void accept(Slot& slot, Frame frame);
   void acceptFile(Slot& slot, Frame frame);
 

@@ -57,9 +57,7 @@ bool ProcessEnd::isWithStatus(int status) const {
 }
 
 WorkerProcess::WorkerProcess(const WorkerTask& task, std::span<const WorkerProcess* const> siblings)
-    : WorkerProcess([&task](int requests, int results,
-                            CapturedErrors& errors) { work(task, requests, results, errors); },
-                    siblings) {}
+    : WorkerProcess([&task](const WorkerEnds& ends) { work(task, ends); }, siblings) {}
 
 WorkerProcess::WorkerProcess(const WorkerBody& body,
                              std::span<const WorkerProcess* const> siblings) {
@@ -105,9 +103,11 @@ void WorkerProcess::becomeWorker(const WorkerBody& body, pid_t parent, int reque
   endWorkerOnSignals();
   closeOurEnds();
   for (const auto& sibling : siblings) {
-    if (sibling != nullptr) sibling->closeOurEnds();
+    if (sibling == nullptr) continue;
+    sibling->closeOurEnds();
+    sibling->texts_.unmap();
   }
-  body(requestsEnd, resultsEnd, errors_);
+  body({requestsEnd, resultsEnd, errors_, texts_});
   ::_exit(EXIT_FAILURE);
 }
 

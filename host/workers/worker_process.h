@@ -28,9 +28,8 @@ struct ProcessEnd {
   bool isWithStatus(int status) const;
 };
 
-// What a worker runs: it reads requests from the first descriptor, writes frames to the second, and
-// ends its process.
-using WorkerBody = std::function<void(int requests, int results, CapturedErrors& errors)>;
+// What a worker runs: it reads requests, writes frames, and ends its process.
+using WorkerBody = std::function<void(const WorkerEnds&)>;
 
 class WorkerProcess {
  public:
@@ -50,6 +49,7 @@ class WorkerProcess {
 
   int results() const { return results_; }
   CapturedErrors& errors() { return errors_; }
+  SharedTexts& texts() { return texts_; }
   FrameReader& frames() { return frames_; }
   const FrameReader& frames() const { return frames_; }
 
@@ -70,6 +70,7 @@ class WorkerProcess {
   int requests_ = -1;
   int results_ = -1;
   CapturedErrors errors_;
+  SharedTexts texts_;
   FrameReader frames_;
 };
 
