@@ -36,11 +36,13 @@ void RecordText::append(std::string_view text) {
 
 RecordText::Taken RecordText::take() && {
   *reserve(1) = '\0';
-  // Shrink the block to fit; if that fails, the larger one will do.
-  if (char* const fitted = static_cast<char*>(std::realloc(memory_.get(), size_ + 1))) {
+  // Shrink the block, but for some room: in a block that fits exactly, the last record of an equal
+  // answer would have all of it moved. If that fails, the larger one will do.
+  const std::size_t room = std::min(capacity_, size_ + size_ / 16 + 1);
+  if (char* const fitted = static_cast<char*>(std::realloc(memory_.get(), room))) {
     static_cast<void>(memory_.release());
     memory_.reset(fitted);
-    capacity_ = size_ + 1;
+    capacity_ = room;
   }
   size_ = 0;
   return {std::move(memory_), std::exchange(capacity_, 0)};
