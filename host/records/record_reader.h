@@ -52,7 +52,8 @@ class RecordReader {
   const std::string& fault() const { return fault_; }
 
  private:
-  bool take(std::string_view literal);
+  template <std::size_t kSize>
+  bool take(const char (&literal)[kSize]);
   bool takeNumber(std::int32_t& number);
   bool takePlain(std::string_view& text);
   bool takeEscaped(std::string& storage, std::string_view& text);
