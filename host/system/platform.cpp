@@ -22,9 +22,9 @@
 #endif
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <thread>
-#include <vector>
 
 namespace host {
 namespace {
@@ -134,24 +134,37 @@ void extendHeap(std::size_t bytes) {
   constexpr std::size_t kBlockBytes = std::size_t{16} << 20U;
   constexpr std::size_t kMaxBlocks = 3;
   const auto pageBytes = static_cast<std::uintptr_t>(::sysconf(_SC_PAGESIZE));
-  std::vector<void*> blocks;
-  for (; bytes > 0 && blocks.size() < kMaxBlocks; bytes -= std::min(bytes, kBlockBytes)) {
+  // Not a vector: what it takes from the heap would lie behind the blocks.
+  std::array<void*, kMaxBlocks> blocks{};
+  std::size_t count = 0;
+  for (; bytes > 0 && count < kMaxBlocks; bytes -= std::min(bytes, kBlockBytes)) {
     const std::size_t size = std::min(bytes, kBlockBytes);
     void* const block = std::malloc(size);
     if (block == nullptr) break;
-    blocks.push_back(block);
+    blocks[count++] = block;
     const auto begin = reinterpret_cast<std::uintptr_t>(block) / pageBytes * pageBytes;
     const auto end = reinterpret_cast<std::uintptr_t>(block) + size;
     ::madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);
   }
   // From the last on, so that each joins the free end of the heap.
-  for (; !blocks.empty(); blocks.pop_back()) std::free(blocks.back());
+  while (count > 0) std::free(blocks[--count]);
+}
+
+void fetchHeap([[maybe_unused]] std::size_t bytes) {
+#ifdef MADV_POPULATE_WRITE
+  const auto pageBytes = static_cast<std::uintptr_t>(::sysconf(_SC_PAGESIZE));
+  const auto heapEnd = reinterpret_cast<std::uintptr_t>(::sbrk(0));
+  const std::uintptr_t begin = (heapEnd - ::mallinfo2().keepcost) / pageBytes * pageBytes;
+  const std::size_t fetched = std::min<std::size_t>(bytes, heapEnd - begin);
+  ::madvise(reinterpret_cast<void*>(begin), fetched, MADV_POPULATE_WRITE);
+#endif
 }
 
 #else
 
 void keepFreedMemory() {}
 void extendHeap(std::size_t /*bytes*/) {}
+void fetchHeap(std::size_t /*bytes*/) {}
 
 #endif
 

@@ -41,6 +41,10 @@ void keepFreedMemory();
 // happens.
 void extendHeap(std::size_t bytes);
 
+// Fetches that many bytes at the free end of the heap, as far as it has been extended, so that
+// their first use takes no time. Only with glibc, on Linux 5.14 or later.
+void fetchHeap(std::size_t bytes);
+
 // Gives a pipe the largest buffer that an ordinary user may have, where it can be set.
 void widenPipe(int descriptor);
 

@@ -1,9 +1,11 @@
 #include "system/platform.h"
 
+#include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdlib>
 
@@ -41,6 +43,49 @@ int faultsIn(bool isExtended) {
   int state = 0;
   ::waitpid(child, &state, 0);
   return WIFEXITED(state) ? WEXITSTATUS(state) : -1;
+}
+
+bool canFetch() {
+#ifdef MADV_POPULATE_WRITE
+  void* const page = ::mmap(nullptr, 1, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  const bool isDone = ::madvise(page, 1, MADV_POPULATE_WRITE) == 0;
+  ::munmap(page, 1);
+  return isDone;
+#else
+  return false;
+#endif
+}
+
+// The page faults of using sixteen megabytes of an extended heap, in a process of its own, up to 8.
+int faultsBehind(std::size_t fetchedBytes) {
+  constexpr int kMost = 8;
+  const pid_t child = ::fork();
+  if (child == 0) {
+    host::keepFreedMemory();
+    host::extendHeap(3 * kBlocks * kBlockBytes);
+    host::fetchHeap(fetchedBytes);
+    const long before = pageFaults();
+    for (std::size_t i = 0; i < 2 * kBlocks; ++i) {
+      auto* const block = static_cast<volatile char*>(std::malloc(kBlockBytes));
+      for (std::size_t at = 0; at < kBlockBytes; at += 1024) block[at] = 1;
+    }
+    ::_exit(static_cast<int>(std::min<long>(pageFaults() - before, kMost)));
+  }
+  int state = 0;
+  ::waitpid(child, &state, 0);
+  return WIFEXITED(state) ? WEXITSTATUS(state) : -1;
+}
+
+TEST(Platform, FetchesTheFreeEndOfTheHeap) {
+#if defined(__GLIBC__) && !defined(QUORL_TEST_IS_SANITIZED)
+  if (!canFetch()) GTEST_SKIP() << "the system has no such request";
+  // Without large pages four thousand, with them one for each.
+  EXPECT_EQ(faultsBehind(0), 8);
+  // The process may touch a page of its own for the first time.
+  EXPECT_LE(faultsBehind(3 * kBlocks * kBlockBytes), 1);
+#else
+  EXPECT_EQ(faultsBehind(3 * kBlocks * kBlockBytes), 8);
+#endif
 }
 
 // Another C library, and a sanitizer's heap, are not extended.
