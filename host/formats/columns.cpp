@@ -120,8 +120,9 @@ std::string writeColumnsFile(const FileReport& report, const FormatSettings& set
   std::vector<Item> items;
   std::string fault;
   if (report.status == FileStatus::kAnswered) {
-    items = outline::makeOutline(report.source, report.answer, &fault, nullptr,
-                                 [&records](const Record& record) { records.take(record); });
+    items = outline::makeOutline(
+        report.source, report.answer,
+        {.fault = &fault, .onRecord = [&records](const Record& record) { records.take(record); }});
   }
   std::vector<std::size_t> numbers;
   numbers.reserve(items.size());

@@ -271,7 +271,8 @@ class RecordsWriter {
     const auto keep = [&](const Record& record) {
       if (append(text, record)) written.push_back({text.size(), record.nodeId});
     };
-    const Ranges ranges(outline::makeOutline(report.source, report.answer, &fault, nullptr, keep));
+    const Ranges ranges(
+        outline::makeOutline(report.source, report.answer, {.fault = &fault, .onRecord = keep}));
     out_.reserve(out_.size() + text.size() + written.size() * kRangeBytes);
     std::size_t begin = 0;
     for (const auto& [end, record] : written) {

@@ -71,7 +71,8 @@ std::string writeOutlineFile(const FileReport& report, const FormatSettings& set
   if (showUnanswered(report, settings, out)) return {};
   showHeading(report.path, settings, out);
   std::string fault;
-  const std::vector<Item> items = outline::makeOutline(report.source, report.answer, &fault);
+  const std::vector<Item> items =
+      outline::makeOutline(report.source, report.answer, {.fault = &fault});
   const outline::SourceLines lines(report.source);
   for (const ChosenItem& chosen : chooseItems(items, settings, false)) {
     if (settings.depth && chosen.level >= *settings.depth) continue;

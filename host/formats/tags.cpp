@@ -135,7 +135,8 @@ std::string writeCtagsFile(const FileReport& report, const FormatSettings& setti
                            std::string& out) {
   if (report.status != FileStatus::kAnswered) return {};
   std::string fault;
-  const std::vector<Item> items = outline::makeOutline(report.source, report.answer, &fault);
+  const std::vector<Item> items =
+      outline::makeOutline(report.source, report.answer, {.fault = &fault});
   const std::string path = pathFrom(settings.tagsFolder, report.path);
   if (!fitsIntoTags(path)) return kUnfitPath;
   const std::vector<ChosenItem> chosen = chooseTags(items, settings);
@@ -157,7 +158,8 @@ std::string writeEtagsFile(const FileReport& report, const FormatSettings& setti
                            std::string& out) {
   if (report.status != FileStatus::kAnswered) return {};
   std::string fault;
-  const std::vector<Item> items = outline::makeOutline(report.source, report.answer, &fault);
+  const std::vector<Item> items =
+      outline::makeOutline(report.source, report.answer, {.fault = &fault});
   const std::string path = pathFrom(settings.tagsFolder, report.path);
   if (!fitsIntoTags(path)) return kUnfitPath;
   const outline::SourceLines lines(report.source);

@@ -122,8 +122,9 @@ std::string writeFrameFile(const FileReport& report, const FormatSettings& /*set
   std::vector<outline::Item> items;
   std::string fault;
   if (report.status == FileStatus::kAnswered) {
-    items = outline::makeOutline(report.source, report.answer, &fault, nullptr,
-                                 [&records](const Record& record) { records.take(record); });
+    items = outline::makeOutline(
+        report.source, report.answer,
+        {.fault = &fault, .onRecord = [&records](const Record& record) { records.take(record); }});
   }
   const bool isWhole = fault.empty();
   appendFile(out, report, isWhole ? statusWord(report.status) : kUnreadableWord,

@@ -34,8 +34,11 @@ struct FileOutline {
   }
 };
 
+// Whether the item has no entry: it has no name to speak of, and is of one line.
+bool isNoEntry(const outline::Item& item);
+
 // The entries of the items: those that have a name or may be folded. Names are on one line, and cut
-// short if they are long; what has none is called by the text of its line.
+// short if they are long; a symbol that has none is called by the text of its line.
 FileOutline placeItems(const outline::SourceLines& lines, const std::vector<outline::Item>& items,
                        std::vector<outline::CommentLines> comments, Encoding encoding);
 

@@ -181,6 +181,8 @@ std::vector<SymbolRow> symbolRows(const FileOutline& outline, bool withImports) 
   return rows;
 }
 
+bool mayBeSymbol(Kind kind) { return rowOf(kind).shown != Shown::kNever; }
+
 bool isSearched(Kind kind) { return rowOf(kind).isSearched; }
 
 std::uint8_t kindFor(std::uint8_t kind, SymbolKinds known) {

@@ -23,6 +23,9 @@ struct SymbolRow {
 // clients read JSON recursively; what is deeper stands beside its parent.
 std::vector<SymbolRow> symbolRows(const FileOutline& outline, bool withImports);
 
+// Whether an entry of that kind is a symbol for any client.
+bool mayBeSymbol(outline::Kind kind);
+
 // Whether the search over the workspace finds entries of that kind.
 bool isSearched(outline::Kind kind);
 

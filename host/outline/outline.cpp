@@ -21,20 +21,21 @@ namespace host::outline {
 namespace {
 
 std::vector<PlacedItem> outlineScript(ScriptSource& script, RecordReader& records,
-                                      const RecordAction& onRecord,
-                                      std::vector<CommentLines>* comments) {
+                                      const OutlineExtras& extras) {
   SourceLines& lines = script.lines;
   std::vector<PlacedItem> items;
   items.reserve(static_cast<std::size_t>(lines.count()));
   while (const Record* const record = records.next()) {
-    if (onRecord) onRecord(*record);
+    if (extras.onRecord) extras.onRecord(*record);
     if (record->lineNumber <= 0 || wrapsFile(*record)) continue;
     const std::int32_t line =
         script.map.sourceLine(static_cast<std::size_t>(record->lineNumber) - 1);
-    items.push_back(script.items.itemOf(*record, std::min(line, lines.count()), lines));
+    PlacedItem placed = script.items.itemOf(*record, std::min(line, lines.count()), lines);
+    if (extras.isUnwanted != nullptr && extras.isUnwanted(placed.item)) continue;
+    items.push_back(std::move(placed));
   }
   script.items.addOthers(lines, items);
-  if (comments != nullptr) *comments = script.items.comments();
+  if (extras.comments != nullptr) *extras.comments = script.items.comments();
   return items;
 }
 
@@ -105,33 +106,34 @@ std::vector<PlacedItem> outlineOther(std::string_view source, RecordReader& reco
 
 }  // namespace
 
-std::vector<Item> makeOutline(std::string_view source, std::string_view answer, std::string* fault,
-                              std::vector<CommentLines>* comments, const RecordAction& onRecord,
-                              ScriptSource* script) {
+std::vector<Item> makeOutline(std::string_view source, std::string_view answer,
+                              const OutlineExtras& extras) {
   // Positions in scripts are of 32 bits.
   source = source.substr(0, std::numeric_limits<std::uint32_t>::max());
   std::string path;
   const Route route = routeOf(answer, path);
-  if (comments != nullptr && route != Route::kScript) *comments = findComments(source);
+  if (extras.comments != nullptr && route != Route::kScript) {
+    *extras.comments = findComments(source);
+  }
   // The items of a script take no texts from its records.
-  const bool needsTexts = route != Route::kScript || onRecord;
+  const bool needsTexts = route != Route::kScript || extras.onRecord;
   RecordReader records(answer, needsTexts ? RecordTexts::kPlain : RecordTexts::kEscaped);
   std::vector<PlacedItem> items;
   switch (route) {
     case Route::kScript: {
       std::optional<ScriptSource> own;
-      if (script == nullptr) script = &own.emplace(source, path);
-      items = outlineScript(*script, records, onRecord, comments);
+      ScriptSource& script = extras.script != nullptr ? *extras.script : own.emplace(source, path);
+      items = outlineScript(script, records, extras);
       break;
     }
     case Route::kPage:
-      items = outlinePage(source, records, onRecord);
+      items = outlinePage(source, records, extras.onRecord);
       break;
     case Route::kOther:
-      items = outlineOther(source, records, onRecord);
+      items = outlineOther(source, records, extras.onRecord);
       break;
   }
-  if (fault != nullptr) *fault = records.fault();
+  if (extras.fault != nullptr) *extras.fault = records.fault();
   return nest(std::move(items));
 }
 

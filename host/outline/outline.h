@@ -25,16 +25,24 @@
 
 namespace host::outline {
 
+// What else a caller of makeOutline may want. Null stands for nothing.
+struct OutlineExtras {
+  // Gets one line on a fault in the answer.
+  std::string* fault = nullptr;
+  // Gets the comments of several lines that begin their lines.
+  std::vector<CommentLines>* comments = nullptr;
+  // Called with each record in turn, so that nobody has to read the answer once more.
+  RecordAction onRecord = nullptr;
+  // A script's source, read before for the same path. It is used up.
+  ScriptSource* script = nullptr;
+  // Which items of a script's records to leave out. They have to be of one line.
+  bool (*isUnwanted)(const Item&) = nullptr;
+};
+
 // Items in the order of their first lines, each behind the item that contains it. The answer is the
-// module's for these bytes; records behind a fault in it are left out. Unless they are null, fault
-// gets one line on that fault, comments the comments of several lines that begin their lines, and
-// onRecord is called with each record in turn, so that nobody has to read the answer once more. A
-// script's source may have been read before, for the same path; makeOutline uses script up. The
-// work grows linearly with the two texts.
+// module's for these bytes; records behind a fault in it are left out. The work grows linearly with
+// the two texts.
 std::vector<Item> makeOutline(std::string_view source, std::string_view answer,
-                              std::string* fault = nullptr,
-                              std::vector<CommentLines>* comments = nullptr,
-                              const RecordAction& onRecord = nullptr,
-                              ScriptSource* script = nullptr);
+                              const OutlineExtras& extras = {});
 
 }  // namespace host::outline

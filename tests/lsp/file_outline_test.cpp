@@ -61,7 +61,16 @@ TEST(FileOutline, KeepsWhatIsShownOrFolded) {
                                                          {Kind::kLogic, "", 1, 4},
                                                          {Kind::kCallback, "", 2, 2, 1},
                                                          {Kind::kVariable, "c", 3, 3, 2}});
-  EXPECT_EQ(entriesOf(outline), (Texts{"a 0:0-3:1 0:0-0:1 -1", "c 2:0-2:1 2:0-2:1 0"}));
+  EXPECT_EQ(entriesOf(outline), (Texts{" 0:0-3:1 0:0-3:1 -1", "c 2:0-2:1 2:0-2:1 0"}));
+}
+
+TEST(FileOutline, NamesOnlyWhatMayBeASymbol) {
+  EXPECT_EQ(entriesOf(outlineOf("if (a)\n  b()\n", {{Kind::kLoop, "", 1, 2},
+                                                    {Kind::kStatement, "", 1, 2},
+                                                    {Kind::kCallback, "", 1, 2},
+                                                    {Kind::kScript, "s", 1, 2}})),
+            (Texts{" 0:0-1:5 0:0-1:5 -1", " 0:0-1:5 0:0-1:5 -1", "if (a) 0:0-1:5 0:0-0:6 -1",
+                   "s 0:0-1:5 0:0-0:6 -1"}));
 }
 
 TEST(FileOutline, PutsLinesBeyondTheTextIntoIt) {

@@ -169,11 +169,23 @@ TEST(Outline, IsTheSameForASourceReadAhead) {
     const Outlined outlined = outlineOf(name, text);
     host::outline::ScriptSource source(text, name);
     std::vector<host::outline::CommentLines> comments;
-    EXPECT_EQ(written(host::outline::makeOutline(text, outlined.answer, nullptr, &comments, nullptr,
-                                                 &source)),
+    EXPECT_EQ(written(host::outline::makeOutline(text, outlined.answer,
+                                                 {.comments = &comments, .script = &source})),
               written(outlined.items));
     EXPECT_EQ(comments, (std::vector<host::outline::CommentLines>{{1, 2}}));
   }
+}
+
+TEST(Outline, LeavesOutLinesThatAreNotWanted) {
+  const std::string_view text = "a();\nfunction f() {\n  b();\n  if (c) {\n    d();\n  }\n}\n";
+  const Outlined outlined = outlineOf("a.js", text);
+  const auto isOneStatement = [](const Item& item) {
+    return item.kind == host::outline::Kind::kStatement && item.firstLine == item.lastLine;
+  };
+  EXPECT_EQ(
+      written(host::outline::makeOutline(text, outlined.answer, {.isUnwanted = isOneStatement})),
+      "2-7 function f #4\n"
+      "  4-6 logic #6\n");
 }
 
 TEST(Outline, RoutesByName) {
