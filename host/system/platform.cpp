@@ -124,7 +124,7 @@ void keepFreedMemory() {
   // glibc raises its own limits as far, but drops below them at times.
   constexpr int kBlockBytes = 32 << 20;
   ::mallopt(M_MMAP_THRESHOLD, kBlockBytes);
-  ::mallopt(M_TRIM_THRESHOLD, 2 * kBlockBytes);
+  ::mallopt(M_TRIM_THRESHOLD, 4 * kBlockBytes);
   // A second thread has a heap of its own, or one would often wait for the other.
   ::mallopt(M_ARENA_MAX, 2);
 }
@@ -132,7 +132,7 @@ void keepFreedMemory() {
 void extendHeap(std::size_t bytes) {
   // Each below the size that the C library maps by itself, all below that which it gives back.
   constexpr std::size_t kBlockBytes = std::size_t{16} << 20U;
-  constexpr std::size_t kMaxBlocks = 3;
+  constexpr std::size_t kMaxBlocks = 7;
   const auto pageBytes = static_cast<std::uintptr_t>(::sysconf(_SC_PAGESIZE));
   // Not a vector: what it takes from the heap would lie behind the blocks.
   std::array<void*, kMaxBlocks> blocks{};

@@ -36,7 +36,7 @@ void limitMemory(std::uint64_t bytes);
 // take none but huge blocks from the system one by one. Only with glibc.
 void keepFreedMemory();
 
-// Extends the heap by that many bytes, at most 48 MB, and asks the system for large pages there,
+// Extends the heap by that many bytes, at most 112 MB, and asks the system for large pages there,
 // each of which is fetched at once when it is first used. After keepFreedMemory; without it nothing
 // happens.
 void extendHeap(std::size_t bytes);
