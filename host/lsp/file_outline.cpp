@@ -240,7 +240,7 @@ bool isSound(const FileOutline& outline, std::size_t index) {
 
 }  // namespace
 
-bool isNoEntry(const Item& item) {
+bool hasNoEntry(const Item& item) {
   const bool mayBeShown = item.kind != Kind::kLogic && item.kind != Kind::kLoop &&
                           item.kind != Kind::kStatement && item.kind != Kind::kCallback;
   return !mayBeShown && item.lastLine <= item.firstLine;
@@ -256,7 +256,7 @@ FileOutline placeItems(const outline::SourceLines& lines, const std::vector<Item
         items[i].parent < 0 ? -1 : kept[static_cast<std::size_t>(items[i].parent)];
     kept[i] = above;
     placement.noteImport(items[i]);
-    if (isNoEntry(items[i])) continue;
+    if (hasNoEntry(items[i])) continue;
     placement.add(items[i], above);
     kept[i] = count++;
   }

@@ -20,7 +20,7 @@ struct OutlineEntry {
   std::uint32_t nameOffset = 0;  // in FileOutline::names
   std::uint32_t nameBytes = 0;
   Range range;      // from the first text of its first line to the end of its last line
-  Range selection;  // its name, or else the text of its first line
+  Range selection;  // its name, or else the text of its first line; of what is no symbol its range
 };
 
 struct FileOutline {
@@ -34,8 +34,8 @@ struct FileOutline {
   }
 };
 
-// Whether the item has no entry: it has no name to speak of, and is of one line.
-bool isNoEntry(const outline::Item& item);
+// Whether the item has no entry: one of a kind without a name that matters, on one line.
+bool hasNoEntry(const outline::Item& item);
 
 // The entries of the items: those that have a name or may be folded. Names are on one line, and cut
 // short if they are long; a symbol that has none is called by the text of its line.

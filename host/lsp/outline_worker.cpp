@@ -1,6 +1,7 @@
 #include "lsp/outline_worker.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -71,6 +72,11 @@ std::optional<Request> readRequest(int descriptor) {
   return request;
 }
 
+bool isReadable(int descriptor) {
+  pollfd end{descriptor, POLLIN, 0};
+  return ::poll(&end, 1, 0) > 0;
+}
+
 // The module writes to standard output, and may write to standard error; neither is the client's
 // affair.
 void leadNowhere() {
@@ -87,7 +93,6 @@ class Worker {
   Worker(const OutlineTask& task, int results)
       : task_(task), results_(results), plugin_(task.plugin) {
     if (task.isUrgent) extendHeap(kHeapAhead);
-    prepareMemory();
   }
 
   void answer(const Request& request) {
@@ -98,7 +103,7 @@ class Worker {
     }
   }
 
-  // While nobody waits for an answer.
+  // Before the next request.
   void prepareMemory() const {
     if (task_.isUrgent) fetchHeap(kHeapFetched);
   }
@@ -135,7 +140,7 @@ class Worker {
     outline::ScriptSource* const script = source->script.get();
     std::vector<outline::CommentLines> comments;
     const std::vector<outline::Item> items = outline::makeOutline(
-        source->text, answer, {.comments = &comments, .script = script, .isUnwanted = isNoEntry});
+        source->text, answer, {.comments = &comments, .script = script, .isUnwanted = hasNoEntry});
     std::optional<outline::SourceLines> lines;
     if (script == nullptr) lines.emplace(source->text);
     return outlineBytes(placeItems(script != nullptr ? script->lines : *lines, items,
@@ -198,10 +203,11 @@ std::unique_ptr<Worker> load(const OutlineTask& task, int results) {
 [[noreturn]] void answerRequests(const OutlineTask& task, int requests, int results) {
   const std::unique_ptr<Worker> worker = load(task, results);
   if (writeFrame(results, Frame{}, {}) != 0) ::_exit(EXIT_FAILURE);
-  while (const std::optional<Request> request = readRequest(requests)) {
+  while (!worker->isWornOut()) {
+    if (!isReadable(requests)) worker->prepareMemory();
+    const std::optional<Request> request = readRequest(requests);
+    if (!request) break;
     worker->answer(*request);
-    if (worker->isWornOut()) break;
-    worker->prepareMemory();
   }
   ::_exit(EXIT_SUCCESS);
 }

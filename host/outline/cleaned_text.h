@@ -6,8 +6,10 @@
 // too: which tags there are depends on what was taken for a comment.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,13 +22,15 @@ class LineMap {
   LineMap() = default;
   explicit LineMap(std::vector<std::int32_t> lines) : lines_(std::move(lines)) {}
 
-  // The index counts from 0; beyond the last line it is that of the last.
+  // The index counts from 0. Beyond the last line it is that of the last, or none that there is.
   std::int32_t sourceLine(std::size_t index) const {
-    if (lines_.empty()) return static_cast<std::int32_t>(index) + 1;
+    if (lines_.empty()) return static_cast<std::int32_t>(std::min(index, kMaxIndex)) + 1;
     return index < lines_.size() ? lines_[index] : lines_.back();
   }
 
  private:
+  static constexpr std::size_t kMaxIndex = std::numeric_limits<std::int32_t>::max() - 1;
+
   std::vector<std::int32_t> lines_;
 };
 

@@ -25,14 +25,21 @@ std::vector<PlacedItem> outlineScript(ScriptSource& script, RecordReader& record
   SourceLines& lines = script.lines;
   std::vector<PlacedItem> items;
   items.reserve(static_cast<std::size_t>(lines.count()));
+  std::optional<PlacedItem> unwanted;
   while (const Record* const record = records.next()) {
     if (extras.onRecord) extras.onRecord(*record);
     if (record->lineNumber <= 0 || wrapsFile(*record)) continue;
     const std::int32_t line =
         script.map.sourceLine(static_cast<std::size_t>(record->lineNumber) - 1);
     PlacedItem placed = script.items.itemOf(*record, std::min(line, lines.count()), lines);
-    if (extras.isUnwanted != nullptr && extras.isUnwanted(placed.item)) continue;
-    items.push_back(std::move(placed));
+    // It may contain others of its line.
+    if (unwanted && unwanted->item.firstLine == line) items.push_back(std::move(*unwanted));
+    unwanted.reset();
+    if (extras.isUnwanted != nullptr && extras.isUnwanted(placed.item)) {
+      unwanted = std::move(placed);
+    } else {
+      items.push_back(std::move(placed));
+    }
   }
   script.items.addOthers(lines, items);
   if (extras.comments != nullptr) *extras.comments = script.items.comments();

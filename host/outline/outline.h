@@ -35,7 +35,8 @@ struct OutlineExtras {
   RecordAction onRecord = nullptr;
   // A script's source, read before for the same path. It is used up.
   ScriptSource* script = nullptr;
-  // Which items of a script's records to leave out. They have to be of one line.
+  // Which items of a script's records may be left out. They have to be of one line, and stay if
+  // other records of that line follow.
   bool (*isUnwanted)(const Item&) = nullptr;
 };
 

@@ -121,7 +121,7 @@ void limitMemory(std::uint64_t bytes) {
 #ifdef __GLIBC__
 
 void keepFreedMemory() {
-  // glibc raises its own limits as far, but drops below them at times.
+  // The first is as far as glibc raises it by itself, from which it drops at times.
   constexpr int kBlockBytes = 32 << 20;
   ::mallopt(M_MMAP_THRESHOLD, kBlockBytes);
   ::mallopt(M_TRIM_THRESHOLD, 4 * kBlockBytes);

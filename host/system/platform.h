@@ -32,8 +32,8 @@ std::uint64_t peakMemory();
 // a build for AddressSanitizer, which reserves more than any limit, sets none.
 void limitMemory(std::uint64_t bytes);
 
-// Has the C library keep what is freed for later, in one heap and another for further threads, and
-// take none but huge blocks from the system one by one. Only with glibc.
+// Has the C library keep what is freed for later, up to 128 MB, in one heap and another for further
+// threads, and take none but huge blocks from the system one by one. Only with glibc.
 void keepFreedMemory();
 
 // Extends the heap by that many bytes, at most 112 MB, and asks the system for large pages there,

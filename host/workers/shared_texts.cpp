@@ -9,6 +9,9 @@
 
 namespace host {
 
+// A lock would be one in each process.
+static_assert(std::atomic<std::uint64_t>::is_always_lock_free);
+
 struct SharedTexts::Ring {
   std::atomic<std::uint64_t> taken = 0;
   std::array<char, kMostBytes> bytes;
@@ -33,7 +36,8 @@ void SharedTexts::unmap() const {
 bool SharedTexts::put(std::string_view text) {
   if (ring_ == nullptr) return false;
   const std::uint64_t waiting = put_ - ring_->taken.load(std::memory_order_acquire);
-  if (text.size() > kMostBytes - waiting) return false;
+  // A module that writes where it must not may have changed the number.
+  if (waiting > kMostBytes || text.size() > kMostBytes - waiting) return false;
   const std::size_t first = Ring::inOnePiece(put_, text.size());
   text.copy(ring_->at(put_), first);
   text.substr(first).copy(ring_->at(0), text.size() - first);

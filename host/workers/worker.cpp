@@ -129,7 +129,7 @@ class FileState {
 };
 
 // The first so many bytes of the file, or as many as there are. A file that changes while it is
-// read is noticed by its state, which after becomes once they are read.
+// read is noticed by its state afterwards, which after gets.
 std::string bytesOf(const std::string& path, std::uint64_t size, std::optional<FileState>& after) {
   std::string bytes;
   const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);

@@ -61,9 +61,9 @@ class FrameReader {
   std::string_view held() const { return std::string_view(bytes_).substr(taken_, heldBytes()); }
   std::string takeText(std::size_t begin, std::size_t bytes);
 
-  std::string bytes_;      // a buffer: what has come and was not taken lies between these two
-  std::size_t taken_ = 0;  // as frames
-  std::size_t end_ = 0;
+  std::string bytes_;      // a buffer
+  std::size_t taken_ = 0;  // of it, as frames
+  std::size_t end_ = 0;    // of what has come
 };
 
 }  // namespace host

@@ -45,7 +45,7 @@ int faultsIn(bool isExtended) {
   return WIFEXITED(state) ? WEXITSTATUS(state) : -1;
 }
 
-bool canFetch() {
+[[maybe_unused]] bool canFetch() {
 #ifdef MADV_POPULATE_WRITE
   void* const page = ::mmap(nullptr, 1, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
   const bool isDone = ::madvise(page, 1, MADV_POPULATE_WRITE) == 0;

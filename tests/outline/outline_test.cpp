@@ -188,6 +188,20 @@ TEST(Outline, LeavesOutLinesThatAreNotWanted) {
       "  4-6 logic #6\n");
 }
 
+TEST(Outline, KeepsLinesThatAreNotWantedAroundOthers) {
+  const std::string_view text = "a(); b();\nc();\n";
+  std::string answer = outlineOf("a.js", text).answer;
+  answer.replace(answer.find("\"lineNumber\": 2,"), 15, "\"lineNumber\": 1");
+  const auto isOneStatement = [](const Item& item) {
+    return item.kind == host::outline::Kind::kStatement && item.firstLine == item.lastLine;
+  };
+  EXPECT_EQ(written(host::outline::makeOutline(text, answer)),
+            "1-1 statement #3\n"
+            "  1-1 statement #4\n");
+  EXPECT_EQ(written(host::outline::makeOutline(text, answer, {.isUnwanted = isOneStatement})),
+            "1-1 statement #3\n");
+}
+
 TEST(Outline, RoutesByName) {
   using host::outline::Route;
   using host::outline::routeOfName;
