@@ -142,9 +142,8 @@ void extendHeap(std::size_t bytes) {
     void* const block = std::malloc(size);
     if (block == nullptr) break;
     blocks[count++] = block;
-    const auto begin = reinterpret_cast<std::uintptr_t>(block) / pageBytes * pageBytes;
-    const auto end = reinterpret_cast<std::uintptr_t>(block) + size;
-    ::madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);
+    const std::uintptr_t before = reinterpret_cast<std::uintptr_t>(block) % pageBytes;
+    ::madvise(static_cast<char*>(block) - before, before + size, MADV_HUGEPAGE);
   }
   // From the last on, so that each joins the free end of the heap.
   while (count > 0) std::free(blocks[--count]);
@@ -153,10 +152,10 @@ void extendHeap(std::size_t bytes) {
 void fetchHeap([[maybe_unused]] std::size_t bytes) {
 #ifdef MADV_POPULATE_WRITE
   const auto pageBytes = static_cast<std::uintptr_t>(::sysconf(_SC_PAGESIZE));
-  const auto heapEnd = reinterpret_cast<std::uintptr_t>(::sbrk(0));
-  const std::uintptr_t begin = (heapEnd - ::mallinfo2().keepcost) / pageBytes * pageBytes;
-  const std::size_t fetched = std::min<std::size_t>(bytes, heapEnd - begin);
-  ::madvise(reinterpret_cast<void*>(begin), fetched, MADV_POPULATE_WRITE);
+  const std::size_t freeBytes = ::mallinfo2().keepcost;
+  char* const begin = static_cast<char*>(::sbrk(0)) - freeBytes;
+  const std::uintptr_t before = reinterpret_cast<std::uintptr_t>(begin) % pageBytes;
+  ::madvise(begin - before, before + std::min(bytes, freeBytes), MADV_POPULATE_WRITE);
 #endif
 }
 

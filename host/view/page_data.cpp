@@ -73,7 +73,7 @@ void appendNumberBytes(std::string& out, Number number) {
 }
 
 template <typename Number>
-constexpr std::string_view kTypeName = "";
+constexpr std::string_view kTypeName{};
 template <>
 constexpr std::string_view kTypeName<std::uint8_t> = "u8";
 template <>

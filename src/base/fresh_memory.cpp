@@ -5,16 +5,17 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <functional>
 
 namespace base {
 
 #ifdef MADV_HUGEPAGE
 
 void preferLargePages(void* block, std::size_t bytes) noexcept {
-  const auto page = static_cast<std::uintptr_t>(::sysconf(_SC_PAGESIZE));
-  const std::uintptr_t begin = (reinterpret_cast<std::uintptr_t>(block) + page - 1) / page * page;
-  const std::uintptr_t end = (reinterpret_cast<std::uintptr_t>(block) + bytes) / page * page;
-  if (begin < end) ::madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);
+  const auto page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+  const std::size_t skipped = (page - reinterpret_cast<std::uintptr_t>(block) % page) % page;
+  if (skipped >= bytes) return;
+  ::madvise(static_cast<char*>(block) + skipped, (bytes - skipped) / page * page, MADV_HUGEPAGE);
 }
 
 #else
@@ -26,24 +27,23 @@ void preferLargePages(void*, std::size_t) noexcept {}
 #ifdef MADV_POPULATE_WRITE
 
 // A host may have freed much more at the heap's end than a run takes.
-constexpr std::uintptr_t kMostFetched = std::uintptr_t{256} << 10U;
+constexpr std::ptrdiff_t kMostFetched = std::ptrdiff_t{256} << 10U;
 
-void fetchHeapBehind(const void* block) noexcept {
-  static std::uintptr_t fetchedEnd = 0;
-  const auto here = reinterpret_cast<std::uintptr_t>(block);
-  if (here < fetchedEnd) return;
-  const auto heapEnd = reinterpret_cast<std::uintptr_t>(::sbrk(0));
-  if (here >= heapEnd) return;  // another thread's heap
+void fetchHeapBehind(void* block) noexcept {
+  static const char* fetchedEnd = nullptr;
+  if (std::less<>{}(block, fetchedEnd)) return;
+  char* const heapEnd = static_cast<char*>(::sbrk(0));
+  if (!std::less<>{}(block, heapEnd)) return;  // another thread's heap
   static const auto page = static_cast<std::uintptr_t>(::sysconf(_SC_PAGESIZE));
-  const std::uintptr_t begin = here / page * page;
-  const std::uintptr_t end = std::min(heapEnd, begin + kMostFetched);
-  ::madvise(reinterpret_cast<void*>(begin), end - begin, MADV_POPULATE_WRITE);
-  fetchedEnd = end;
+  char* const begin = static_cast<char*>(block) - reinterpret_cast<std::uintptr_t>(block) % page;
+  const std::ptrdiff_t fetched = std::min(heapEnd - begin, kMostFetched);
+  ::madvise(begin, static_cast<std::size_t>(fetched), MADV_POPULATE_WRITE);
+  fetchedEnd = begin + fetched;
 }
 
 #else
 
-void fetchHeapBehind(const void*) noexcept {}
+void fetchHeapBehind(void*) noexcept {}
 
 #endif
 

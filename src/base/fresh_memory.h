@@ -12,6 +12,6 @@ void preferLargePages(void* block, std::size_t bytes) noexcept;
 
 // Fetches the pages from a new block on the heap up to the heap's end, at most 256 KB, at once, if
 // they have not been fetched yet. The C library extends the heap by some 130 KB at a time.
-void fetchHeapBehind(const void* block) noexcept;
+void fetchHeapBehind(void* block) noexcept;
 
 }  // namespace base
