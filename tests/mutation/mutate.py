@@ -12,9 +12,10 @@ against the true source compiled in the same way: linked with other objects that
 sanitizers, that may be slower or complain by itself.
 
 Standard output gets each mutant that is not killed, and a table. Mutants that no test can kill are
-explained in explained.txt; they count as survivors in the share of those killed. The status is 0
-if every survivor is explained, each explanation stands for one place, and none of a mutant that was
-killed.
+explained in explained.txt; they count as survivors in the share of those killed. For one that is
+explained and killed all the same, the table is followed by what the tests printed last. The status
+is 0 if every survivor is explained, each explanation stands for one place, and none of a mutant
+that was killed.
 """
 import collections
 import concurrent.futures
@@ -45,6 +46,7 @@ COMPILE_SECONDS = 1800  # by the clock, on a machine that does much else
 LONGEST_SECONDS = 3600  # of the tests with the true sources
 LONGEST_WAIT = 600  # in which a program that is not stuck uses a second of the processor
 POLL_SECONDS = 0.2
+LAST_BYTES = 2000  # of a program's output, to tell what killed an explained mutant
 PLAIN, SANITIZED = [], ["-fsanitize=address,undefined", "-fno-sanitize-recover=all"]
 # Of the objects only the mutant's know of sanitizers: the others do not tell how full a vector is.
 SANITIZER_OPTIONS = "detect_leaks=0:allocator_may_return_null=1:detect_container_overflow=0"
@@ -127,6 +129,13 @@ def processor_seconds(pid):
     return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
 
 
+def last_words(program, flags, folder):
+    """The end of what a program printed, but for the tests that it left out after the failure."""
+    texts = [(folder / name).read_text(errors="replace") for name in ("log", "errors")]
+    ends = [re.sub(r"^\[  SKIPPED \].*\n", "", text, flags=re.M)[-LAST_BYTES:] for text in texts]
+    return " ".join([program.name] + flags) + "\n" + "\n".join(ends)
+
+
 class Step:
     """What happened since a program printed something."""
 
@@ -177,13 +186,12 @@ class Runner:
         scratch = folder / "scratch"
         scratch.mkdir(exist_ok=True)
         log = folder / "log"
-        with log.open("wb") as output:
+        with log.open("wb") as output, (folder / "errors").open("wb") as errors:
             process = subprocess.Popen(
                 [str(folder / program.name), "--gtest_fail_fast"] + arguments, cwd=scratch,
                 env=dict(os.environ, TMPDIR=str(scratch), TEST_TMPDIR=str(scratch) + "/",
                          ASAN_OPTIONS=SANITIZER_OPTIONS),
-                stdin=subprocess.DEVNULL, stdout=output, stderr=subprocess.DEVNULL,
-                preexec_fn=limit)
+                stdin=subprocess.DEVNULL, stdout=output, stderr=errors, preexec_fn=limit)
         step = Step()
         while os.waitid(os.P_PID, process.pid, os.WEXITED | os.WNOHANG | os.WNOWAIT) is None:
             time.sleep(POLL_SECONDS)
@@ -240,6 +248,7 @@ class Runner:
                    for each in ours)
 
     def outcome(self, mutant, folder):
+        """What became of a mutant, and what the tests that killed it printed last."""
         folder.mkdir()
         source = self.project.sources[mutant.path]
         overlay = folder / mutant.path
@@ -251,15 +260,15 @@ class Runner:
             replaced = {}
             for program in self.project.programs:
                 if not self.replace(program, mutant.path, flags, folder, replaced):
-                    return BROKEN
+                    return BROKEN, ""
                 if not flags and not self.differs(replaced):
                     continue
                 self.link(program, flags, replaced, mutant.path, folder)
                 if not self.run(program, flags, folder, self.limits[program.name, path])[0]:
-                    return KILLED
+                    return KILLED, last_words(program, flags, folder)
             if not flags and not self.differs(replaced):
-                return SAME_CODE
-        return SURVIVED
+                return SAME_CODE, ""
+        return SURVIVED, ""
 
 
 def name_of(mutant):
@@ -315,7 +324,7 @@ def main():
             finally:
                 shutil.rmtree(folder, ignore_errors=True)
         with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
-            for mutant, outcome in zip(chosen, pool.map(run, range(len(chosen)))):
+            for mutant, (outcome, last) in zip(chosen, pool.map(run, range(len(chosen)))):
                 where, after = places.key_of(mutant)
                 reason = explained.get((where, after))
                 if outcome == SURVIVED and reason:
@@ -326,10 +335,10 @@ def main():
                           (name_of(mutant), outcome, mutant.function, where.line, after))
                     print("    " + reason + "\n" if reason else "", flush=True)
                 if outcome == KILLED and reason:
-                    stale.append((name_of(mutant), where.line, after))
+                    stale.append((name_of(mutant), where.line, after, last))
     totals = print_table(results)
     for key in stale:
-        print("explained.txt: this mutant was killed: %s\n    %s\n    %s" % key)
+        print("explained.txt: this mutant was killed: %s\n    %s\n    %s\nby %s" % key)
     could_be_killed = totals[KILLED] + totals[SURVIVED] + totals[EXPLAINED]
     share = totals[KILLED] / max(could_be_killed, 1)
     print("\n%d of %d mutants in %d s: %.1f %% of %d killed" %

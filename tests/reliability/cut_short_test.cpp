@@ -22,11 +22,8 @@ int lastLineOf(std::string_view text) {
 
 class CutShort : public testing::Test {
  protected:
-  CutShort() { std::filesystem::current_path(folder_.path(".")); }
-  ~CutShort() override { std::filesystem::current_path(before_); }
-
-  const std::filesystem::path before_ = std::filesystem::current_path();
   const support::TempDir folder_;
+  const support::WorkingDirectory here_{folder_.path(".")};
 };
 
 TEST_F(CutShort, EveryCaseAtEveryByte) {

@@ -42,4 +42,19 @@ class TempDir {
   std::string root_;
 };
 
+// While alive, relative paths begin at that directory. Block sizes do not depend then on where the
+// machine has its temporary files.
+class WorkingDirectory {
+ public:
+  explicit WorkingDirectory(const std::filesystem::path& directory) {
+    std::filesystem::current_path(directory);
+  }
+  WorkingDirectory(const WorkingDirectory&) = delete;
+  WorkingDirectory& operator=(const WorkingDirectory&) = delete;
+  ~WorkingDirectory() { std::filesystem::current_path(before_); }
+
+ private:
+  const std::filesystem::path before_ = std::filesystem::current_path();
+};
+
 }  // namespace support

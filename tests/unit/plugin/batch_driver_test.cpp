@@ -340,13 +340,14 @@ TEST(ProcessSingleFile, ResetsTheCountersOnEveryOutcome) {
 
 TEST(ProcessSingleFile, ReportsAFailedRun) {
   const TempDir root;
-  const std::string path = root.write("a.js", "a();\n");
+  const support::WorkingDirectory here(root.path("."));
+  const std::string path = "a.js";
+  root.write(path, "a();\n");
   const LeftOvers leftOvers;
-  std::string printed;
-  {
+  const std::string printed = support::stdoutOf([&] {
     const support::FailingNew failing(sizeof(ObjectBranch));
-    printed = processPrinted(path);
-  }
+    ProcessSingleFile(path, "");
+  });
   EXPECT_EQ(printed, banner(path) + "Exception while processing " + path +
                          ": Memory allocation failed for ObjectBranch\n");
   EXPECT_EQ(AllBranches.size(), 1u) << "a failure clears nothing";
@@ -358,18 +359,21 @@ TEST(ProcessSingleFile, ReportsAFailedRun) {
 // name, and no other block of a run has that size. (Other libraries round sizes up.)
 TEST(ProcessSingleFile, KeepsTheTreeOfAFailedRun) {
   const TempDir root;
+  const support::WorkingDirectory here(root.path("."));
   const std::string name = std::string(150, 'n') + ".js";
-  const std::string path = root.write(name, "a();\n");
+  const std::string path = "./" + name;
+  root.write(name, "a();\n");
   const LeftOvers leftOvers;
-  std::string processed;
-  std::string parsed;
-  std::string answer;
-  {
+  const std::string processed = support::stdoutOf([&] {
     const support::FailingNew failing(name.size() + 1);
-    processed = processPrinted(path);
-    EXPECT_EQ(AllBranches.size(), 1u);
-    parsed = support::stdoutOf([&] { answer = ParseJS(path.c_str(), nullptr); });
-  }
+    ProcessSingleFile(path, "");
+  });
+  EXPECT_EQ(AllBranches.size(), 1u);
+  std::string answer;
+  const std::string parsed = support::stdoutOf([&] {
+    const support::FailingNew failing(name.size() + 1);
+    answer = ParseJS(path.c_str(), nullptr);
+  });
   EXPECT_EQ(processed, banner(path) + "Exception while processing " + path + ": std::bad_alloc\n");
   EXPECT_EQ(parsed, kCleanup) << "ParseJS cuts the tree off";
   EXPECT_EQ(answer, "[{\"error\": \"Parser exception: std::bad_alloc\"}]");

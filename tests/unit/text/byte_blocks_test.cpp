@@ -31,6 +31,15 @@ TEST(ByteBlocks, FindAByteAtAnyPosition) {
   }
 }
 
+// What a text shorter than a block is filled up with must not send plain texts the slow way.
+TEST(ByteBlocks, HoldNoControlByteBehindAShortText) {
+  const auto isControl = [](Bytes bytes) { return bytes.areBelow(0x20); };
+  for (std::size_t size = 0; size <= kMaxBytes; ++size) {
+    EXPECT_FALSE(text::holdsByte(std::string(size, ' '), isControl)) << size;
+    EXPECT_TRUE(text::holdsByte(std::string(size, ' ') + '\x1F', isControl)) << size;
+  }
+}
+
 TEST(ByteBlocks, NameTheFirstByteThatIsSet) {
   const auto firstQuote = [](const std::string& text) {
     return text::firstSet(Bytes(text.data()).are('"'));
