@@ -1,9 +1,13 @@
 # Makes up to six source files of a folder one compile unit. What the templates of the standard library
 # and of GoogleTest expand to takes longer to compile than most files do by themselves. Six are few
-# enough that a change is not a long wait.
+# enough that a change is not a long wait. The mutation check, which replaces the objects of single
+# files, turns it off.
 #
 #   compile_together(TARGET [EXCEPT REGEX])
 function(compile_together target)
+  if(NOT QUORL_COMPILE_TOGETHER)
+    return()
+  endif()
   cmake_parse_arguments(PARSE_ARGV 1 arg "" EXCEPT "")
   set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_MODE GROUP)
   get_target_property(sources ${target} SOURCES)

@@ -76,6 +76,8 @@ class Project:
             command = shlex.split(entry["command"])
             path = command[command.index("-o") + 1]
             self.objects.append(Object(path, os.path.relpath(entry["file"], root), command))
+        for folder in FOLDERS:  # else the tests of a header would keep the true one
+            assert any(each.source.startswith("tests/unit/%s/" % folder) for each in self.objects)
         in_process = ["--gtest_filter=*InProcess*"]
         # Comparisons with plain readings take minutes under sanitizers, and tell nothing more.
         no_comparisons = ["--gtest_filter=-*PlainReading*"]
