@@ -42,6 +42,7 @@ void ScriptItems::addOthers(SourceLines& lines, std::vector<PlacedItem>& items) 
     if (choice.definition < 0 || choice.isTaken) continue;
     const auto number = static_cast<std::size_t>(choice.definition);
     const Definition& definition = structure_.definitions[number];
+    if (definition.nameBegin == definition.nameEnd) continue;  // nothing to show or to find it by
     if (lines.text(definition.firstLine).size() > kMaxLineBytes) continue;
     PlacedItem placed;
     describe(definition, placed.item, lines);

@@ -24,7 +24,7 @@ class ScriptItems {
 
   const std::vector<CommentLines>& comments() const { return structure_.comments; }
 
-  // Adds the definitions on lines that no record has asked for, but for lines that the module
+  // Adds the named definitions on lines that no record has asked for, but for lines that the module
   // leaves out.
   void addOthers(SourceLines& lines, std::vector<PlacedItem>& items) const;
 

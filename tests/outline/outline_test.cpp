@@ -217,6 +217,19 @@ TEST(Outline, RoutesByName) {
   }
 }
 
+// The module takes a line that begins with "#" for a directive, which leaves no record.
+TEST(Outline, AddsWhatHasNoRecordIfItHasAName) {
+  const auto namesAdded = [](std::string_view text) {
+    std::vector<std::string> names;
+    for (const Item& item : outlineOf("a.js", text).items)
+      if (item.record < 0) names.emplace_back(item.name);
+    return names;
+  };
+  EXPECT_EQ(namesAdded("#{\"x\"() {\n}\n}\n"), std::vector<std::string>{"x"});
+  EXPECT_EQ(namesAdded("#{\"\"() {\n}\n}\n"), std::vector<std::string>{});
+  EXPECT_EQ(namesAdded("#{\";\n(){"), std::vector<std::string>{}) << "a string without an end";
+}
+
 TEST(Outline, OfAnswersWithoutRecords) {
   EXPECT_TRUE(host::outline::makeOutline("", "[{\"error\": \"File is empty: a.js\"}]").empty());
   EXPECT_TRUE(host::outline::makeOutline("a", "").empty());
